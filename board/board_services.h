@@ -1,0 +1,165 @@
+/*
+ * Board services: the board-specific data that the application CPU sends over the mailbox, the
+ * reset lines of the external devices, the SoC's SerDes lanes and the board's MAC addresses.
+ *
+ * Every function returns 0 for success and -1 for failure unless it says otherwise, logs each
+ * failure once at severity 1, takes no semaphore (callers run inside their family's frame) and must
+ * not be called from a signal handler. Buffers are owned by the caller.
+ */
+#ifndef ORBLINK_BOARD_BOARD_SERVICES_H
+#define ORBLINK_BOARD_BOARD_SERVICES_H
+
+#include <assert.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#include "common/export.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Number of switches, and of PHYs, that a board can have. */
+#define OB_MAX_DEVICES 2
+
+/* Length of a HAL library's file name with its NUL. A name without a NUL counts as 32 characters. */
+#define OB_HAL_NAME_SIZE 32
+
+/* A pin number that means that there is no pin. */
+#define OB_NO_GPIO_PIN 0xFFFFFFFFU
+
+#pragma pack(push, 1)
+
+/* One switch's wiring, as in the board data (there in network byte order). */
+struct SwitchBoardEntry {
+    char halLibName[OB_HAL_NAME_SIZE]; /* file name of the switch HAL library */
+    uint32_t serdesId;                 /* SoC GMAC and SerDes lane of the internal port, 0 or 1 */
+    uint32_t enableGpioPin;            /* OB_NO_GPIO_PIN = none */
+    uint32_t resetGpioPin;             /* holds the switch in reset; OB_NO_GPIO_PIN = none */
+    uint32_t internalPortPidx;         /* switch port wired to the SoC */
+    uint8_t mdioAddr;                  /* 0xFF = none */
+    uint8_t mdioBus;                   /* 0xFF = none */
+    uint8_t padding[2];
+    uint32_t internalPortIfaceSpeed; /* enum OB_Speed */
+    uint32_t internalPortIfaceMode;  /* enum OB_IfaceMode */
+    uint32_t preResetArg;            /* low byte goes into the pre-reset command */
+    uint32_t reservedWord;
+};
+
+/* Switch board data as OBOS_InitHwSpecificData hands it back. */
+struct SwitchBsd {
+    struct SwitchBoardEntry entry[OB_MAX_DEVICES];
+    uint8_t NumOfSwitchDevices; /* number of valid entries */
+    uint8_t padding[3];
+};
+
+/* One PHY's wiring. The two MDIO bytes stand in the opposite order from the switch entry. */
+struct PhyBoardEntry {
+    char halLibName[OB_HAL_NAME_SIZE]; /* file name of the PHY HAL library */
+    uint32_t serdesId;                 /* SoC GMAC and SerDes lane, 0 or 1 */
+    uint32_t enableGpioPin;            /* OB_NO_GPIO_PIN = none */
+    uint32_t resetGpioPin;             /* only the low byte is used, 255 = none */
+    uint8_t mdioBus;                   /* 0xFF = none */
+    uint8_t mdioAddr;                  /* 0xFF = none */
+    uint8_t padding[2];
+    uint32_t portIfaceSpeed; /* enum OB_Speed */
+    uint32_t portIfaceMode;  /* enum OB_IfaceMode */
+};
+
+/* PHY board data as EP_InitBoardSpecificData hands it back. */
+struct EthphyBsd {
+    struct PhyBoardEntry entry[OB_MAX_DEVICES];
+    uint8_t numOfPhys; /* number of valid entries */
+    uint8_t padding[3];
+};
+
+/* Stored vendor parameters of one switch. */
+struct SwitchVendorRecord {
+    uint32_t vendorParamSize; /* bytes in use; above 32 counts as 32 */
+    uint8_t vendorParams[32]; /* the first u32 is the port-isolation flag */
+};
+
+/* Board words of one PHY. */
+struct PhyVendorRecord {
+    uint32_t size;           /* 4 once filled */
+    uint32_t ulpModeEnabled; /* 1 = ultra-low-power mode */
+};
+
+#pragma pack(pop)
+
+static_assert(sizeof(struct SwitchBoardEntry) == 68, "format");
+static_assert(offsetof(struct SwitchBoardEntry, mdioAddr) == 48, "format");
+static_assert(offsetof(struct SwitchBoardEntry, mdioBus) == 49, "format");
+static_assert(offsetof(struct SwitchBoardEntry, internalPortIfaceSpeed) == 52, "format");
+static_assert(offsetof(struct SwitchBoardEntry, internalPortIfaceMode) == 56, "format");
+static_assert(offsetof(struct SwitchBoardEntry, preResetArg) == 60, "format");
+static_assert(sizeof(struct SwitchBsd) == 140, "format");
+static_assert(offsetof(struct SwitchBsd, NumOfSwitchDevices) == 136, "format");
+static_assert(sizeof(struct PhyBoardEntry) == 56, "format");
+static_assert(offsetof(struct PhyBoardEntry, mdioBus) == 44, "format");
+static_assert(offsetof(struct PhyBoardEntry, mdioAddr) == 45, "format");
+static_assert(offsetof(struct PhyBoardEntry, portIfaceSpeed) == 48, "format");
+static_assert(sizeof(struct EthphyBsd) == 116, "format");
+static_assert(offsetof(struct EthphyBsd, numOfPhys) == 112, "format");
+static_assert(sizeof(struct SwitchVendorRecord) == 36, "format");
+static_assert(sizeof(struct PhyVendorRecord) == 8, "format");
+
+/*
+ * Waits for the switch board data (message type 10) on the mailbox and acknowledges it.
+ *
+ *   Bsd     out: entries, in host byte order up to the count, and the count; not null
+ *   Vendor  out: two records, both zeroed, the first then filled; not null
+ *
+ * Blocks until one message has been received or the mailbox failed. A mailbox failure or a message
+ * of the wrong type or size leaves zero switches and is not a failure of this call. Also stores the
+ * five MAC addresses for OBOS_GetMacAddresses, in this process only, and logs the wiring of each
+ * switch (severity 3). Result -1: a copy or OBOS_InitBsdFromIni failed.
+ */
+OB_EXPORT int OBOS_InitHwSpecificData(struct SwitchBsd* Bsd, struct SwitchVendorRecord* Vendor);
+
+/*
+ * Hook for a local source of board data that overrides the mailbox: a non-zero count left in Bsd
+ * makes OBOS_InitHwSpecificData keep Bsd as it is. The library's own only logs (severity 3) that it
+ * is not implemented and returns 0; a program overrides it by defining the same symbol.
+ */
+OB_EXPORT int OBOS_InitBsdFromIni(struct SwitchBsd* Bsd);
+
+/*
+ * Waits for the PHY board data (message type 11), as OBOS_InitHwSpecificData does for switches.
+ *
+ *   Bsd     out: entries and count; null fails
+ *   Vendor  out: the first record is filled, the second is left alone; null fails
+ */
+OB_EXPORT int EP_InitBoardSpecificData(struct EthphyBsd* Bsd, struct PhyVendorRecord* Vendor);
+
+/*
+ * Drives the reset line of an external device.
+ *
+ *   Pin    18 or 19: the only lines there are; any other fails
+ *   Value  0 holds the device in reset, 1 releases it; written in decimal as given
+ */
+OB_EXPORT int OBOS_SetGpioValue(uint32_t Pin, int Value);
+
+/*
+ * Resets the SoC SerDes lane of a GMAC through the lane driver.
+ *
+ *   GmacIdx   0 or 1; any other fails without a line of its own
+ *   Speed2_5  non-zero: the lane runs at 2.5 Gb/s (HSGMII)
+ */
+OB_EXPORT int OBOS_ResetSerDes(uint32_t GmacIdx, int Speed2_5);
+
+/*
+ * Copies the board's five MAC addresses, 6 bytes each in transmission order.
+ *
+ * Fails, copying nothing, while any of the five is all zero: before OBOS_InitHwSpecificData ran in
+ * this process, and after it ran without a message. A null pointer makes that copy fail; only the
+ * fifth copy's failure is returned, as its non-zero code.
+ */
+OB_EXPORT int OBOS_GetMacAddresses(uint8_t* Mac0, uint8_t* Mac1, uint8_t* Mac2, uint8_t* Mac3,
+                                   uint8_t* Mac4);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

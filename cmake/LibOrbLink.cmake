@@ -1,0 +1,21 @@
+# liborblink.so.0, made of the subsystem folders; each folder names its own sources.
+
+set(orblink_map ${CMAKE_SOURCE_DIR}/cmake/liborblink.map)
+add_library(orblink SHARED)
+orblink_plain_library(orblink ${orblink_map})
+target_link_libraries(orblink PUBLIC obplatform)
+set_target_properties(orblink PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0)
+
+foreach(folder common hwmbox board switch switch_hal_services phy)
+    add_subdirectory(${folder})
+endforeach()
+
+install(TARGETS orblink)
+foreach(header
+        common/iface.h hwmbox/hwmbox.h board/board_services.h
+        switch/orblink_api.h switch/orblink_hal.h
+        switch_hal_services/orblink_hal_services.h
+        phy/ethphy_api.h phy/ethphy_hal.h)
+    get_filename_component(folder ${header} DIRECTORY)
+    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orblink/${folder})
+endforeach()

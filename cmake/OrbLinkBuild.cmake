@@ -1,0 +1,37 @@
+# Compiler settings that every target shares.
+
+add_library(orblink_warnings INTERFACE)
+target_compile_options(orblink_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror
+    $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor>)
+
+if(ORBLINK_I386)
+    add_compile_options(-m32)
+    add_link_options(-m32)
+endif()
+if(ORBLINK_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+if(ORBLINK_COVERAGE)
+    add_compile_options(--coverage -fprofile-update=atomic)
+    add_link_options(--coverage)
+endif()
+
+# A shared library that needs nothing but the C library at run time and exports what its map names.
+# No fortified or folded calls: the platform functions are called by their own names, so that a
+# program or a preloaded library that defines the same name takes them over.
+function(orblink_plain_library target map)
+    target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
+    target_link_libraries(${target} PRIVATE orblink_warnings)
+    target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden
+        $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+    if(ORBLINK_SANITIZE)
+        target_compile_options(${target} PRIVATE -fno-sanitize=vptr)
+    elseif(NOT ORBLINK_COVERAGE)
+        target_link_options(${target} PRIVATE -nodefaultlibs LINKER:-z,defs)
+        target_link_libraries(${target} PRIVATE c gcc)
+    endif()
+endfunction()

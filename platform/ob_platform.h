@@ -1,0 +1,89 @@
+/*
+ * libobplatform.so.0: the three things that liborblink takes from its platform and that a plain
+ * Linux machine lacks: a log sink, a shared-memory database service, and bounds-checked copies.
+ *
+ * A product replaces this library by its own: build a shared library with the SONAME
+ * "libobplatform.so.0" that exports OBPLAT_Log, shm_init, kova_memcpy_s, kova_strncpy_s and
+ * kova_vsnprintf_s as described here. liborblink needs no other symbol of it; the OBPLAT_Set
+ * functions are for programs that use the shipped log sink. Every function is called through its
+ * dynamic symbol, so a program or a preloaded library that defines the same name takes it over.
+ */
+#ifndef ORBLINK_PLATFORM_OB_PLATFORM_H
+#define ORBLINK_PLATFORM_OB_PLATFORM_H
+
+#include <stdarg.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Severities of a log site. */
+#define OBPLAT_SEVERITY_ERROR 1U  /* a failure */
+#define OBPLAT_SEVERITY_NOTICE 2U /* a value already set, a port in test mode */
+#define OBPLAT_SEVERITY_INFO 3U   /* progress */
+#define OBPLAT_SEVERITY_TRACE 9U  /* entry and exit of operations */
+
+/* Modules of a log site. */
+#define OBPLAT_MODULE_SWITCH 21U
+#define OBPLAT_MODULE_PHY 26U
+
+/* One static record for each place in the source that logs. */
+typedef struct OBPLAT_LogSite {
+    uint32_t Severity;
+    uint32_t Class; /* always 3 */
+    uint32_t Module;
+    uint32_t Line; /* source line */
+} OBPLAT_LogSite;
+
+/*
+ * The log sink. Func is the name of the function that logs, Zero is 0, Format and what follows
+ * are as for printf. Called with a family's semaphore held as a rule, so it must not call back
+ * into liborblink.
+ *
+ * Shipped: a site whose severity is above the level costs one compare and no formatting; the
+ * others go to the program's handler, or to syslog(3) with severity 1 as LOG_ERR, 2 as
+ * LOG_NOTICE, 3 as LOG_INFO, 9 as LOG_DEBUG.
+ */
+void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func, int Zero, const char* Format, ...)
+    __attribute__((format(printf, 4, 5)));
+
+/* Receives the lines of the shipped sink; must not keep Args or the pointers. */
+typedef void (*OBPLAT_LogHandler)(const OBPLAT_LogSite* Site, const char* Func, const char* Format,
+                                  va_list Args);
+
+/* Installs a handler in place of syslog; null brings syslog back. Not to be called while another
+ * thread logs. */
+void OBPLAT_SetLogHandler(OBPLAT_LogHandler Handler);
+
+/* Sets the highest severity number that is still logged; 3 at the start. */
+void OBPLAT_SetLogLevel(uint32_t Level);
+
+/*
+ * Initialises the platform's shared-memory database service for this process. liborblink calls it
+ * once per process, as shm_init(3, 0, 0), before it maps the PHY region; a negative result fails
+ * that call. Shipped: returns 0.
+ */
+int shm_init(int Client, int Flags, int Reserved);
+
+/*
+ * Bounds-checked copies as in C11 Annex K. The first two return 0, or non-zero with nothing
+ * written past the destination: on a violation kova_memcpy_s zeroes a valid destination and
+ * kova_strncpy_s makes it the empty string. kova_vsnprintf_s returns the length of the whole
+ * text, of which it wrote at most Max - 1 characters and a NUL, or a negative value on failure.
+ */
+int kova_memcpy_s(void* Dest, size_t DestMax, const void* Src, size_t Count);
+int kova_strncpy_s(char* Dest, size_t DestMax, const char* Src, size_t Count);
+int kova_vsnprintf_s(char* Dest, size_t DestMax, const char* Format, va_list Args)
+    __attribute__((format(printf, 3, 0)));
+
+#define memcpy_s kova_memcpy_s
+#define strncpy_s kova_strncpy_s
+#define vsnprintf_s kova_vsnprintf_s
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
