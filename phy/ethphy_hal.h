@@ -1,0 +1,141 @@
+/*
+ * What the author of a PHY HAL library includes: the table that the library exports, and what its
+ * slots may call back. The library exports one data symbol, ETHPHY_HalFuncs, of the type below;
+ * liborblink loads it with dlopen and calls the slots.
+ *
+ * Each slot returns 0 for success and anything else for failure; the caller logs and fails. Slots
+ * run with the PHY semaphore held and must not call the ETHPHY_ functions. Init runs once per boot,
+ * in one process only; state that other processes need belongs into the private data it is given.
+ *
+ * DevIdx is the PHY's index; every index and value is passed as an int-sized argument. Pointers are
+ * the caller's and must not be kept.
+ */
+#ifndef ORBLINK_PHY_ETHPHY_HAL_H
+#define ORBLINK_PHY_ETHPHY_HAL_H
+
+#include "phy/ethphy_api.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* In slot order: 13 pointers. A slot that is null counts as one that fails. */
+struct ETHPHY_HalFuncs {
+    /* Private data: EP_HAL_PRIV_DATA_SIZE bytes, zero. Called once for each library; an index of
+     * the PHYs it drives is not given. */
+    int (*Init)(void* PrivData);
+    /* Link non-zero = up. Speed and Duplex may be null; the caller of ETHPHY_GetLink gave them. */
+    int (*GetLink)(int DevIdx, uint32_t* Link, uint32_t* Speed, uint32_t* Duplex);
+    /* Enable non-zero = up. */
+    int (*SetAdminState)(int DevIdx, int Enable);
+    /* The PHY has just left reset, or has to leave it where the board has no reset line. DefConfig
+     * non-zero: with the default configuration. */
+    int (*ResetDisable)(int DevIdx, int DefConfig);
+    /* The PHY is about to be held in reset. */
+    int (*ResetEnable)(int DevIdx);
+    int (*GetCaps)(int DevIdx, uint32_t* Caps);
+    /* Never called; may be null. */
+    int (*Reserved)(void);
+    /* The layout of Counters is the HAL's own. */
+    int (*GetCounters)(int DevIdx, void* Counters);
+    int (*ResetCounters)(int DevIdx);
+    int (*ReadChipReg)(int DevIdx, uint32_t Reg, uint16_t* Value);
+    /* Value is 0 to 0xFFFF. */
+    int (*WriteChipReg)(int DevIdx, uint32_t Reg, int Value);
+    /* State is 0 to 255. */
+    int (*SetEeeState)(int DevIdx, int State);
+    int (*Poll)(int DevIdx);
+};
+
+static_assert(sizeof(struct ETHPHY_HalFuncs) == 13 * sizeof(void (*)(void)), "slots");
+
+/* Defined by the HAL library. */
+OB_EXPORT extern const struct ETHPHY_HalFuncs ETHPHY_HalFuncs;
+
+/*
+ * The services. None takes the PHY semaphore: they run inside the frame of the calling operation
+ * and share one process-wide socket, so they are for HAL slots only. None may be called from a
+ * signal handler. DevIdx above 1, or a process that has not attached yet, gives null, 0 or -1 by
+ * type. Each failure logs one severity-1 line (module 26) unless said; results are 0 or -1.
+ */
+
+/* Bit 30 of a register number: clause-45 access, the MMD in bits 16 to 20. */
+#define EPHAL_MDIO_CLAUSE45 0x40000000U
+
+/*
+ * One PHY register at a given place, through the MII ioctls of "nsgmii0".
+ *
+ *   MdioBus, MdioAddr  bus and PHY (port) address, 0 to 31
+ *   Reg                low 16 bits: register; EPHAL_MDIO_CLAUSE45 and MMD as above
+ *   Value              out: what was read; untouched on failure; not null
+ */
+OB_EXPORT int EPHAL_DirectMdioReadAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg,
+                                         uint16_t* Value);
+OB_EXPORT int EPHAL_DirectMdioWriteAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg,
+                                          uint16_t Data);
+
+/* The same at the place that the board data give for PHY DevIdx; fail for an index that is not
+ * below the number of PHYs. */
+OB_EXPORT int EPHAL_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value);
+OB_EXPORT int EPHAL_WriteMdio(uint8_t DevIdx, uint32_t Reg, uint16_t Data);
+
+/* Clause-45 access: register MmdReg of MMD 0 to 31. */
+OB_EXPORT int EPHAL_ReadMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t* Value);
+OB_EXPORT int EPHAL_WriteMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t Data);
+
+/* What ifr_data points to in the SIOCDEVPRIVATE request of EPHAL_ReconfigureGmacPhy; ifr_name is
+ * the interface as well. */
+struct GmacReconfigRequest {
+    char IfName[16];  /* the PHY's interface */
+    uint32_t Command; /* EP_GMAC_RECONFIGURE */
+    uint32_t Speed;
+    uint32_t Duplex;
+    int32_t Result; /* the driver's answer; negative = not done */
+};
+
+static_assert(sizeof(struct GmacReconfigRequest) == 32, "format");
+static_assert(offsetof(struct GmacReconfigRequest, Command) == 16, "format");
+static_assert(offsetof(struct GmacReconfigRequest, Result) == 28, "format");
+
+#define EP_GMAC_RECONFIGURE 55
+
+/*
+ * Tells the SoC's Ethernet MAC behind the PHY its speed and duplex.
+ *
+ *   SetSpeed  0 leaves the speed alone (0 is sent)
+ *   Speed     as the MAC driver codes it
+ *   Duplex    as the MAC driver codes it
+ */
+OB_EXPORT int EPHAL_ReconfigureGmacPhy(uint8_t DevIdx, int SetSpeed, int Speed, int Duplex);
+
+/* Brings the PHY's network interface up (non-zero) or down, through ifconfig. The exit status of
+ * the command is not looked at. DevIdx is not compared with the number of PHYs. */
+OB_EXPORT int EPHAL_SetInterfaceState(uint8_t DevIdx, int Up);
+
+/* Stores whether the PHY is enabled (non-zero; this also clears the post-reset mark) or disabled.
+ */
+OB_EXPORT int EPHAL_SetHwState(uint8_t DevIdx, int Enabled);
+
+/* Writes 1 when the PHY is enabled, else 0. */
+OB_EXPORT int EPHAL_GetHwState(uint8_t DevIdx, uint32_t* Enabled);
+
+/* Writes the PHY's ultra-low-power mode word: 1 = on. */
+OB_EXPORT int EPHAL_GetUlpModeEnabled(uint8_t DevIdx, uint32_t* Enabled);
+
+/* The private data of the PHY's HAL library in shared memory: EP_HAL_PRIV_DATA_SIZE bytes, shared
+ * by all PHYs that name the same library. Null, without a line, for an index that is not below the
+ * number of PHYs and while the PHY has no HAL index. Valid for the life of the process. */
+OB_EXPORT void* EPHAL_GetHalPrivData(uint8_t DevIdx);
+
+/* enum OB_IfaceMode and enum OB_Speed of the PHY's interface. */
+OB_EXPORT uint32_t EPHAL_GetPortIfaceMode(uint8_t DevIdx);
+OB_EXPORT uint32_t EPHAL_GetPortIfaceSpeed(uint8_t DevIdx);
+
+/* Writes the MDIO bus id and the MDIO address; either pointer may be null. */
+OB_EXPORT int EPHAL_GetMdioAddrAndBusId(uint8_t DevIdx, uint8_t* BusId, uint8_t* Addr);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
