@@ -67,6 +67,7 @@ struct LogCaller {
 #define EP_ERROR_AT_AS(caller, ...) EP_LOG_AT(OBPLAT_SEVERITY_ERROR, (caller).func, " " __VA_ARGS__)
 
 #define EP_ERROR(...) EP_LOG(OBPLAT_SEVERITY_ERROR, __func__, __VA_ARGS__)
+#define EP_INFO_AS(caller, ...) EP_LOG(OBPLAT_SEVERITY_INFO, (caller).func, __VA_ARGS__)
 #define EP_INFO(...) EP_LOG(OBPLAT_SEVERITY_INFO, __func__, __VA_ARGS__)
 #define EP_TRACE(...) EP_LOG(OBPLAT_SEVERITY_TRACE, __func__, __VA_ARGS__)
 

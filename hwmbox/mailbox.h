@@ -1,0 +1,56 @@
+// The steps of a mailbox exchange and the state that they share, inside the mailbox client only.
+#pragma once
+
+#include <errno.h>
+#include <stdint.h>
+#include <stdio.h>
+
+#include "hwmbox/hwmbox.h"
+
+namespace orblink {
+
+// One line of diagnostics. It leaves errno as the failing call set it.
+#define HWMB_PRINT_AS(step, format, ...)                                         \
+    do {                                                                         \
+        const int hwmbErrno = errno;                                             \
+        printf("%s:%d " format "\n", step, __LINE__ __VA_OPT__(, ) __VA_ARGS__); \
+        errno = hwmbErrno;                                                       \
+    } while (false)
+#define HWMB_PRINT(...) HWMB_PRINT_AS(__func__, __VA_ARGS__)
+
+constexpr unsigned kRetryMilliseconds = 1000;
+constexpr uint32_t kFailuresPerCountLine = 10;
+
+struct Mailbox {
+    alignas(uint32_t) uint8_t receiveBuffer[HWMB_BUFFER_SIZE];
+    alignas(uint32_t) uint8_t transmitBuffer[HWMB_BUFFER_SIZE];
+    uint32_t receiveFailures;
+    uint32_t sendFailures;
+};
+extern Mailbox mailbox;
+
+struct Callbacks {
+    MsgBuilder builder;
+    MsgParser parser;
+    void* dest;
+    int destSize;
+};
+
+int HWMB_initializeSocket(int role, uint16_t appid, uint8_t mid);
+
+int HWMB_Subject(const Callbacks& callbacks);
+int HWMB_Commander(const Callbacks& callbacks);
+
+// Both also serve messages above the buffers' size: only HWMB_BUFFER_SIZE bytes are ever touched.
+int HWMB_sendMsg(uint32_t size);
+int HWMB_recvMsg(uint32_t* rtnMsgSize);
+
+// Whether a failure count earns a line of its own.
+constexpr bool IsCountLineDue(uint32_t failures)
+{
+    return failures != 0 && failures % kFailuresPerCountLine == 0;
+}
+
+void WaitBeforeRetry();
+
+}  // namespace orblink
