@@ -76,6 +76,8 @@ struct LogCaller {
 #define EP_TRACE_AT(...) EP_LOG_AT(OBPLAT_SEVERITY_TRACE, __func__, " " __VA_ARGS__)
 
 // "%s:%d: ..." and "%s.%d ..."
+#define EP_ERROR_AT_COLON_AS(caller, ...) \
+    EP_LOG_AT(OBPLAT_SEVERITY_ERROR, (caller).func, ": " __VA_ARGS__)
 #define EP_ERROR_AT_COLON(...) EP_LOG_AT(OBPLAT_SEVERITY_ERROR, __func__, ": " __VA_ARGS__)
 #define EP_TRACE_AT_COLON(...) EP_LOG_AT(OBPLAT_SEVERITY_TRACE, __func__, ": " __VA_ARGS__)
 #define EP_ERROR_AT_POINT(format, ...)                                               \

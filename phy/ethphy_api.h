@@ -42,8 +42,6 @@ extern "C" {
 #define EP_POST_RESET_NONE 0
 #define EP_POST_RESET_HELD 0xFF
 
-#pragma pack(push, 1)
-
 /* The provisioned configuration of one PHY: seven words. Those without a meaning here are kept for
  * the programs that provision PHYs. */
 struct PhyProvConfig {
@@ -79,8 +77,6 @@ struct PhyDeviceRegion {
     uint8_t NumOfPhys;
     uint8_t unused[3];
 };
-
-#pragma pack(pop)
 
 static_assert(sizeof(struct PhyProvConfig) == 28, "format");
 static_assert(sizeof(struct PhyDeviceRecord) == 104, "format");

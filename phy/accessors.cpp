@@ -1,0 +1,68 @@
+#include "phy/region.h"
+
+using namespace orblink;
+using namespace orblink::phy;
+
+int EPHAL_SetHwState(uint8_t DevIdx, int Enabled)
+{
+    PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    if (record == nullptr)
+        return RC_ERROR;
+    record->config.hwState = Enabled != 0 ? EP_HW_STATE_ENABLED : EP_HW_STATE_DISABLED;
+    if (Enabled != 0)
+        record->postResetMark = EP_POST_RESET_NONE;
+    return RC_OK;
+}
+
+int EPHAL_GetHwState(uint8_t DevIdx, uint32_t* Enabled)
+{
+    if (Enabled == nullptr)
+        return EP_ERROR_AT("NULL ptr");
+    const PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    if (record == nullptr)
+        return RC_ERROR;
+    *Enabled = record->config.hwState == EP_HW_STATE_ENABLED ? 1 : 0;
+    return RC_OK;
+}
+
+int EPHAL_GetUlpModeEnabled(uint8_t DevIdx, uint32_t* Enabled)
+{
+    if (Enabled == nullptr)
+        return EP_ERROR_AT("NULL ptr");
+    if (RecordOrError(OB_CALLER, DevIdx) == nullptr)
+        return RC_ERROR;
+    *Enabled = process.region->vendor[DevIdx].ulpModeEnabled;
+    return RC_OK;
+}
+
+void* EPHAL_GetHalPrivData(uint8_t DevIdx)
+{
+    if (DevIdx >= PhyCount())
+        return nullptr;
+    const uint8_t halIdx = FindRecord(DevIdx)->halIdx;
+    return halIdx < EP_MAX_PHYS ? process.region->halPrivData[halIdx] : nullptr;
+}
+
+uint32_t EPHAL_GetPortIfaceMode(uint8_t DevIdx)
+{
+    const PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    return record == nullptr ? 0 : record->board.portIfaceMode;
+}
+
+uint32_t EPHAL_GetPortIfaceSpeed(uint8_t DevIdx)
+{
+    const PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    return record == nullptr ? 0 : record->board.portIfaceSpeed;
+}
+
+int EPHAL_GetMdioAddrAndBusId(uint8_t DevIdx, uint8_t* BusId, uint8_t* Addr)
+{
+    if (DevIdx >= PhyCount())
+        return EP_ERROR("failed");
+    const PhyBoardEntry& board = FindRecord(DevIdx)->board;
+    if (BusId != nullptr)
+        *BusId = board.mdioBus;
+    if (Addr != nullptr)
+        *Addr = board.mdioAddr;
+    return RC_OK;
+}

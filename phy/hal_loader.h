@@ -1,0 +1,27 @@
+// The HAL libraries of this process.
+#pragma once
+
+#include <type_traits>
+
+#include "phy/region.h"
+
+namespace orblink::phy {
+
+// Loads the library of each PHY, each library once. Entries start anew from kNoHal.
+int _LoadHals();
+
+// Table of a PHY; null while its HAL index is none, or when loading left nothing in its entry.
+const HalTable* FindHal(uint8_t devIdx);
+
+// Calls one slot. What is not there, table or slot, counts as a slot that failed.
+template <typename... SlotArgs>
+int CallSlot(uint8_t devIdx, int (*HalTable::*slot)(int, SlotArgs...),
+             std::type_identity_t<SlotArgs>... args)
+{
+    const HalTable* const hal = FindHal(devIdx);
+    if (hal == nullptr || hal->*slot == nullptr)
+        return RC_ERROR;
+    return (hal->*slot)(devIdx, args...) == 0 ? RC_OK : RC_ERROR;
+}
+
+}  // namespace orblink::phy

@@ -1,0 +1,77 @@
+#include "phy/lane.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+#include <cerrno>
+#include <cstring>
+
+namespace orblink::phy {
+
+namespace {
+
+constexpr const char* kLaneDriver = "/dev/modphy_drv";
+constexpr unsigned long kResetLane = _IOW(0xBE, 5, uint32_t);
+static_assert(kResetLane == 0x4004BE05);
+
+// Clients of the lane driver: the lanes at 1 Gb/s, then at 2.5 Gb/s.
+constexpr uint32_t kFirstClient = 3;
+constexpr uint32_t kFirstClient2_5 = 5;
+
+// The one HAL library whose PHY tells the state of the lane.
+constexpr const char kLaneAwareHal[] = "libphyk20.so";
+constexpr uint8_t kLaneMmd = 31;
+constexpr uint16_t kLaneStatusReg = 0x0E23;
+constexpr uint16_t kLaneInOrder = 0x0001;
+
+}  // namespace
+
+int _ResetSgmii(uint32_t serdesId, uint32_t speed)
+{
+    if (serdesId > 1)
+        return RC_ERROR;
+    uint32_t client = serdesId + (speed == OB_SPEED_2G5 ? kFirstClient2_5 : kFirstClient);
+    const int fd = open(kLaneDriver, O_RDONLY);
+    if (fd < 0)
+        return EP_ERROR("open failed, errno=%d", errno);
+    const int rc =
+        ioctl(fd, kResetLane, &client) < 0 ? EP_ERROR("ioctl failed, errno=%d", errno) : RC_OK;
+    close(fd);
+    return rc;
+}
+
+bool _IsResetSgmiiRequired(uint8_t devIdx, const PhyDeviceRecord& record)
+{
+    if (record.bsdValid == 0 ||
+        strncmp(record.board.halLibName, kLaneAwareHal, sizeof(kLaneAwareHal)) != 0)
+        return true;
+    uint32_t link = 0;
+    if (CallSlot(devIdx, &HalTable::GetLink, &link, nullptr, nullptr) != RC_OK) {
+        EP_ERROR_AT_POINT("External phy %d is not accessible", devIdx);
+        return false;
+    }
+    if (link == 0)
+        return false;
+    uint16_t status = 0;
+    if (EPHAL_ReadMmd(devIdx, kLaneMmd, kLaneStatusReg, &status) != 0) {
+        EP_ERROR_AT("ETHPHY_ReadMmd() failed");
+        return true;
+    }
+    return (status & kLaneInOrder) == 0;
+}
+
+}  // namespace orblink::phy
+
+using namespace orblink;
+using namespace orblink::phy;
+
+int ETHPHY_ResetSgmii(uint8_t DevIdx)
+{
+    const PhyFrame frame{OB_CALLER};
+    if (!frame.Entered())
+        return RC_ERROR;
+    const PhyDeviceRecord* const record = FindRecord(DevIdx);
+    if (record != nullptr)
+        _ResetSgmii(record->board.serdesId, record->board.portIfaceSpeed);
+    return RC_OK;
+}
