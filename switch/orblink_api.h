@@ -3,8 +3,8 @@
  *
  * Common to every ORBLINK_ function unless its comment says otherwise:
  *  - DevIdx is the switch, 0 or 1, below the number of switches of the board.
- *  - Result: 0 for success, -1 for failure. A failure logs one severity-1 line through the platform's
- *    log sink (module 21) and leaves the record as it was.
+ *  - Result: 0 for success, -1 for failure. A failure logs one severity-1 line through the
+ * platform's log sink (module 21) and leaves the record as it was.
  *  - The call holds the switch semaphore from its prolog to its end and releases it on every path;
  *    a process that dies inside a call gives it back. It must not be made from a HAL slot, from the
  *    callback of the MAC walk or from a signal handler: it would wait for itself.
@@ -219,8 +219,8 @@ OB_EXPORT int ORBLINK_GetSwitchProvConfig(uint8_t DevIdx, void* Out);
 /* Copies the whole region (struct SwitchDeviceRegion, 5740 bytes). */
 OB_EXPORT int ORBLINK_GetSwitchDevices(void* Out);
 
-/* Writes 1 when the board data ask for port isolation, else 0. DevIdx is bounded by the capacity (2)
- * and not by the number of switches; the semaphore is held only while the region is copied. */
+/* Writes 1 when the board data ask for port isolation, else 0. DevIdx is bounded by the capacity
+ * (2) and not by the number of switches; the semaphore is held only while the region is copied. */
 OB_EXPORT int ORBLINK_GetIsolationModeEnabled(uint8_t DevIdx, uint32_t* Out);
 
 /* Region services. They take no semaphore. Creating reuses a region that exists; mapping returns
@@ -228,8 +228,8 @@ OB_EXPORT int ORBLINK_GetIsolationModeEnabled(uint8_t DevIdx, uint32_t* Out);
 OB_EXPORT int OBOS_CreateSwitchDevices(void);
 OB_EXPORT void* OBOS_MapSwitchDevices(void);
 
-/* A built-in board entry for callers that have no board data. Only Which 1 has one (*Found = 1, Entry
- * filled); any other sets *Found = 0 and leaves Entry alone. Takes no semaphore. */
+/* A built-in board entry for callers that have no board data. Only Which 1 has one (*Found = 1,
+ * Entry filled); any other sets *Found = 0 and leaves Entry alone. Takes no semaphore. */
 OB_EXPORT int OBOS_GetConfiguredDevice(int Which, struct SwitchBoardEntry* Entry, uint32_t* Found);
 
 /* ---- Bring-up and reset --------------------------------------------------------------------- */
@@ -271,12 +271,12 @@ OB_EXPORT int ORBLINK_SetOrbLinkServiceStatus(uint8_t DevIdx, uint32_t Signal);
 
 /* ---- VLAN and bridging ---------------------------------------------------------------------- */
 
-/* Provider bridging (IEEE 802.1ad) on, with the TPID of the service tag, not 0. Stored. With another
- * TPID while on: re-programmed. */
+/* Provider bridging (IEEE 802.1ad) on, with the TPID of the service tag, not 0. Stored. With
+ * another TPID while on: re-programmed. */
 OB_EXPORT int ORBLINK_EnableProviderBridgedMode(uint8_t DevIdx, uint16_t STagTpid);
 
-/* Provider bridging off; the TPID is kept. Stored. Fails in battery mode (severity 2) without taking
- * the semaphore. */
+/* Provider bridging off; the TPID is kept. Stored. Fails in battery mode (severity 2) without
+ * taking the semaphore. */
 OB_EXPORT int ORBLINK_DisableProviderBridgedMode(uint8_t DevIdx);
 
 /* The LAN-port setters: LanPortIdx is 1 to the number of ports - 1. Stored. */
@@ -324,7 +324,8 @@ OB_EXPORT int ORBLINK_GetPortCounters(uint8_t DevIdx, uint8_t PortIdx, void* Cou
 OB_EXPORT int ORBLINK_ResetPortCounters(uint8_t DevIdx, uint8_t PortIdx);
 
 /* Reads the link: up (non-zero), speed (enum OB_Speed) and duplex; each pointer may be null. With
- * the link down and Link given, speed and duplex are the configured ones. Needs the switch enabled. */
+ * the link down and Link given, speed and duplex are the configured ones. Needs the switch enabled.
+ */
 OB_EXPORT int ORBLINK_GetPortLink(uint8_t DevIdx, uint8_t PortIdx, uint32_t* Link, uint32_t* Speed,
                                   uint32_t* FullDuplex);
 
@@ -337,8 +338,8 @@ OB_EXPORT int ORBLINK_SetPhyPortSpeedDuplex(uint8_t DevIdx, uint8_t PhyPortIdx, 
  * stored first and stays when a step fails. Succeeds while the switch is not enabled. */
 OB_EXPORT int ORBLINK_EnablePort(uint8_t DevIdx, uint8_t PortIdx);
 
-/* Writes 0 when the port is not to be enabled, else 1; 1 on every failure. The record is read, not the
- * chip. Needs the switch enabled. */
+/* Writes 0 when the port is not to be enabled, else 1; 1 on every failure. The record is read, not
+ * the chip. Needs the switch enabled. */
 OB_EXPORT int ORBLINK_GetPortEnable(uint8_t DevIdx, uint8_t PortIdx, uint32_t* Enabled);
 
 /* Disables a port and ends its DVT mode; stored first, stays when the HAL fails. */
@@ -357,12 +358,13 @@ OB_EXPORT int ORBLINK_GetEeePortState(uint8_t DevIdx, uint8_t Port, uint32_t* Ee
 OB_EXPORT int ORBLINK_EnablePhyPortEee(uint8_t DevIdx, uint8_t PhyPortIdx);
 OB_EXPORT int ORBLINK_DisablePhyPortEee(uint8_t DevIdx, uint8_t PhyPortIdx);
 
-/* Mirrors the source port's traffic to the destination port; 255 = no longer. Stored. Already set is
- * logged at severity 9. */
+/* Mirrors the source port's traffic to the destination port; 255 = no longer. Stored. Already set
+ * is logged at severity 9. */
 OB_EXPORT int ORBLINK_SetPortMirror(uint8_t DevIdx, uint8_t SrcPortIdx, uint8_t DstPortIdx);
 
-/* IEEE 802.3 PHY test mode of a port (clause 40.6 for 1000BASE-T); the value is the HAL's. Not kept.
- * Does nothing, successfully, while the switch is not enabled; a HAL without the slot fails. */
+/* IEEE 802.3 PHY test mode of a port (clause 40.6 for 1000BASE-T); the value is the HAL's. Not
+ * kept. Does nothing, successfully, while the switch is not enabled; a HAL without the slot fails.
+ */
 OB_EXPORT int ORBLINK_GetPortIEEETestMode(uint8_t DevIdx, uint8_t PortIdx, void* Mode);
 OB_EXPORT int ORBLINK_SetPortIEEETestMode(uint8_t DevIdx, uint8_t PortIdx, uint8_t Mode);
 

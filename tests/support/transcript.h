@@ -1,0 +1,52 @@
+// What the library did, as one list of lines in the order in which it happened:
+//
+//   log1 ORBLINK_SetLanPortVlan:# Invalid Vid=0, DevIdx=0     severity 1, module 21 (switch side)
+//   phy1 [ValidateDevIndex] Invalid DevIndex=2                severity 1, module 26, no prefix
+//   out HWMB_Start:# Start. Socket type SOCK_SUBJECT          standard output, newline taken off
+//   sys semop(0, -1, UNDO)                                    a platform call
+//   wait usleep(200000)                                       a wait (which takes no time)
+//   hal0 SetLanPortVlan(0, 2, 100)                            a HAL slot; 0 = first library loaded
+//
+// "#" stands for the source line, after it was checked against the descriptor's.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace obtest {
+
+using Lines = std::vector<std::string>;
+
+class Transcript {
+public:
+    void Add(std::string line) { lines_.push_back(std::move(line)); }
+    void AddFormat(std::string format) { formats_.push_back(std::move(format)); }
+    void Clear()
+    {
+        lines_.clear();
+        formats_.clear();
+    }
+
+    const Lines& All() const { return lines_; }
+
+    // The raw format strings that the log sink was given.
+    const Lines& Formats() const { return formats_; }
+
+    // The lines that begin with one of the words ("log", "sys", "hal", "out", "wait", "phy").
+    Lines Only(std::initializer_list<const char*> words) const;
+
+    // Log lines without trace (severity 9).
+    Lines Log() const;
+
+    // True when a line contains the text.
+    bool Has(const std::string& text) const;
+
+private:
+    Lines lines_;
+    Lines formats_;
+};
+
+// Printable, one line each, for failure messages.
+std::string Joined(const Lines& lines);
+
+}  // namespace obtest
