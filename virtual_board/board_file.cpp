@@ -1,0 +1,249 @@
+#include "virtual_board/board_file.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <map>
+
+#include "virtual_board/toml_reader.h"
+
+namespace vboard {
+namespace {
+
+constexpr std::string_view kModes[] = {"UNKNOWN", "MII",   "RMII",  "GMII",
+                                       "RGMII",   "SGMII", "HSGMII"};
+constexpr std::string_view kSpeeds[] = {"UNKNOWN", "AUTONEG", "10M", "100M", "1G", "2.5G", "10G"};
+constexpr std::string_view kResetStates[] = {"released", "held"};
+constexpr size_t kMaxLibraryName = 31;
+constexpr uint32_t kMaxMdioAddress = 31;
+constexpr uint32_t kMaxMdioBuses = 8;
+constexpr uint32_t kMaxPort = 7;
+
+template <typename Value, typename Given>
+void Assign(Value& value, const std::optional<Given>& given)
+{
+    if (given)
+        value = static_cast<Value>(*given);
+}
+
+void ReadWiring(TomlReader& reader, std::span<const std::string_view> chips, Wiring& wiring)
+{
+    reader.Require("hal");
+    reader.Require("serdes");
+    Assign(wiring.halLibName, reader.Text("hal", 1, kMaxLibraryName));
+    auto chip = reader.Word("chip", chips);
+    wiring.chip = chips[chip.value_or(0)];
+    Assign(wiring.serdesId, reader.Number("serdes", 1));
+    Assign(wiring.enableGpioPin, reader.NumberOrNone("enable_pin", kNoPin - 1, kNoPin));
+    Assign(wiring.resetGpioPin, reader.NumberOrNone("reset_pin", kNoPin - 1, kNoPin));
+    Assign(wiring.mdioBus, reader.NumberOrNone("mdio_bus", kMaxMdioBuses - 1, kNoMdio));
+    Assign(wiring.mdioAddr, reader.NumberOrNone("mdio_address", kMaxMdioAddress, kNoMdio));
+}
+
+void ReadSwitch(TomlReader& reader, SwitchSpec& spec)
+{
+    static constexpr std::string_view kChips[] = {"vswitch", "none"};
+    ReadWiring(reader, kChips, spec.wiring);
+    Assign(spec.wiring.mode, reader.Word("internal_mode", kModes));
+    Assign(spec.wiring.speed, reader.Word("internal_speed", kSpeeds));
+    Assign(spec.internalPort, reader.Number("internal_port", kMaxPort));
+    Assign(spec.preResetArg, reader.Number("pre_reset_arg", UINT32_MAX));
+    Assign(spec.reservedWord, reader.Number("reserved_word", UINT32_MAX));
+    spec.linksUp = reader.Numbers("links_up", kMaxPort);
+}
+
+struct PartnerMode {
+    std::string_view word;
+    bool LinkPartner::*member;
+};
+constexpr PartnerMode kPartnerModes[] = {
+    {"10half", &LinkPartner::half10},     {"10full", &LinkPartner::full10},
+    {"100half", &LinkPartner::half100},   {"100full", &LinkPartner::full100},
+    {"1000half", &LinkPartner::half1000}, {"1000full", &LinkPartner::full1000},
+    {"2500full", &LinkPartner::full2500},
+};
+
+void ReadPartner(TomlReader& reader, LinkPartner& partner)
+{
+    Assign(partner.connected, reader.Bool("connected"));
+    Assign(partner.negotiates, reader.Bool("autoneg"));
+    Assign(partner.eee, reader.Bool("eee"));
+    if (reader.Has("modes"))
+        for (const PartnerMode& mode : kPartnerModes)
+            partner.*mode.member = false;
+    reader.Texts("modes",
+                 "\"10half\", \"10full\", \"100half\", \"100full\", \"1000half\", \"1000full\" or "
+                 "\"2500full\"",
+                 [&](const std::string& word) {
+                     const auto* mode = std::ranges::find(kPartnerModes, word, &PartnerMode::word);
+                     if (mode == std::end(kPartnerModes))
+                         return false;
+                     partner.*mode->member = true;
+                     return true;
+                 });
+}
+
+void ReadPhy(TomlReader& reader, PhySpec& spec)
+{
+    static constexpr std::string_view kChips[] = {"ieee8023", "none"};
+    ReadWiring(reader, kChips, spec.wiring);
+    Assign(spec.wiring.mode, reader.Word("port_mode", kModes));
+    Assign(spec.wiring.speed, reader.Word("port_speed", kSpeeds));
+    reader.Table("partner", [&](TomlReader& partner) { ReadPartner(partner, spec.partner); });
+}
+
+void ReadFaultValue(TomlReader& reader, Fault& fault)
+{
+    const FaultKind& kind = *fault.kind;
+    fault.value = kind.defaultValue;
+    fault.times = kind.defaultTimes;
+    if (!reader.Has("value"))
+        return;
+    if (kind.valueName.empty()) {
+        reader.Complain("value", "the fault '" + std::string(kind.name) + "' takes no value");
+        return;
+    }
+    Assign(fault.value, reader.Number("value", kind.maxValue, kind.valueName == "ERRNO" ? 1 : 0));
+}
+
+void ReadFault(TomlReader& reader, std::vector<Fault>& faults)
+{
+    reader.Require("name");
+    auto name = reader.Text("name", 1, 64);
+    Fault fault{name ? FindFault(*name) : nullptr, 0};
+    if (name && fault.kind == nullptr)
+        reader.Complain("name", "expected one of " + FaultNames());
+    if (fault.kind != nullptr)
+        ReadFaultValue(reader, fault);
+    reader.Number("value", UINT32_MAX);
+    Assign(fault.at, reader.Number("at", UINT32_MAX, 1));
+    Assign(fault.times, reader.Number("times", UINT32_MAX));
+    if (fault.kind != nullptr)
+        faults.push_back(fault);
+}
+
+void ReadMacs(TomlReader& reader, std::array<MacAddress, 5>& macs)
+{
+    size_t count = 0;
+    auto take = [&](const std::string& text) {
+        MacAddress mac{};
+        bool good = ParseMac(text, mac);
+        if (count < macs.size())
+            macs[count] = mac;
+        ++count;
+        return good;
+    };
+    reader.Texts("mac_addresses", "an address such as \"02:00:00:00:00:01\"", take);
+    if (count != macs.size() && reader.Has("mac_addresses"))
+        reader.Complain("mac_addresses", "expected five addresses");
+}
+
+// Families with devices first, so that a board of PHYs alone need not wait for a switch receiver.
+std::vector<Family> DefaultOrder(const BoardSpec& spec)
+{
+    if (spec.switches.empty() && !spec.phys.empty())
+        return {Family::kPhy, Family::kSwitch};
+    return {Family::kSwitch, Family::kPhy};
+}
+
+void ReadOrder(TomlReader& reader, BoardSpec& spec)
+{
+    auto take = [&](const std::string& word) {
+        auto family = word == kFamilyNames[1] ? Family::kPhy : Family::kSwitch;
+        bool known = std::ranges::find(kFamilyNames, word) != std::end(kFamilyNames);
+        if (!known || std::ranges::find(spec.order, family) != spec.order.end())
+            return false;
+        spec.order.push_back(family);
+        return true;
+    };
+    reader.Texts("mailbox_order", "\"switch\" and \"phy\", each at most once", take);
+    if (!reader.Has("mailbox_order"))
+        spec.order = DefaultOrder(spec);
+}
+
+void ReadDevices(TomlReader& reader, BoardSpec& spec)
+{
+    std::map<std::pair<uint8_t, uint8_t>, bool> taken;
+    auto check = [&](TomlReader& device, const Wiring& wiring) {
+        if (wiring.mdioBus == kNoMdio || wiring.mdioAddr == kNoMdio)
+            return;
+        if (wiring.mdioBus >= spec.mdioBuses)
+            device.Complain("mdio_bus",
+                            "expected a bus below mdio_buses = " + std::to_string(spec.mdioBuses));
+        if (!taken.emplace(std::pair{wiring.mdioBus, wiring.mdioAddr}, true).second)
+            device.Complain("mdio_address", "expected an address that no other device has");
+    };
+    reader.Tables("switch", kMaxDevices, [&](TomlReader& device) {
+        ReadSwitch(device, spec.switches.emplace_back());
+        check(device, spec.switches.back().wiring);
+    });
+    reader.Tables("phy", kMaxDevices, [&](TomlReader& device) {
+        ReadPhy(device, spec.phys.emplace_back());
+        check(device, spec.phys.back().wiring);
+    });
+}
+
+void ReadBoard(TomlReader& reader, BoardSpec& spec)
+{
+    Assign(spec.name, reader.Text("name", 0, 200));
+    Assign(spec.isolation, reader.Bool("isolation"));
+    Assign(spec.ulp, reader.Bool("ulp"));
+    Assign(spec.battery, reader.Number("battery", INT32_MAX));
+    Assign(spec.mdioBuses, reader.Number("mdio_buses", kMaxMdioBuses, 1));
+    Assign(spec.resetHeldAtPowerOn, reader.Word("reset_lines_at_power_on", kResetStates));
+    ReadMacs(reader, spec.macAddresses);
+    ReadDevices(reader, spec);
+    ReadOrder(reader, spec);
+    reader.Tables("fault", SIZE_MAX, [&](TomlReader& fault) { ReadFault(fault, spec.faults); });
+}
+
+}  // namespace
+
+std::variant<BoardSpec, BoardFileErrors> ParseBoard(std::string_view text, std::string_view path)
+{
+    Problems problems{path};
+    BoardSpec spec;
+    try {
+        toml::table table = toml::parse(text, path);
+        TomlReader reader{table, problems};
+        ReadBoard(reader, spec);
+    } catch (const toml::parse_error& error) {
+        problems.Add(error.source(), std::string(error.description()));
+    }
+    BoardFileErrors errors = problems.InFileOrder();
+    if (!errors.empty())
+        return errors;
+    return spec;
+}
+
+std::variant<BoardSpec, BoardFileErrors> LoadBoardFile(const std::string& path)
+{
+    std::ifstream file{path};
+    std::string text{std::istreambuf_iterator<char>{file}, {}};
+    if (!file.is_open() || file.bad())
+        return BoardFileErrors{path + ": cannot be read"};
+    return ParseBoard(text, path);
+}
+
+bool ParseMac(std::string_view text, MacAddress& mac)
+{
+    unsigned bytes[6];
+    char rest = 0;
+    std::string copy{text};
+    if (copy.size() != 17 || sscanf(copy.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%c", &bytes[0], &bytes[1],
+                                    &bytes[2], &bytes[3], &bytes[4], &bytes[5], &rest) != 6)
+        return false;
+    std::ranges::transform(bytes, mac.begin(), [](unsigned byte) { return uint8_t(byte); });
+    return copy.find_first_not_of("0123456789abcdefABCDEF:") == std::string::npos;
+}
+
+std::string FormatMac(const MacAddress& mac)
+{
+    char text[18];
+    snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
+             mac[4], mac[5]);
+    return text;
+}
+
+}  // namespace vboard

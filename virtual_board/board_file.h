@@ -1,0 +1,74 @@
+// A board as its TOML file describes it.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "virtual_board/faults.h"
+#include "virtual_board/link_partner.h"
+#include "virtual_board/mdio_device.h"
+
+namespace vboard {
+
+inline constexpr uint32_t kNoPin = 0xFFFFFFFF;
+inline constexpr uint8_t kNoMdio = 0xFF;
+inline constexpr unsigned kMaxDevices = 2;
+
+enum class Family { kSwitch, kPhy };
+inline constexpr std::string_view kFamilyNames[] = {"switch", "phy"};
+
+// The part of the wiring that a switch and a PHY have alike.
+struct Wiring {
+    std::string halLibName;
+    std::string chip;  // "vswitch", "ieee8023" or "none"
+    uint32_t serdesId = 0;
+    uint32_t enableGpioPin = kNoPin;
+    uint32_t resetGpioPin = kNoPin;
+    uint8_t mdioBus = kNoMdio;
+    uint8_t mdioAddr = kNoMdio;
+    uint32_t speed = 4;
+    uint32_t mode = 5;
+};
+
+struct SwitchSpec {
+    Wiring wiring;
+    uint32_t internalPort = 0;
+    uint32_t preResetArg = 0;
+    uint32_t reservedWord = 0;
+    std::vector<uint32_t> linksUp;
+};
+
+struct PhySpec {
+    Wiring wiring;
+    LinkPartner partner;
+};
+
+struct BoardSpec {
+    std::string name;
+    std::vector<SwitchSpec> switches;
+    std::vector<PhySpec> phys;
+    std::array<MacAddress, 5> macAddresses{};
+    bool isolation = false;
+    bool ulp = false;
+    uint32_t battery = 0;
+    bool resetHeldAtPowerOn = false;
+    uint32_t mdioBuses = 2;
+    std::vector<Family> order;  // in which the application CPU sends
+    std::vector<Fault> faults;
+};
+
+// All complaints about the file, each "FILE:LINE:COLUMN: what was expected".
+using BoardFileErrors = std::vector<std::string>;
+
+std::variant<BoardSpec, BoardFileErrors> LoadBoardFile(const std::string& path);
+std::variant<BoardSpec, BoardFileErrors> ParseBoard(std::string_view text, std::string_view path);
+
+// "02:00:00:00:00:01"; false when it is not one.
+bool ParseMac(std::string_view text, MacAddress& mac);
+std::string FormatMac(const MacAddress& mac);
+
+}  // namespace vboard

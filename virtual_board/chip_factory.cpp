@@ -1,0 +1,42 @@
+#include "virtual_board/chip_factory.h"
+
+#include "virtual_board/simple_phy.h"
+#include "virtual_board/vswitch_chip.h"
+
+namespace vboard {
+namespace {
+
+constexpr unsigned kBestSpeed = 1;
+
+Device MakeSwitch(const SwitchSpec& spec, size_t index)
+{
+    Device device{"sw" + std::to_string(index), &spec.wiring, nullptr};
+    if (spec.wiring.chip == "vswitch")
+        device.chip = std::make_unique<VswitchChip>(spec.internalPort);
+    for (uint32_t port : spec.linksUp)
+        if (device.chip)
+            device.chip->SetLink(port, true, kBestSpeed, true);
+    return device;
+}
+
+Device MakePhy(const PhySpec& spec, size_t index)
+{
+    Device device{"phy" + std::to_string(index), &spec.wiring, nullptr};
+    if (spec.wiring.chip == "ieee8023")
+        device.chip = std::make_unique<SimplePhy>(spec.partner);
+    return device;
+}
+
+}  // namespace
+
+std::vector<Device> MakeDevices(const BoardSpec& spec)
+{
+    std::vector<Device> devices;
+    for (size_t i = 0; i < spec.switches.size(); ++i)
+        devices.push_back(MakeSwitch(spec.switches[i], i));
+    for (size_t i = 0; i < spec.phys.size(); ++i)
+        devices.push_back(MakePhy(spec.phys[i], i));
+    return devices;
+}
+
+}  // namespace vboard

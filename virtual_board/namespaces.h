@@ -1,0 +1,10 @@
+// The private view of the machine that a board's processes get.
+#pragma once
+
+namespace vboard {
+
+// Leaves for private IPC and mount namespaces (inside a user namespace when that takes one), with
+// empty /dev/shm and /var/tmp. Throws std::system_error.
+void EnterPrivateNamespaces();
+
+}  // namespace vboard

@@ -1,0 +1,21 @@
+// `orblink-vboard run`: a board, and a command with all its children on it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vboard {
+
+struct RunOptions {
+    std::string boardFile;
+    double timeScale = 1;
+    std::string socketPath;  // empty: one of the board's own
+    std::vector<std::string> libraryDirs;
+    std::vector<std::string> command;
+};
+
+// The exit status of the command (128 + n when signal n ended it, 126 or 127 when it could not be
+// started), 2 for a board file with mistakes, 1 when the board could not be set up.
+int RunCommand(const RunOptions& options);
+
+}  // namespace vboard

@@ -1,0 +1,37 @@
+// The directory of one running board: its socket, and the libraries of both ABIs under the names
+// that the dynamic linker gives to $LIB.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vboard {
+
+// Where the preloaded library was found for each ABI.
+struct LibraryDirs {
+    std::optional<std::string> bits64;
+    std::optional<std::string> bits32;
+};
+
+// Looks into `given` first, then where a build tree or an installation has them.
+LibraryDirs FindLibraries(const std::vector<std::string>& given);
+
+class RuntimeDir {
+public:
+    // Throws std::filesystem::filesystem_error.
+    explicit RuntimeDir(const LibraryDirs& libraries);
+    RuntimeDir(const RuntimeDir&) = delete;
+    RuntimeDir& operator=(const RuntimeDir&) = delete;
+    ~RuntimeDir();
+
+    std::string DefaultSocket() const { return path_ + "/board.sock"; }
+    // Values with a $LIB for the dynamic linker to replace.
+    std::string Preload() const;
+    std::string LibraryPath() const { return path_ + "/$LIB"; }
+
+private:
+    std::string path_;
+};
+
+}  // namespace vboard
