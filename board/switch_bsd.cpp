@@ -1,6 +1,7 @@
 #include <string.h>
 
 #include "board/bsd_wire.h"
+#include "board/hal_name.h"
 #include "board/mac_addresses.h"
 #include "common/iface.h"
 #include "common/iface_words.h"
@@ -77,16 +78,15 @@ void FillVendorRecord(SwitchVendorRecord& record, bool portIsolation)
 
 void LogBoardEntry(LogCaller caller, int idx, const SwitchBoardEntry& entry)
 {
-    char halLibName[OB_HAL_NAME_SIZE + 1] = {};
-    memcpy(halLibName, entry.halLibName, OB_HAL_NAME_SIZE);
+    const HalName halLibName(entry.halLibName);
     OB_INFO_AS(caller,
                "Board-specific data: \n\t\tSwitch Idx: %d\n\t\t\tHAL library: %s"
                "\n\t\t\tEnable GPIO pin: %d\n\t\t\tReset GPIO pin: %d"
                "\n\t\t\tInternal port pidx: %d\n\t\t\tInternal port mode: %s"
                "\n\t\t\tInternal port speed: %s\n\t\t\tMDIO Bus: %d"
                "\n\t\t\tMDIO Address: %d\n\t\t\tGmax Idx: %d\n",
-               idx, halLibName, entry.enableGpioPin, entry.resetGpioPin, entry.internalPortPidx,
-               IfaceModeWord(entry.internalPortIfaceMode),
+               idx, halLibName.Text(), entry.enableGpioPin, entry.resetGpioPin,
+               entry.internalPortPidx, IfaceModeWord(entry.internalPortIfaceMode),
                IfaceSpeedWord(entry.internalPortIfaceSpeed), static_cast<int8_t>(entry.mdioBus),
                static_cast<int8_t>(entry.mdioAddr), entry.serdesId);
 }
