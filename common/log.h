@@ -53,8 +53,9 @@ struct LogCaller {
 #define OB_TRACE(...) OB_LOG(OBPLAT_SEVERITY_TRACE, __func__, __VA_ARGS__)
 
 // "%s:%d %s:%d ..." and "%s:%d ERROR: %s:%d: ..."
-#define OB_ERROR_TWICE(...) \
-    OB_LOG_DOUBLY_PREFIXED(OBPLAT_SEVERITY_ERROR, __func__, " ", " " __VA_ARGS__)
+#define OB_ERROR_TWICE_AS(caller, ...) \
+    OB_LOG_DOUBLY_PREFIXED(OBPLAT_SEVERITY_ERROR, (caller).func, " ", " " __VA_ARGS__)
+#define OB_ERROR_TWICE(...) OB_ERROR_TWICE_AS(OB_CALLER, __VA_ARGS__)
 #define OB_ERROR_MARKED(...) \
     OB_LOG_DOUBLY_PREFIXED(OBPLAT_SEVERITY_ERROR, __func__, " ERROR: ", ": " __VA_ARGS__)
 

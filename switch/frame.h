@@ -50,10 +50,12 @@ public:
 
     void PrologDone() { prologDone_ = true; }
 
-    int Ok()
+    int Ok() { return Result(RC_OK); }
+
+    int Result(int result)
     {
-        ok_ = true;
-        return RC_OK;
+        ok_ = result == RC_OK;
+        return result;
     }
 
 private:

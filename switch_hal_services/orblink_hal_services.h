@@ -17,9 +17,9 @@
 extern "C" {
 #endif
 
-/* The switch's HAL scratch area in shared memory: OB_HAL_PRIV_DATA_SIZE bytes, unaligned, zero after
- * initialisation, shared by all switches that name the same library. Null while the switch has no
- * HAL index. Owned by the library; valid for the life of the process. */
+/* The switch's HAL scratch area in shared memory: OB_HAL_PRIV_DATA_SIZE bytes, unaligned, zero
+ * after initialisation, shared by all switches that name the same library. Null while the switch
+ * has no HAL index. Owned by the library; valid for the life of the process. */
 OB_EXPORT void* OBHAL_GetHalPrivData(uint8_t DevIdx);
 
 /* Switch port that is wired to the SoC. */
