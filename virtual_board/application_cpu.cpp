@@ -16,13 +16,15 @@ constexpr uint16_t kApplicationId = 12;
 constexpr size_t kAddressSize = 16;
 constexpr size_t kMaxMessage = 4096;
 
+constexpr size_t kShownBytes = 40;
+
 std::string Hex(std::span<const uint8_t> bytes)
 {
     constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
-    for (uint8_t byte : bytes.first(std::min<size_t>(bytes.size(), 32)))
+    for (uint8_t byte : bytes.first(std::min(bytes.size(), kShownBytes)))
         text.append({kDigits[byte >> 4], kDigits[byte & 15]});
-    return text;
+    return bytes.size() > kShownBytes ? text + "..." : text;
 }
 
 std::string_view NameOf(Family family)

@@ -100,25 +100,34 @@ MdioDevice& BoardControl::FindChip(const Json& command)
     return *device.chip;
 }
 
-Json BoardControl::ShowDevices()
+Json BoardControl::ShowDevice(const Device& device)
 {
-    Json shown = Json::object();
-    for (const Device& device : board_.devices_) {
-        const Wiring& wiring = *device.wiring;
-        Json one = {{"chip", wiring.chip},         {"halLibName", wiring.halLibName},
-                    {"serdesId", wiring.serdesId}, {"resetGpioPin", wiring.resetGpioPin},
-                    {"mdioBus", wiring.mdioBus},   {"mdioAddr", wiring.mdioAddr}};
-        if (device.chip) {
-            device.chip->Advance(board_.clock_.Now());
-            one["state"] = device.chip->State();
-        }
-        shown[device.name] = std::move(one);
+    const Wiring& wiring = *device.wiring;
+    Json shown = {{"chip", wiring.chip},         {"halLibName", wiring.halLibName},
+                  {"serdesId", wiring.serdesId}, {"resetGpioPin", wiring.resetGpioPin},
+                  {"mdioBus", wiring.mdioBus},   {"mdioAddr", wiring.mdioAddr}};
+    if (device.chip) {
+        device.chip->Advance(board_.clock_.Now());
+        shown["state"] = device.chip->State();
     }
     return shown;
 }
 
-Json BoardControl::ShowState(const Json&)
+Json BoardControl::ShowDevices()
 {
+    Json shown = Json::object();
+    for (const Device& device : board_.devices_)
+        shown[device.name] = ShowDevice(device);
+    return shown;
+}
+
+Json BoardControl::ShowState(const Json& command)
+{
+    if (command.contains("device")) {
+        Json shown = Json::object();
+        shown[command["device"].get<std::string>()] = ShowDevice(FindDevice(command));
+        return Done({{"devices", shown}});
+    }
     Json macs = Json::array();
     for (const MacAddress& mac : board_.spec_.macAddresses)
         macs.push_back(FormatMac(mac));
