@@ -1,8 +1,9 @@
 #include "phy/hal_loader.h"
 
 #include <dlfcn.h>
+
 #include <cerrno>
-#include <cstring>
+#include "board/hal_name.h"
 
 namespace orblink::phy {
 
@@ -16,16 +17,6 @@ int NoSlot(Args...)
     return RC_ERROR;
 }
 
-// The record's library name, ended even when the record's is not.
-struct LibraryName {
-    char text[OB_HAL_NAME_SIZE + 1] = {};
-
-    explicit LibraryName(const PhyDeviceRecord& record)
-    {
-        memcpy(text, record.board.halLibName, OB_HAL_NAME_SIZE);
-    }
-};
-
 const char* DlErrorText()
 {
     const char* const text = dlerror();
@@ -33,18 +24,18 @@ const char* DlErrorText()
 }
 
 // Called as _LoadHals, whose step this is.
-int LoadTable(LogCaller caller, const char* library, const HalTable*& entry)
+int LoadTable(LogCaller caller, const HalName& library, const HalTable*& entry)
 {
-    if (library[0] == '\0')  // dlopen would open the program itself
+    if (library.IsEmpty())  // dlopen would open the program itself
         return EP_ERROR_AS(caller,
                            "dlopen failed, so='%s', errno=%d, %s. Check SDK compilation options.",
-                           library, ENOENT, "no library is named");
-    void* const handle = dlopen(library, RTLD_NOW);
+                           library.Text(), ENOENT, "no library is named");
+    void* const handle = dlopen(library.Text(), RTLD_NOW);
     if (handle == nullptr) {
         const int error = errno;
         return EP_ERROR_AS(caller,
                            "dlopen failed, so='%s', errno=%d, %s. Check SDK compilation options.",
-                           library, error, DlErrorText());
+                           library.Text(), error, DlErrorText());
     }
     entry = static_cast<const HalTable*>(dlsym(handle, kTableSymbol));
     if (entry == nullptr) {
@@ -79,13 +70,13 @@ int _LoadHals()
         entry = &kNoHal;
     for (uint8_t i = 0; i < PhyCount(); ++i) {
         const PhyDeviceRecord& record = *FindRecord(i);
-        const LibraryName library{record};
+        const HalName library{record.board.halLibName};
         const uint8_t halIdx = record.halIdx;
-        EP_INFO_AT("DevIndex=%d HalImplLib=%s HalIndex=%d\n", i, library.text, halIdx);
+        EP_INFO_AT("DevIndex=%d HalImplLib=%s HalIndex=%d\n", i, library.Text(), halIdx);
         if (halIdx >= EP_MAX_PHYS)
             return EP_ERROR_AT("Invalid HalIndex=%d, DevIndex=%d", halIdx, i);
         const HalTable*& entry = process.halTables[halIdx];
-        if (entry == &kNoHal && LoadTable(OB_CALLER, library.text, entry) != RC_OK)
+        if (entry == &kNoHal && LoadTable(OB_CALLER, library, entry) != RC_OK)
             return RC_ERROR;
     }
     return RC_OK;
