@@ -28,15 +28,20 @@ bool IsEeePort(LogCaller caller, const SwitchCall& call, uint8_t port)
     return false;
 }
 
-// The link is down while `change` runs; a port that nobody enabled is left down.
+// The link is down while `change` runs, and the wish stored before it comes up again. A port that
+// nobody enabled is left down.
 template <typename Change>
-int ChangeWithLinkDown(LogCaller caller, const SwitchDevice& device, uint8_t port, Change change)
+int ChangeWithLinkDown(LogCaller caller, const SwitchCall& call, uint8_t port, uint8_t wanted,
+                       Change change)
 {
+    const SwitchDevice& device = call.Device();
     if (device.Hal(&HalTable::DisablePort, port) != RC_OK)
         return OB_ERROR_AS(caller, "DisablePort failed, PhyPortIdx = %d, DevIdx=%d", port,
                            device.Idx());
     const int result = change();
-    if (HasPort(device.Record().config.enabledPorts, port))
+    if (result == RC_OK)
+        call.Config().eeePorts = wanted;
+    if (HasPort(call.Config().enabledPorts, port))
         device.Hal(&HalTable::EnablePort, port);
     return result;
 }
@@ -46,17 +51,15 @@ template <typename Already, typename Change>
 int ApplyEee(LogCaller caller, const SwitchCall& call, uint8_t port, uint8_t wanted,
              Already already, Change change)
 {
-    uint8_t& eeePorts = call.Config().eeePorts;
-    if (eeePorts == wanted) {
+    if (call.Config().eeePorts == wanted) {
         already();
         return RC_OK;
     }
     if (HasPort(call.Record().dvtPorts, port))
         OB_NOTICE_AS(caller, "DevIdx=%d PhyPortIdx=%d is in DVT mode", call.Device().Idx(), port);
-    if (call.Device().IsEnabled() &&
-        ChangeWithLinkDown(caller, call.Device(), port, change) != RC_OK)
-        return RC_ERROR;
-    eeePorts = wanted;
+    if (call.Device().IsEnabled())
+        return ChangeWithLinkDown(caller, call, port, wanted, change);
+    call.Config().eeePorts = wanted;
     return RC_OK;
 }
 
