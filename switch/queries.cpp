@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "common/log.h"
 #include "switch/frame.h"
 
@@ -76,7 +78,7 @@ int ORBLINK_GetIsolationModeEnabled(uint8_t DevIdx, uint32_t* Out)
     if (vendor.vendorParamSize != kStoredSize)
         return OB_ERROR("Illegal saved configuration");
     uint32_t isolated = 0;
-    memcpy_s(&isolated, sizeof(isolated), vendor.vendorParams, sizeof(isolated));
+    memcpy(&isolated, vendor.vendorParams, sizeof(isolated));
     *Out = isolated != 0 ? 1 : 0;
     OB_TRACE("Port Isolation Enabled %d", *Out);
     return RC_OK;
