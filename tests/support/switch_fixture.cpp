@@ -9,7 +9,6 @@
 
 #include <cstring>
 
-#include "switch/orblink_hal.h"
 #include "tests/support/played_files.h"
 
 namespace obtest {

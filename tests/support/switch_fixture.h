@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "switch/orblink_api.h"
+#include "switch/orblink_hal.h"
 #include "tests/support/scripted_platform.h"
 
 namespace obtest {
