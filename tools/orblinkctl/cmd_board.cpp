@@ -1,0 +1,178 @@
+// The board as a whole: initialisation, wiring, board services.
+#include "tools/orblinkctl/board_model.h"
+#include "tools/orblinkctl/commands.h"
+#include "tools/orblinkctl/log_lines.h"
+#include "tools/orblinkctl/phy_model.h"
+#include "tools/orblinkctl/session.h"
+#include "tools/orblinkctl/switch_model.h"
+#include "tools/orblinkctl/text.h"
+
+namespace ctl {
+
+namespace {
+
+// The mailbox client tells its story on standard output, where only the command's own output
+// belongs.
+template <typename Initialise>
+void InitialiseFamily(const char* operation, Initialise initialise)
+{
+    StdoutCapture capture;
+    const int result = initialise();
+    const std::string story = capture.Text();
+    if (CurrentSettings().verbosity > 0 || (result != 0 && !CurrentSettings().quiet))
+        std::fputs(story.c_str(), stderr);
+    Check(result, "board", operation);
+}
+
+void RefuseSecondTime(Family family, const char* name)
+{
+    if (IsInitialised(family))
+        throw Failure{kInitState, std::string("the ") + name + " family is already initialised"};
+}
+
+Model FamilyModel(const char* name, unsigned devices)
+{
+    Model model;
+    model["family"] = name;
+    model["devices"] = devices;
+    return model;
+}
+
+Model Initialise(Call& call)
+{
+    const bool both = call.Has("--switch") == call.Has("--phy");
+    const bool switches = both || call.Has("--switch");
+    const bool phys = both || call.Has("--phy");
+    if (call.Has("--no-defaults") && !switches)
+        throw Failure{kUsage, "--no-defaults is for the switch family"};
+    if (switches)
+        RefuseSecondTime(Family::kSwitch, "switch");
+    if (phys)
+        RefuseSecondTime(Family::kPhy, "PHY");
+    Model model;
+    model["families"] = Model::array();
+    if (switches) {
+        const uint32_t defaults = call.Has("--no-defaults") ? 0 : 1;
+        InitialiseFamily("ORBLINK_InitOnce", [&] { return ORBLINK_InitOnce(defaults); });
+        model["families"].push_back(FamilyModel("switch", ReadSwitches().NumOfSwitches));
+    }
+    if (phys) {
+        InitialiseFamily("ETHPHY_InitOnce", [] { return ETHPHY_InitOnce(); });
+        model["families"].push_back(FamilyModel("phy", ReadPhys().NumOfPhys));
+    }
+    model["mac_addresses"] = MacAddresses();
+    return model;
+}
+
+void PrintInitialised(const Model& model, std::string& out)
+{
+    for (const auto& family : model["families"])
+        Line(out, {Text(family["family"]), " family: ", Text(family["devices"]), " found"});
+    if (!model["mac_addresses"].is_null())
+        for (const auto& address : model["mac_addresses"])
+            Line(out, {"MAC address ", Text(address)});
+}
+
+Model Show(Call&)
+{
+    return StoredBoard();
+}
+
+Model ShowBoard(Call&)
+{
+    const Model all = StoredBoard();
+    Model model;
+    model["battery"] = ORBLINK_isBatteryMode();
+    model["mac_addresses"] = MacAddresses();
+    for (const char* list : {"switches", "phys"}) {
+        model[list] = all[list].is_null() ? Model() : Model::array();
+        for (const auto& device : all[list]) {
+            Model wiring;
+            const char* index = device.contains("switch") ? "switch" : "phy";
+            wiring[index] = device[index];
+            if (!device["board"].is_null())
+                wiring.update(device["board"]);
+            if (device.contains("service"))
+                wiring["service"] = device["service"];
+            model[list].push_back(std::move(wiring));
+        }
+    }
+    return model;
+}
+
+Model ShowBattery(Call&)
+{
+    Model model;
+    model["battery"] = ORBLINK_isBatteryMode();
+    return model;
+}
+
+Model ShowMacs(Call&)
+{
+    Model model;
+    model["mac_addresses"] = Model::array();
+    uint8_t macs[5][6];
+    Check(ORBLINK_GetMacAddresses(macs[0], macs[1], macs[2], macs[3], macs[4]),
+          "board (only the process that initialised the board knows the addresses)",
+          "ORBLINK_GetMacAddresses");
+    for (const auto& mac : macs)
+        model["mac_addresses"].push_back(MacWord(mac));
+    return model;
+}
+
+Model ResetLane(Call& call)
+{
+    const auto lane = call.As<uint32_t>("GMAC");
+    Check(OBOS_ResetSerDes(lane, call.Has("--hsgmii") ? 1 : 0), "lane " + call.Word("GMAC"),
+          "OBOS_ResetSerDes");
+    return Change("lane " + call.Word("GMAC"), "reset", call.Has("--hsgmii") ? "2500" : "1000",
+                  true);
+}
+
+Model DrivePin(Call& call)
+{
+    Check(OBOS_SetGpioValue(call.As<uint32_t>("PIN"), call.As<int>("LEVEL")),
+          "pin " + call.Word("PIN"), "OBOS_SetGpioValue");
+    return Change("pin " + call.Word("PIN"), "level", call.Number("LEVEL"), true);
+}
+
+Model ShowBuiltIn(Call&)
+{
+    Model model;
+    model["entries"] = Model::array();
+    SwitchBoardEntry entry{};
+    uint32_t found = 0;
+    Check(OBOS_GetConfiguredDevice(1, &entry, &found), "board", "OBOS_GetConfiguredDevice");
+    if (found != 0)
+        model["entries"].push_back(BoardEntry(entry));
+    return model;
+}
+
+constexpr Command kCommands[] = {
+    {"", "", "overview of the board", "ORBLINK_GetSwitchDevices", Show, PrintBoard},
+    {"init", "--switch --phy --no-defaults", "initialise from the board data; once after power-on",
+     "ORBLINK_InitOnce ETHPHY_InitOnce", Initialise, PrintInitialised},
+    {"show", "", "the wiring and every stored setting",
+     "ORBLINK_GetSwitchDevices ETHPHY_GetPhyData", Show, PrintBoard},
+    {"board", "", "board data, MAC addresses, service flags, battery",
+     "ORBLINK_GetSwitchDevices ETHPHY_GetPhyData ORBLINK_isBatteryMode", ShowBoard, PrintModel},
+    {"board battery", "", "the system state; not 0 on battery", "ORBLINK_isBatteryMode",
+     ShowBattery, PrintModel},
+    {"board mac-addresses", "", "the board's five MAC addresses", "ORBLINK_GetMacAddresses",
+     ShowMacs, PrintModel},
+    {"board built-in", "", "the built-in board entry", "OBOS_GetConfiguredDevice", ShowBuiltIn,
+     PrintModel},
+    {"board lane-reset GMAC", "--hsgmii", "reset a SerDes lane of the SoC", "OBOS_ResetSerDes",
+     ResetLane, PrintChanges},
+    {"board pin PIN LEVEL", "", "drive a reset pin: 0 holds the device in reset",
+     "OBOS_SetGpioValue", DrivePin, PrintChanges},
+};
+
+}  // namespace
+
+std::span<const Command> BoardCommands()
+{
+    return kCommands;
+}
+
+}  // namespace ctl

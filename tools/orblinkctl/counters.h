@@ -1,0 +1,18 @@
+// Counters of ports and PHYs, as far as the layout of their HAL is known.
+#pragma once
+
+#include "tools/orblinkctl/library.h"
+#include "tools/orblinkctl/model.h"
+
+namespace ctl {
+
+// An object of counters by name; of a HAL with a layout of its own {"raw": bytes as hexadecimal}.
+Model PortCounters(const SwitchDeviceRecord& record, PortId port);
+
+// Prints the one port or PHY of a model, a counter on each line.
+void PrintCounters(const Model& model, std::string& out);
+
+// Whether the switch is one whose private formats this program knows.
+bool IsVs08(const SwitchDeviceRecord& record);
+
+}  // namespace ctl

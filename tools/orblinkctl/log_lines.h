@@ -1,0 +1,44 @@
+// The library's log lines on their way to standard error.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ctl {
+
+enum class LogMode {
+    kSilent,    // nothing
+    kFailures,  // the failures, and only when the command fails
+    kProgress,  // failures, notices and progress as they come
+    kTrace,     // everything as it comes
+};
+
+void TakeLogLines(LogMode mode);
+
+// Lines that were held back since the last call of this function.
+std::vector<std::string> HeldLogLines();
+void DropHeldLogLines();
+
+// Whether a failure or notice of the running command holds this text.
+bool LogSaid(std::string_view text);
+
+// Runs what the library prints to standard output into a text of its own while it lives.
+class StdoutCapture {
+public:
+    StdoutCapture();
+    ~StdoutCapture();
+    StdoutCapture(const StdoutCapture&) = delete;
+    StdoutCapture& operator=(const StdoutCapture&) = delete;
+
+    // Ends the capture.
+    std::string Text();
+
+private:
+    void Restore();
+
+    int saved_ = -1;
+    int file_ = -1;
+};
+
+}  // namespace ctl

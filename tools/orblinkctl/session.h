@@ -1,0 +1,38 @@
+// Runs command lines: parses, queries, prints, and turns failures into text and exit code.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/orblinkctl/command.h"
+#include "tools/orblinkctl/command_line.h"
+
+namespace ctl {
+
+enum class Format { kText, kJson, kKeyValue };
+
+// What the global options of the running command line say.
+struct Settings {
+    Format format = Format::kText;
+    int verbosity = 0;
+    bool quiet = false;
+    bool jsonErrors = false;
+    std::string color = "auto";
+    double wait = 0;
+};
+
+const Settings& CurrentSettings();
+
+// One command line; the result is the exit code. `Where` goes in front of complaints.
+ExitCode RunLine(const std::vector<std::string>& arguments, const std::string& where = "");
+
+// The command line found and checked, without running it.
+Call Resolve(const CommandLine& line);
+
+// Writes to standard output at once; fails when it cannot.
+void WriteOut(const std::string& text);
+
+// A model in the format of the session, with its envelope.
+std::string Rendered(const Call& call, const Model& model);
+
+}  // namespace ctl
