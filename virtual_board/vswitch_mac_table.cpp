@@ -35,11 +35,11 @@ const MacTable::Entry* MacTable::Find(const MacAddress& mac, uint16_t vid) const
 
 int16_t MacTable::Insert(const MacAddress& mac, uint16_t vid)
 {
-    size_t slot = 0;
-    while (slot < kSlots && used[slot])
-        ++slot;
-    if (slot == kSlots)
+    if (used.all())
         return kNone;
+    size_t slot = 0;
+    while (used[slot])
+        ++slot;
     const size_t bucket = BucketOf(mac, vid);
     entries[slot] = {mac, vid, 0, false, {}};
     used[slot] = true;
