@@ -107,13 +107,13 @@ static_assert(sizeof(struct PhyVendorRecord) == 8, "format");
 /*
  * Waits for the switch board data (message type 10) on the mailbox and acknowledges it.
  *
- *   Bsd     out: entries, in host byte order up to the count, and the count; not null
- *   Vendor  out: two records, both zeroed, the first then filled; not null
+ *   Bsd     out: entries, in host byte order up to the count, and the count; null fails
+ *   Vendor  out: two records, both zeroed, the first then filled; null fails
  *
  * Blocks until one message has been received or the mailbox failed. A mailbox failure or a message
- * of the wrong type or size leaves zero switches and is not a failure of this call. Also stores the
+ * of the wrong type, size or count leaves zero switches and is not a failure of this call. Also stores the
  * five MAC addresses for OBOS_GetMacAddresses, in this process only, and logs the wiring of each
- * switch (severity 3). Result -1: a copy or OBOS_InitBsdFromIni failed.
+ * switch (severity 3). Result -1: a null pointer, or a copy or OBOS_InitBsdFromIni failed.
  */
 OB_EXPORT int OBOS_InitHwSpecificData(struct SwitchBsd* Bsd, struct SwitchVendorRecord* Vendor);
 

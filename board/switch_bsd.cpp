@@ -99,6 +99,11 @@ using namespace orblink;
 int OBOS_InitHwSpecificData(SwitchBsd* Bsd, SwitchVendorRecord* Vendor)
 {
     OB_TRACE("--->");
+    if (Bsd == nullptr)
+        return OB_ERROR("SwitchBsd is NULL");
+    if (Vendor == nullptr)
+        return OB_ERROR("VendorRecord is NULL");
+
     SwitchBsdPayload payload = {};
     memset(Bsd, 0, sizeof(*Bsd));
     memset(Vendor, 0, sizeof(*Vendor) * OB_MAX_DEVICES);

@@ -1,4 +1,5 @@
 #include <stdarg.h>
+#include <stddef.h>
 
 #include "hwmbox/mailbox.h"
 #include "platform/ob_platform.h"
@@ -7,11 +8,13 @@ namespace orblink {
 namespace {
 
 constexpr int kColumns = 16;
-constexpr int kHexWidth = 3;
+constexpr ptrdiff_t kHexWidth = 3;
 
 // A message can be longer than the receive buffer that it was cut to.
 int ReadableBytes(const void* buffer, int length)
 {
+    if (buffer == nullptr)
+        return 0;
     const auto start = reinterpret_cast<uintptr_t>(buffer);
     const auto received = reinterpret_cast<uintptr_t>(mailbox.receiveBuffer);
     if (start < received || start >= received + HWMB_BUFFER_SIZE)

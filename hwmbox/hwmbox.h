@@ -38,8 +38,8 @@ struct hwmbox_addr {
 
 /*
  * Writes one message into the transmit buffer (Msg, HWMB_BUFFER_SIZE bytes, not cleared between
- * exchanges) and its size in bytes into *Size. Result: 0 for success; a subject ignores it, a
- * commander prints a line and goes on.
+ * exchanges) and its size in bytes into *Size; a size above HWMB_BUFFER_SIZE fails the send.
+ * Result: 0 for success; a subject ignores it, a commander prints a line and goes on.
  */
 typedef int (*MsgBuilder)(void* Msg, uint32_t* Size);
 
@@ -60,8 +60,8 @@ OB_EXPORT extern int HWMB_socket;
  *
  *   Role      SOCK_COMMANDER or SOCK_SUBJECT
  *   Appid     application id, Mid module id: the address to bind
- *   Builder   writes the message (commander) or the reply (subject)
- *   Parser    interprets what was received; a subject's reply goes out before it is called
+ *   Builder   writes the message (commander) or the reply (subject); not null
+ *   Parser    interprets what was received; a subject's reply goes out before it is called; not null
  *   Dest      owned by the caller, DestSize bytes, handed to Parser
  *
  * Blocks: a mailbox that is not up (ENETDOWN from socket, EHOSTDOWN from bind) is tried again
@@ -77,8 +77,8 @@ OB_EXPORT int HWMB_Start(int Role, uint16_t Appid, uint8_t Mid, MsgBuilder Build
 
 /*
  * Prints a hex dump of Length bytes at Buffer, 16 to a line with their offset and their printable
- * characters (0x21 to 0x7D; others as '.'). At most HWMB_BUFFER_SIZE bytes of the receive buffer
- * are read, whatever Length says.
+ * characters (0x21 to 0x7D; others as '.'). Of the receive buffer no byte behind its end is read,
+ * whatever Length says; of a null Buffer none.
  */
 OB_EXPORT void HWMB_dumpBuffer(const void* Buffer, int Length);
 

@@ -140,5 +140,19 @@ TEST_F(SwitchBoardData, DoNotMindAFailedCopyOfAMacAddress)
     }
 }
 
+TEST_F(SwitchBoardData, NeedARecordToBeStoredIn)
+{
+    EXPECT_EQ(OBOS_InitHwSpecificData(nullptr, vendor), -1);
+    EXPECT_THAT(transcript.All(), ElementsAre(kArrow, "log1 " + kInit + "SwitchBsd is NULL"));
+    EXPECT_EQ(vendor[0].vendorParamSize, 0xEEEEEEEEU);
+}
+
+TEST_F(SwitchBoardData, NeedAVendorRecord)
+{
+    EXPECT_EQ(OBOS_InitHwSpecificData(&bsd, nullptr), -1);
+    EXPECT_THAT(transcript.All(), ElementsAre(kArrow, "log1 " + kInit + "VendorRecord is NULL"));
+    EXPECT_EQ(bsd.NumOfSwitchDevices, kUntouched);
+}
+
 }  // namespace
 }  // namespace obtest

@@ -35,6 +35,12 @@ TEST_F(HwmbDumpBuffer, OfANegativeLengthReadsNothing)
     EXPECT_LINES({Opening(buffer, -1), kClosing});
 }
 
+TEST_F(HwmbDumpBuffer, OfANullBufferReadsNothing)
+{
+    HWMB_dumpBuffer(nullptr, 16);
+    EXPECT_LINES({Opening(nullptr, 16), kClosing});
+}
+
 TEST_F(HwmbDumpBuffer, OfOneByteIsPaddedToTheFullWidth)
 {
     HWMB_dumpBuffer("A", 1);
