@@ -226,7 +226,8 @@ Json BoardControl::AddCounter(const Json& command)
     MdioDevice& chip = FindChip(command);
     if (!chip.AddCounter(command.at("port").get<unsigned>(), name,
                          command.at("value").get<uint64_t>()))
-        throw Refusal{kExitNoSuchObject, PortName(command) + " has no counter '" + name + "'"};
+        throw Refusal{kExitNoSuchObject,
+                      PortName(command) + " has no counter '" + name + "', or cannot count now"};
     return Done();
 }
 

@@ -134,8 +134,8 @@ void ReadMacs(TomlReader& reader, std::array<MacAddress, 5>& macs)
         ++count;
         return good;
     };
-    reader.Texts("mac_addresses", "an address such as \"02:00:00:00:00:01\"", take);
-    if (count != macs.size() && reader.Has("mac_addresses"))
+    bool given = reader.Texts("mac_addresses", "an address such as \"02:00:00:00:00:01\"", take);
+    if (given && count != macs.size())
         reader.Complain("mac_addresses", "expected five addresses");
 }
 

@@ -37,33 +37,24 @@ std::string Format(const char* format, auto... values)
     return length < 0 ? std::string() : text;
 }
 
-bool IsHexadecimal(std::string_view key)
-{
-    return key == "reg" || key == "value";
-}
-
 bool IsScalar(const Json& value)
 {
     return !value.is_structured();
 }
 
-std::string Scalar(const std::string& key, const Json& value)
+std::string Scalar(const Json& value)
 {
-    if (value.is_string())
-        return value.get<std::string>();
-    if (IsHexadecimal(key) && value.is_number_unsigned())
-        return Format("0x%04x", value.get<unsigned>());
-    return value.dump();
+    return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
 // A list of scalars as one word.
-std::string Word(const std::string& key, const Json& value)
+std::string Word(const Json& value)
 {
     if (IsScalar(value))
-        return Scalar(key, value);
+        return Scalar(value);
     std::string word;
     for (const Json& element : value)
-        word += (word.empty() ? "" : ",") + Scalar(key, element);
+        word += (word.empty() ? "" : ",") + Scalar(element);
     return word;
 }
 
@@ -79,9 +70,18 @@ std::string Line(const Json& value)
     std::string line;
     for (const auto& [key, element] : value.items()) {
         line += line.empty() ? "" : " ";
-        line += value.is_object() ? key + "=" + Word(key, element) : Word("", element);
+        line += value.is_object() ? key + "=" + Word(element) : Word(element);
     }
     return line;
+}
+
+// Registers and their values as register manuals write them.
+Json WithHexadecimalRegisters(Json facts)
+{
+    for (const char* key : {"reg", "value"})
+        if (facts.contains(key))
+            facts[key] = Format("0x%04x", facts[key].get<unsigned>());
+    return facts;
 }
 
 // Text leaves out the many counters that count nothing.
@@ -99,7 +99,7 @@ void AppendTree(std::string& text, const Json& tree, const std::string& indent)
     for (const auto& [key, value] : tree.items()) {
         std::string label = tree.is_array() ? "-" : key + ":";
         if (!value.is_structured())
-            text += indent + label + " " + Scalar(key, value) + "\n";
+            text += indent + label + " " + Scalar(value) + "\n";
         else if (FitsOneLine(value))
             text +=
                 indent + label + " " + Line(key == "counters" ? WithoutZeros(value) : value) + "\n";
@@ -116,7 +116,9 @@ std::string EntryText(const Json& entry)
     std::string text = Format("%6llu %12.6f %7d %-8s", entry["number"].get<unsigned long long>(),
                               entry["timeNs"].get<double>() / kNanoseconds, entry["pid"].get<int>(),
                               entry["kind"].get<std::string>().c_str());
-    text += entry["call"].get<std::string>() + " " + Line(entry["facts"]);
+    bool registers = entry["kind"] == "mdio";
+    text += entry["call"].get<std::string>() + " " +
+            Line(registers ? WithHexadecimalRegisters(entry["facts"]) : entry["facts"]);
     text += " -> " + entry["result"].get<std::string>();
     if (entry.contains("note"))
         text += " (" + entry["note"].get<std::string>() + ")";

@@ -7,6 +7,7 @@
 #include "virtual_board/board_control.h"
 #include "virtual_board/control_client.h"
 #include "virtual_board/faults.h"
+#include "virtual_board/verbs.h"
 
 namespace vboard {
 namespace {
@@ -71,6 +72,7 @@ int Send(const Words& words, std::string (*toText)(const Json&))
 void OnVerb(CLI::App* verb, const Shared& context, const std::function<void(Words&)>& fill,
             std::string (*toText)(const Json&) = nullptr)
 {
+    verb->fallthrough();  // --socket and --json may stand behind the verb
     verb->final_callback([=] {
         fill(context->words);
         *context->run = [=] { return Send(context->words, toText); };
@@ -267,9 +269,10 @@ void AddRegisters(CLI::App* control, const Shared& context)
 
 void AddMailbox(CLI::App* control, const Shared& context)
 {
-    auto* mailbox = control->add_subcommand("mailbox", "the application CPU");
-    mailbox->require_subcommand(1);
-    auto* verb = mailbox->add_subcommand("resend", "send the board data again");
+    auto* verb = control->add_subcommand("mailbox", "let the application CPU send again");
+    verb->add_option("action", context->words.state, "resend: send the board data again")
+        ->required()
+        ->check(CLI::IsMember({"resend"}));
     auto* family = verb->add_option("family", context->words.name, "only that of switch or phy")
                        ->check(CLI::IsMember({"switch", "phy"}));
     OnVerb(verb, context, [=](Words& given) {
@@ -286,14 +289,13 @@ void AddControlCommand(CLI::App& program, std::function<int()>& run)
     auto context = std::make_shared<Context>();
     context->run = &run;
     auto* control = program.add_subcommand("control", "look at a running board and change it");
-    control->require_subcommand(1);
-    control->fallthrough();
     control->add_option("--socket", context->words.socket,
                         "the board's socket; inside 'run' the board that is running");
     control->add_flag("--json", context->words.json, "print JSON");
     for (auto* add : {AddState, AddJournal, AddBattery, AddLink, AddFault, AddLearning, AddCounter,
                       AddRegisters, AddMailbox})
         add(control, context);
+    RequireVerb(*control);
 }
 
 }  // namespace vboard

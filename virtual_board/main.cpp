@@ -3,6 +3,7 @@
 
 #include "virtual_board/control_command.h"
 #include "virtual_board/run_command.h"
+#include "virtual_board/verbs.h"
 
 namespace {
 
@@ -30,10 +31,10 @@ int main(int argc, char** argv)
 {
     CLI::App program{"A board with switches and PHYs that programs run against, and its control."};
     program.name("orblink-vboard");
-    program.require_subcommand(1);
     std::function<int()> run;
     AddRunCommand(program, run);
     vboard::AddControlCommand(program, run);
+    vboard::RequireVerb(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -145,14 +145,14 @@ std::optional<uint32_t> TomlReader::Word(std::string_view key,
     return std::nullopt;
 }
 
-void TomlReader::Texts(std::string_view key, std::string_view expected, const TakeText& take)
+bool TomlReader::Texts(std::string_view key, std::string_view expected, const TakeText& take)
 {
     const toml::node* node = Get(key);
     if (node == nullptr)
-        return;
+        return false;
     if (!node->is_array()) {
         Complain(key, "expected an array: " + std::string(expected));
-        return;
+        return false;
     }
     for (const toml::node& element : *node->as_array()) {
         const auto* text = element.as_string();
@@ -160,6 +160,7 @@ void TomlReader::Texts(std::string_view key, std::string_view expected, const Ta
             problems_.Add(element.source(),
                           std::string(key) + ": expected " + std::string(expected));
     }
+    return true;
 }
 
 std::vector<uint32_t> TomlReader::Numbers(std::string_view key, uint32_t max)

@@ -53,7 +53,8 @@ public:
 
     // Every string of an array: take says whether it liked it, else `expected` is the complaint.
     using TakeText = std::function<bool(const std::string&)>;
-    void Texts(std::string_view key, std::string_view expected, const TakeText& take);
+    // False when the key is missing or no array.
+    bool Texts(std::string_view key, std::string_view expected, const TakeText& take);
     // Every number of an array, each at most max.
     std::vector<uint32_t> Numbers(std::string_view key, uint32_t max);
 

@@ -1,0 +1,29 @@
+// Running orblink-vboard and shell scripts under it.
+#pragma once
+
+#include <string>
+
+namespace vboard_test {
+
+struct Outcome {
+    int status;          // exit status of the shell
+    std::string output;  // standard output and standard error together
+};
+
+// A shell script with $VBOARD, $CLIENT, $OTHER (the client of the other ABI) and $BOARDS set.
+Outcome Shell(const std::string& script);
+
+// The script under `$VBOARD run` on one of the boards that come with it. Words for run may follow.
+Outcome OnBoard(const std::string& board, const std::string& script,
+                const std::string& options = "");
+
+// The words of the options that make the other ABI's preloaded library known.
+std::string OtherAbi();
+
+// The script's output without the line that names the board.
+std::string Printed(const Outcome& outcome);
+
+// A path in a fresh private directory.
+std::string TemporaryPath(const std::string& name);
+
+}  // namespace vboard_test
