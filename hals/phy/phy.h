@@ -1,0 +1,63 @@
+// One PHY: its registers, by the ways that it has, and its capabilities.
+#pragma once
+
+#include <stdint.h>
+
+#include "hals/phy/ethphy_ieee8023.h"
+#include "hals/phy/memory.h"
+#include "hals/phy/registers.h"
+
+namespace ieee8023 {
+
+class Phy {
+public:
+    explicit Phy(int deviceIndex);
+
+    // False for a device index that no PHY has, and before Init.
+    bool Exists() const { return memory != nullptr; }
+    PhyMemory& Kept() const { return *memory; }
+
+    // Registers that cannot hold kNobody: reading it is a failure.
+    bool Read(uint8_t reg, uint16_t& value) const;
+    bool Write(uint8_t reg, uint16_t value) const;
+    bool ReadMmd(uint8_t mmd, uint16_t reg, uint16_t& value) const;
+    bool WriteMmd(uint8_t mmd, uint16_t reg, uint16_t value) const;
+    // Any register: what is read counts.
+    bool ReadAny(uint8_t reg, uint16_t& value) const;
+    bool ReadAnyMmd(uint8_t mmd, uint16_t reg, uint16_t& value) const;
+
+    // Asks the PHY what it can, unless that is known already. Has and the Mmd functions rely on it.
+    bool Learn();
+    // What it can is asked anew next time.
+    void Forget() const { memory->capsKnown = 0; }
+    uint32_t Caps() const { return caps; }
+    bool Has(uint32_t anyOf) const { return (caps & anyOf) != 0; }
+
+private:
+    bool LearnMmds();
+    bool LearnMultiGig();
+    bool LearnEee();
+    bool SelectMmd(uint8_t mmd, uint16_t reg) const;
+    bool ReadIndirect(uint8_t mmd, uint16_t reg, uint16_t& value) const;
+
+    uint8_t devIdx;
+    PhyMemory* memory;
+    uint32_t caps = 0;
+    uint16_t mmds = 0;  // bit n = MMD n, while learning
+};
+
+constexpr uint32_t kMmdWays = ETHPHY_IEEE8023_MMD_FRAMES | ETHPHY_IEEE8023_MMD_INDIRECT;
+constexpr uint32_t kGigabit = ETHPHY_IEEE8023_1000_HALF | ETHPHY_IEEE8023_1000_FULL;
+constexpr uint32_t kMultiGig =
+    ETHPHY_IEEE8023_2500_FULL | ETHPHY_IEEE8023_5000_FULL | ETHPHY_IEEE8023_10000_FULL;
+constexpr uint32_t kEee = ETHPHY_IEEE8023_EEE_100 | ETHPHY_IEEE8023_EEE_1000 |
+                          ETHPHY_IEEE8023_EEE_10000 | ETHPHY_IEEE8023_EEE_2500 |
+                          ETHPHY_IEEE8023_EEE_5000;
+
+// The result of a slot.
+inline int Result(bool done)
+{
+    return done ? ETHPHY_IEEE8023_OK : ETHPHY_IEEE8023_FAILED;
+}
+
+}  // namespace ieee8023
