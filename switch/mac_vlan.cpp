@@ -17,12 +17,14 @@ struct Mapping {
     uint16_t vlanId;
 };
 
+constexpr uint8_t kNibbleMask[] = {0x0F, 0xF0};  // low digit of a byte, high digit
+
 // Bit 0 of the mask is the last hex digit of the address, bit 11 the first.
 void FillMaskedNibbles(Mapping& mapping)
 {
     for (int nibble = 0; nibble < kNibbles; ++nibble)
         if (((mapping.mask >> nibble) & 1) == 0)
-            mapping.mac[kMacSize - 1 - nibble / 2] |= nibble % 2 == 0 ? 0x0F : 0xF0;
+            mapping.mac[kMacSize - 1 - nibble / 2] |= kNibbleMask[nibble % 2];
 }
 
 struct Slots {
