@@ -22,7 +22,7 @@ extern "C" {
 /* Number of switches, and of PHYs, that a board can have. */
 #define OB_MAX_DEVICES 2
 
-/* Length of a HAL library's file name with its NUL. A name without a NUL counts as 32 characters. */
+/* Length of a HAL library's file name with its NUL. Without a NUL it counts as 32 characters. */
 #define OB_HAL_NAME_SIZE 32
 
 /* A pin number that means that there is no pin. */
@@ -111,9 +111,9 @@ static_assert(sizeof(struct PhyVendorRecord) == 8, "format");
  *   Vendor  out: two records, both zeroed, the first then filled; null fails
  *
  * Blocks until one message has been received or the mailbox failed. A mailbox failure or a message
- * of the wrong type, size or count leaves zero switches and is not a failure of this call. Also stores the
- * five MAC addresses for OBOS_GetMacAddresses, in this process only, and logs the wiring of each
- * switch (severity 3). Result -1: a null pointer, or a copy or OBOS_InitBsdFromIni failed.
+ * of the wrong type, size or count leaves zero switches and is not a failure of this call. Also
+ * stores the five MAC addresses for OBOS_GetMacAddresses, in this process only, and logs the wiring
+ * of each switch (severity 3). Result -1: a null pointer, or a copy or OBOS_InitBsdFromIni failed.
  */
 OB_EXPORT int OBOS_InitHwSpecificData(struct SwitchBsd* Bsd, struct SwitchVendorRecord* Vendor);
 

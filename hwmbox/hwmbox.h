@@ -61,7 +61,7 @@ OB_EXPORT extern int HWMB_socket;
  *   Role      SOCK_COMMANDER or SOCK_SUBJECT
  *   Appid     application id, Mid module id: the address to bind
  *   Builder   writes the message (commander) or the reply (subject); not null
- *   Parser    interprets what was received; a subject's reply goes out before it is called; not null
+ *   Parser    interprets what was received, after a subject's reply went out; not null
  *   Dest      owned by the caller, DestSize bytes, handed to Parser
  *
  * Blocks: a mailbox that is not up (ENETDOWN from socket, EHOSTDOWN from bind) is tried again
