@@ -64,24 +64,33 @@ constexpr PartnerMode kPartnerModes[] = {
     {"2500full", &LinkPartner::full2500},
 };
 
+void ReadModes(TomlReader& reader, LinkPartner& end)
+{
+    if (reader.Has("modes"))
+        for (const PartnerMode& mode : kPartnerModes)
+            end.*mode.member = false;
+    size_t count = 0;
+    auto take = [&](const std::string& word) {
+        const auto* mode = std::ranges::find(kPartnerModes, word, &PartnerMode::word);
+        ++count;
+        if (mode == std::end(kPartnerModes))
+            return false;
+        end.*mode->member = true;
+        return true;
+    };
+    constexpr std::string_view kExpected =
+        "\"10half\", \"10full\", \"100half\", \"100full\", \"1000half\", \"1000full\" or "
+        "\"2500full\"";
+    if (reader.Texts("modes", kExpected, take) && count == 0)
+        reader.Complain("modes", "expected at least one mode");
+}
+
 void ReadPartner(TomlReader& reader, LinkPartner& partner)
 {
     Assign(partner.connected, reader.Bool("connected"));
     Assign(partner.negotiates, reader.Bool("autoneg"));
     Assign(partner.eee, reader.Bool("eee"));
-    if (reader.Has("modes"))
-        for (const PartnerMode& mode : kPartnerModes)
-            partner.*mode.member = false;
-    reader.Texts("modes",
-                 "\"10half\", \"10full\", \"100half\", \"100full\", \"1000half\", \"1000full\" or "
-                 "\"2500full\"",
-                 [&](const std::string& word) {
-                     const auto* mode = std::ranges::find(kPartnerModes, word, &PartnerMode::word);
-                     if (mode == std::end(kPartnerModes))
-                         return false;
-                     partner.*mode->member = true;
-                     return true;
-                 });
+    ReadModes(reader, partner);
 }
 
 void ReadPhy(TomlReader& reader, PhySpec& spec)
@@ -90,6 +99,11 @@ void ReadPhy(TomlReader& reader, PhySpec& spec)
     ReadWiring(reader, kChips, spec.wiring);
     Assign(spec.wiring.mode, reader.Word("port_mode", kModes));
     Assign(spec.wiring.speed, reader.Word("port_speed", kSpeeds));
+    Assign(spec.identifier, reader.Number("identifier", UINT32_MAX));
+    Assign(spec.clause45, reader.Bool("clause45"));
+    Assign(spec.laneGood, reader.Bool("lane_good"));
+    Assign(spec.abilities.eee, reader.Bool("eee"));
+    ReadModes(reader, spec.abilities);
     reader.Table("partner", [&](TomlReader& partner) { ReadPartner(partner, spec.partner); });
 }
 

@@ -44,6 +44,10 @@ struct SwitchSpec {
 
 struct PhySpec {
     Wiring wiring;
+    uint32_t identifier = 0x0A5A8023;
+    bool clause45 = true;  // answers clause-45 frames
+    bool laneGood = true;  // what it says of its SerDes lane
+    LinkPartner abilities = {.eee = true, .half1000 = true, .full2500 = true};
     LinkPartner partner;
 };
 

@@ -1,6 +1,6 @@
 #include "virtual_board/chip_factory.h"
 
-#include "virtual_board/simple_phy.h"
+#include "virtual_board/phy_model.h"
 #include "virtual_board/vswitch_chip.h"
 
 namespace vboard {
@@ -19,11 +19,23 @@ Device MakeSwitch(const SwitchSpec& spec, size_t index)
     return device;
 }
 
+PhyConfig ConfigOf(const PhySpec& spec)
+{
+    PhyConfig config;
+    config.identifier = spec.identifier;
+    config.modes = ModesOf(spec.abilities);
+    config.eee = spec.abilities.eee ? config.eee & config.modes : 0;
+    config.clause45 = spec.clause45;
+    config.laneGood = spec.laneGood;
+    config.partner = spec.partner;
+    return config;
+}
+
 Device MakePhy(const PhySpec& spec, size_t index)
 {
     Device device{"phy" + std::to_string(index), &spec.wiring, nullptr};
     if (spec.wiring.chip == "ieee8023")
-        device.chip = std::make_unique<SimplePhy>(spec.partner);
+        device.chip = std::make_unique<PhyModel>(ConfigOf(spec));
     return device;
 }
 

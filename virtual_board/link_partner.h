@@ -1,4 +1,4 @@
-// What is at the far end of a PHY's cable.
+// One end of a PHY's cable: what it can do.
 #pragma once
 
 namespace vboard {

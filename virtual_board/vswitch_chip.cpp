@@ -211,10 +211,7 @@ bool VswitchChip::SetLink(unsigned port, bool up, unsigned speedCode, bool fullD
 {
     if (port >= kPorts || !ports[port].SetPartner(up, speedCode, fullDuplex))
         return false;
-    if (held)
-        linkMask = LinkMask();
-    else
-        FollowLinks();
+    FollowLinks();
     return true;
 }
 

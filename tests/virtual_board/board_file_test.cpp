@@ -54,6 +54,11 @@ mdio_bus = 0
 mdio_address = "none"
 port_mode = "HSGMII"
 port_speed = "2.5G"
+identifier = 0x12345678
+clause45 = false
+lane_good = false
+eee = false
+modes = ["100half", "1000full"]
 partner = { connected = false, autoneg = false, eee = true, modes = ["10half", "2500full"] }
 [[fault]]
 name = "mdio-error"
@@ -96,6 +101,9 @@ TEST(BoardFile, ReadsPhyAndFault)
     EXPECT_EQ(phy.wiring.mdioAddr, kNoMdio);
     EXPECT_EQ(phy.wiring.mode, 6U);
     EXPECT_EQ(phy.wiring.speed, 5U);
+    EXPECT_EQ(phy.identifier, 0x12345678U);
+    EXPECT_FALSE(phy.clause45 || phy.laneGood || phy.abilities.eee || phy.abilities.full2500);
+    EXPECT_TRUE(phy.abilities.half100 && phy.abilities.full1000);
     EXPECT_FALSE(phy.partner.connected || phy.partner.negotiates || phy.partner.full1000);
     EXPECT_TRUE(phy.partner.eee && phy.partner.half10 && phy.partner.full2500);
     const Fault& fault = spec.faults.at(0);
@@ -195,6 +203,7 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair{std::string(kPhy) + "partner = 5", "4:11: partner: expected a table"},
         std::pair{std::string(kPhy) + "partner = { modes = [\"1gig\"] }",
                   "4:22: modes: expected \"10half\""},
+        std::pair{std::string(kPhy) + "modes = []", "4:9: modes: expected at least one mode"},
         std::pair{"[[fault]]", "1:1: key 'name' is missing here"},
         std::pair{"[[fault]]\nname = \"rust\"", "2:8: name: expected one of mailbox-down, "},
         std::pair{"[[fault]]\nname = \"silent\"\nvalue = 1",

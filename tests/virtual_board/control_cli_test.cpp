@@ -108,6 +108,18 @@ TEST(Control, ALinkComesUpAtItsSpeed)
     EXPECT_EQ(state["devices"].size(), 1U);
 }
 
+TEST(Control, APhyNegotiatesWithItsPartnerAndLosesItsCable)
+{
+    auto outcome = OnBoard("phy.toml",
+                           "sleep 0.05; $CLIENT mii nsgmii0 0 4 2\n"
+                           "$CLIENT mii nsgmii0 0 4 1 >/dev/null; $CLIENT mii nsgmii0 0 4 1\n"
+                           "$VBOARD control link phy0 down\n"
+                           "$CLIENT mii nsgmii0 0 4 1\n"
+                           "$CLIENT mii nsgmii0 0 0x809f 0x0e23\n",
+                           "--time-scale 0.001");
+    EXPECT_EQ(Printed(outcome), "0x0a5a\n0x796d\n0x7949\n0x0001\n");
+}
+
 TEST(Control, StationsAreLearnedAndForgotten)
 {
     auto outcome = OnBoard("two_switches.toml",
