@@ -321,6 +321,21 @@ TEST_F(VswitchChipFdb, AgeingStepsRemoveAtTheirTimes)
     }
 }
 
+TEST_F(VswitchChipFdb, EachEntryAgesAtItsOwnTime)
+{
+    for (unsigned i = 0; i < 4; ++i) {
+        ASSERT_TRUE(bench.chip.Learn(Station(i), 1, 1));
+        bench.Wait(50s);
+    }
+    bench.Wait(99s);
+    for (uint16_t left = 4; left-- > 0;) {
+        bench.Wait(2s);
+        EXPECT_EQ(bench.Read(0x0208), left);
+        bench.Wait(48s);
+        EXPECT_EQ(bench.Read(0x0208), left);
+    }
+}
+
 TEST_F(VswitchChipFdb, AShorterStepCountsAtOnce)
 {
     ASSERT_TRUE(bench.chip.Learn(Station(1), 1, 1));
@@ -334,6 +349,7 @@ TEST_F(VswitchChipFdb, AShorterStepCountsAtOnce)
 
 TEST_F(VswitchChipFdb, StaticEntriesStay)
 {
+    bench.Wait(60s);
     SetFdbKey(bench, Station(9), 7, 4);
     EXPECT_EQ(RunFdb(bench, kAddStatic), kAddStatic);
     ASSERT_TRUE(bench.chip.Learn(Station(10), 4, 7));

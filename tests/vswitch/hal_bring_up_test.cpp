@@ -206,6 +206,10 @@ TEST(VswitchHal, TheStrappedInternalPortMustBeTheBoards)
         bench.device[0].internalPort = port;
         EXPECT_NE(Hal().ResetSwitch(0, nullptr, 0), 0) << port;
     }
+    HalBench bench;
+    ASSERT_EQ(Hal().Init(bench.privateData + 1), 0);
+    bench.device[1].internalPort = 0;  // a SerDes port as well
+    EXPECT_NE(Hal().ResetSwitch(1, nullptr, 0), 0);
 }
 
 TEST(VswitchHal, IoctlRefusesWhatItDoesNotKnow)

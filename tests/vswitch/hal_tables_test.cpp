@@ -79,6 +79,23 @@ TEST_F(VswitchHalWalk, ThreeHundredEntriesEachOnceInOrder)
     }
 }
 
+TEST_F(VswitchHalWalk, GapsAreSkipped)
+{
+    Learn(0, 40);
+    ASSERT_TRUE(chip.SetLink(1, false, 0, false));  // takes every sixth with it
+    ASSERT_TRUE(chip.SetLink(2, false, 0, false));
+    ASSERT_EQ(Hal().ForEachMacEntry(0, OnEntry, nullptr), 0);
+    std::vector<unsigned> expected;
+    for (unsigned i = 0; i < 40; ++i) {
+        if (i % 6 > 1)
+            expected.push_back(i);
+    }
+    std::vector<unsigned> met;
+    for (const VswitchMacEntry& entry : walked)
+        met.push_back(NumberOf(entry));
+    EXPECT_EQ(met, expected);
+}
+
 TEST_F(VswitchHalWalk, AFullTableEndsAfterTheLastSlot)
 {
     Learn(0, 2048);
