@@ -53,12 +53,12 @@ int BindAddress(uint16_t appid, uint8_t mid)
     address.family = kAddressFamily;
     address.mid = mid;
     address.appid = appid;
-    INIT_PRINT("hwmbox_addr values: mid=%d, appid=%d", mid, appid);
     return bind(HWMB_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
 int BindSocket(uint16_t appid, uint8_t mid)
 {
+    INIT_PRINT("hwmbox_addr values: mid=%d, appid=%d", mid, appid);
     for (uint32_t failures = 0;; ++failures) {
         const int ret = BindAddress(appid, mid);
         if (ret >= 0)

@@ -3,21 +3,12 @@
 #include <cerrno>
 #include <cstring>
 
+#include "board/mii_words.h"
 #include "phy/process_socket.h"
 
 namespace orblink::phy {
 
 namespace {
-
-// What the MII ioctls find behind the interface name; the bus is the platform driver's extension.
-struct MiiWords {
-    uint16_t phyId;
-    uint16_t regNum;
-    uint16_t valueIn;
-    uint16_t valueOut;
-    uint16_t mdioBus;
-};
-static_assert(sizeof(MiiWords) == 10 && sizeof(MiiWords) <= sizeof(ifreq::ifr_ifru));
 
 // Clause-45 addresses carry the port, the MMD and bit 15 as their mark.
 uint16_t PhyId(uint32_t mdioAddr, uint32_t reg)
@@ -35,13 +26,13 @@ int RunMii(LogCaller caller, unsigned long request, MiiWords& words)
     ifreq mii = {};
     if (StoreInterfaceName(caller, mii.ifr_name, "nsgmii0") != RC_OK)
         return RC_ERROR;
-    memcpy(&mii.ifr_ifru, &words, sizeof(words));
+    PutMiiWords(mii, words);
     if (ioctl(process.socket, request, &mii) < 0) {
         EP_ERROR_AT_AS(caller, "ioctl failed, errno=%d", errno);
         CloseProcessSocket();
         return RC_ERROR;
     }
-    memcpy(&words, &mii.ifr_ifru, sizeof(words));
+    words = TakeMiiWords(mii);
     return RC_OK;
 }
 
