@@ -1,5 +1,7 @@
 // The first call of a process: the prolog that attaches it.
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "tests/phy/phy_fixture.h"
 
@@ -128,6 +130,46 @@ TEST_F(PhyAttach, AfterAMissingLibraryTheProcessKeepsItsMappingAndSlotsFail)
     EXPECT_THAT(report.transcript,
                 testing::ElementsAre("phy9 ETHPHY_SetAdminState:# DevIndex=0 Enable=1", kLock,
                                      "phy1 ETHPHY_SetAdminState:# failed Phy=0", kUnlock));
+}
+
+TEST_F(PhyAttach, AHalIndexThatIsGarbageFailsTheFirstCallOfAProcess)
+{
+    FreshProcess other([] { return Count(); });
+    Init();
+    Record().halIdx = 2;
+    const ProcessReport report = other.Run();
+    EXPECT_EQ(report.result, -1);
+    EXPECT_EQ(Uncut(report.transcript),
+              kOpenSem + Lines({kLock}) + kMap +
+                  Lines({"phy3 _LoadHals:# DevIndex=0 HalImplLib=libphyk20.so HalIndex=2\n",
+                         "phy1 _LoadHals:# Invalid HalIndex=2, DevIndex=0",
+                         "phy1 [_ApiProlog] _LoadHals() failed", kUnlock}));
+}
+
+TEST_F(PhyAttach, ALibraryNameWithoutAnEndIsCutAt32Characters)
+{
+    FreshProcess other([] {
+        Platform().libraries[std::string(32, 'x')] = "phy-a";
+        return Count();
+    });
+    Init();
+    memset(Record().board.halLibName, 'x', OB_HAL_NAME_SIZE);
+    const ProcessReport report = other.Run();
+    EXPECT_EQ(report.result, 1);
+    EXPECT_THAT(report.transcript,
+                testing::Contains("sys dlopen(" + std::string(32, 'x') + ", RTLD_NOW)"));
+}
+
+TEST_F(PhyAttach, ACountThatIsGarbageLoadsNothing)
+{
+    FreshProcess other([] { return Count(); });
+    Init();
+    PhyRegion().NumOfPhys = 200;
+    const ProcessReport report = other.Run();
+    EXPECT_EQ(report.result, -1);
+    EXPECT_EQ(report.transcript,
+              kOpenSem + Lines({kLock}) + kMap +
+                  Lines({"phy1 ETHPHY_GetNumOfPhys:# Invalid NumOfPhys=200", kUnlock}));
 }
 
 TEST_F(PhyAttach, TheLockStaysHeldWhenAProcessDiesInsideACall)

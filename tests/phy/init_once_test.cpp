@@ -183,6 +183,8 @@ TEST_F(PhyInitOnce, AfterTheSemaphoreWasRemovedAProcessInitialisesAgain)
     RemovePhySemaphore();
     EXPECT_EQ(InitOnce(TwoPhys("libphyk20.so", "libsecond.so")), 0);
     EXPECT_FALSE(transcript.Has("shm_init")) << "once per process";
+    EXPECT_THAT(transcript.Only({"sys dlopen"}), ElementsAre("sys dlopen(libphyk20.so, RTLD_NOW)",
+                                                             "sys dlopen(libsecond.so, RTLD_NOW)"));
     EXPECT_EQ(PhyRegion().NumOfPhys, 2);
     EXPECT_EQ(PhySemaphoreValue(), 1);
 }
