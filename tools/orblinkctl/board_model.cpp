@@ -25,6 +25,18 @@ void AddSwitches(Model& model)
     model["ports"] = StoredPorts(region);
 }
 
+template <typename Read>
+void Attempt(Model& model, Read read)
+{
+    try {
+        read();
+    } catch (const Failure& failure) {
+        if (failure.code != kFailed)
+            throw;
+        model["errors"].push_back(failure.text);
+    }
+}
+
 std::string OrNone(const Model& value)
 {
     return value.is_null() ? "none" : Text(value);
@@ -101,10 +113,11 @@ Model StoredBoard()
     Model model;
     for (const char* list : {"switches", "ports", "mac_vlans", "phys"})
         model[list] = nullptr;
+    model["errors"] = Model::array();
     if (switches)
-        AddSwitches(model);
+        Attempt(model, [&] { AddSwitches(model); });
     if (phys)
-        model["phys"] = StoredPhys(ReadPhys());
+        Attempt(model, [&] { model["phys"] = StoredPhys(ReadPhys()); });
     return model;
 }
 
@@ -124,8 +137,9 @@ Model MacAddresses()
 
 void PrintBoard(const Model& model, std::string& out)
 {
+    const char* missing = model["errors"].empty() ? "not initialised" : "not available";
     if (model["switches"].is_null()) {
-        Line(out, {"switch family: not initialised"});
+        Line(out, {"switch family: ", missing});
     } else {
         if (model["switches"].empty())
             Line(out, {"no switches"});
@@ -137,11 +151,13 @@ void PrintBoard(const Model& model, std::string& out)
             PrintMacVlans(model["mac_vlans"], out);
     }
     if (model["phys"].is_null())
-        return Line(out, {"PHY family: not initialised"});
-    if (model["phys"].empty())
+        Line(out, {"PHY family: ", missing});
+    else if (model["phys"].empty())
         Line(out, {"no PHYs"});
     for (const auto& entry : model["phys"])
         PrintPhy(entry, out);
+    for (const auto& error : model["errors"])
+        Line(out, {"error: ", Text(error)});
 }
 
 }  // namespace ctl

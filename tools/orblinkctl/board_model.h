@@ -8,7 +8,8 @@
 namespace ctl {
 
 // switches, ports, mac_vlans and phys from the records alone; null for a family that is not
-// initialised. Fails when neither is.
+// initialised. A family that cannot be read does not hide the other: it is null, and its failure
+// is in "errors". Fails when neither family is initialised.
 Model StoredBoard();
 
 // The five addresses, or null where this process does not know them.

@@ -54,11 +54,15 @@ Model Initialise(Call& call)
     if (switches) {
         const uint32_t defaults = call.Has("--no-defaults") ? 0 : 1;
         InitialiseFamily("ORBLINK_InitOnce", [&] { return ORBLINK_InitOnce(defaults); });
-        model["families"].push_back(FamilyModel("switch", ReadSwitches().NumOfSwitches));
+        uint8_t count = 0;
+        Check(ORBLINK_GetNumOfSwitches(&count), "board", "ORBLINK_GetNumOfSwitches");
+        model["families"].push_back(FamilyModel("switch", count));
     }
     if (phys) {
         InitialiseFamily("ETHPHY_InitOnce", [] { return ETHPHY_InitOnce(); });
-        model["families"].push_back(FamilyModel("phy", ReadPhys().NumOfPhys));
+        uint8_t count = 0;
+        Check(ETHPHY_GetNumOfPhys(&count), "board", "ETHPHY_GetNumOfPhys");
+        model["families"].push_back(FamilyModel("phy", count));
     }
     model["mac_addresses"] = MacAddresses();
     return model;
@@ -97,6 +101,7 @@ Model ShowBoard(Call&)
             model[list].push_back(std::move(wiring));
         }
     }
+    model["errors"] = all["errors"];
     return model;
 }
 
@@ -151,7 +156,8 @@ Model ShowBuiltIn(Call&)
 constexpr Command kCommands[] = {
     {"", "", "overview of the board", "ORBLINK_GetSwitchDevices", Show, PrintBoard},
     {"init", "--switch --phy --no-defaults", "initialise from the board data; once after power-on",
-     "ORBLINK_InitOnce ETHPHY_InitOnce", Initialise, PrintInitialised},
+     "ORBLINK_InitOnce ORBLINK_GetNumOfSwitches ETHPHY_InitOnce ETHPHY_GetNumOfPhys", Initialise,
+     PrintInitialised},
     {"show", "", "the wiring and every stored setting",
      "ORBLINK_GetSwitchDevices ETHPHY_GetPhyData", Show, PrintBoard},
     {"board", "", "board data, MAC addresses, service flags, battery",

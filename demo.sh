@@ -1,0 +1,24 @@
+#!/bin/sh
+# Builds both ABIs and shows the library at work on a virtual board: two switches and a PHY. Every
+# step checks what it shows; the exit code is not 0 when one went wrong.
+set -eu
+
+cd "$(dirname "$0")"
+root=$PWD
+scripts/install-packages.sh
+
+targets="orblinkctl orblink-vboard orblink_vboard_preload vswitch_hal ethphy_ieee8023_hal phyk20_hal"
+for preset in release release-i386; do
+    echo "Building $preset"
+    cmake --preset "$preset" >"/tmp/orblink-demo.$$" 2>&1 &&
+        cmake --build --preset "$preset" --target $targets >>"/tmp/orblink-demo.$$" 2>&1 || {
+        cat "/tmp/orblink-demo.$$" >&2
+        exit 1
+    }
+    rm -f "/tmp/orblink-demo.$$"
+done
+
+bin=$root/build/release/bin
+exec "$bin/orblink-vboard" run --board tools/demo_board.toml \
+    --lib-dir "$root/build/release/lib" --lib-dir "$root/build/release-i386/lib" \
+    -- tools/demo_steps.sh "$bin" "$root/build/release-i386/bin"
