@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "tests/phy/phy_fixture.h"
+#include "tests/support/interpose.h"
 
 using namespace obtest;
 using testing::ElementsAre;
@@ -30,6 +31,9 @@ PhyBoard TwoPhys(const std::string& first, const std::string& second)
     return board;
 }
 
+// Takes EP_InitBoardSpecificData over while it is set.
+std::function<int(EthphyBsd*)> otherBoardData;
+
 class PhyInitOnce : public PhyTest {
 protected:
     int InitOnce(const PhyBoard& board = {{{}}})
@@ -40,6 +44,13 @@ protected:
 };
 
 }  // namespace
+
+extern "C" int EP_InitBoardSpecificData(struct EthphyBsd* Bsd, struct PhyVendorRecord* Vendor)
+{
+    if (otherBoardData)
+        return otherBoardData(Bsd);
+    return Real<int(EthphyBsd*, PhyVendorRecord*)>("EP_InitBoardSpecificData")(Bsd, Vendor);
+}
 
 TEST_F(PhyInitOnce, CreatesMapsLoadsAndInitialisesInThisOrder)
 {
@@ -160,6 +171,17 @@ TEST_F(PhyInitOnce, NoMessageMeansNoPhys)
     EXPECT_EQ(PhyRegion().NumOfPhys, 0);
     EXPECT_EQ(PhyRegion().vendor[0].size, 4U);
     EXPECT_EQ(PhySemaphoreValue(), 1);
+}
+
+TEST_F(PhyInitOnce, BoardDataThatCountMorePhysThanThereAreEntriesMeanNone)
+{
+    otherBoardData = [](EthphyBsd* bsd) {
+        bsd->numOfPhys = 3;
+        return 0;
+    };
+    EXPECT_EQ(ETHPHY_InitOnce(), 0);
+    EXPECT_EQ(PhyRegion().NumOfPhys, 0);
+    EXPECT_EQ(Record(0).bsdValid, 0);
 }
 
 TEST_F(PhyInitOnce, ASecondOneFailsAndTouchesNothing)

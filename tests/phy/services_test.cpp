@@ -85,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Address{0x00000000, 4, 0x0004, 0}, Address{0x0000FFFF, 4, 0x0004, 0xFFFF},
                     Address{0x001F0002, 4, 0x0004, 2}, Address{0x80000002, 4, 0x0004, 2},
                     Address{0x40010000, 4, 0x8081, 0}, Address{0x40000000, 31, 0x83E0, 0},
-                    Address{0x401FFFFF, 31, 0x83FF, 0xFFFF}, Address{0x40200001, 1, 0x8020, 1}));
+                    Address{0x401FFFFF, 31, 0x83FF, 0xFFFF}, Address{0x40200001, 2, 0x8040, 1}));
 
 TEST_F(PhyServices, AtTheBoardsPlace)
 {
