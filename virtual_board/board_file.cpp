@@ -19,6 +19,7 @@ constexpr size_t kMaxLibraryName = 31;
 constexpr uint32_t kMaxMdioAddress = 31;
 constexpr uint32_t kMaxMdioBuses = 8;
 constexpr uint32_t kMaxPort = 7;
+constexpr uint32_t kMaxNegotiationMs = 60'000;
 
 template <typename Value, typename Given>
 void Assign(Value& value, const std::optional<Given>& given)
@@ -102,6 +103,7 @@ void ReadPhy(TomlReader& reader, PhySpec& spec)
     Assign(spec.identifier, reader.Number("identifier", UINT32_MAX));
     Assign(spec.clause45, reader.Bool("clause45"));
     Assign(spec.laneGood, reader.Bool("lane_good"));
+    Assign(spec.negotiationMs, reader.Number("negotiation_ms", kMaxNegotiationMs));
     Assign(spec.abilities.eee, reader.Bool("eee"));
     ReadModes(reader, spec.abilities);
     reader.Table("partner", [&](TomlReader& partner) { ReadPartner(partner, spec.partner); });

@@ -47,6 +47,7 @@ struct PhySpec {
     uint32_t identifier = 0x0A5A8023;
     bool clause45 = true;  // answers clause-45 frames
     bool laneGood = true;  // what it says of its SerDes lane
+    uint32_t negotiationMs = 1500;
     LinkPartner abilities = {.eee = true, .half1000 = true, .full2500 = true};
     LinkPartner partner;
 };

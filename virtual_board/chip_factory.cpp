@@ -27,6 +27,7 @@ PhyConfig ConfigOf(const PhySpec& spec)
     config.eee = spec.abilities.eee ? config.eee & config.modes : 0;
     config.clause45 = spec.clause45;
     config.laneGood = spec.laneGood;
+    config.negotiationTime = std::chrono::milliseconds{spec.negotiationMs};
     config.partner = spec.partner;
     return config;
 }

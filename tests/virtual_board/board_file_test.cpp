@@ -57,6 +57,7 @@ port_speed = "2.5G"
 identifier = 0x12345678
 clause45 = false
 lane_good = false
+negotiation_ms = 60000
 eee = false
 modes = ["100half", "1000full"]
 partner = { connected = false, autoneg = false, eee = true, modes = ["10half", "2500full"] }
@@ -102,6 +103,7 @@ TEST(BoardFile, ReadsPhyAndFault)
     EXPECT_EQ(phy.wiring.mode, 6U);
     EXPECT_EQ(phy.wiring.speed, 5U);
     EXPECT_EQ(phy.identifier, 0x12345678U);
+    EXPECT_EQ(phy.negotiationMs, 60000U);
     EXPECT_FALSE(phy.clause45 || phy.laneGood || phy.abilities.eee || phy.abilities.full2500);
     EXPECT_TRUE(phy.abilities.half100 && phy.abilities.full1000);
     EXPECT_FALSE(phy.partner.connected || phy.partner.negotiates || phy.partner.full1000);
