@@ -10,6 +10,7 @@
 // "#" stands for the source line, after it was checked against the descriptor's.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,16 @@ using Lines = std::vector<std::string>;
 
 class Transcript {
 public:
-    void Add(std::string line) { lines_.push_back(std::move(line)); }
+    void Add(std::string line)
+    {
+        lines_.push_back(std::move(line));
+        if (watch)
+            watch(lines_.back());
+    }
+
+    // Called with each line as it is added, before the call that it stands for is carried out.
+    std::function<void(const std::string& line)> watch;
+
     void AddFormat(std::string format) { formats_.push_back(std::move(format)); }
     void Clear()
     {

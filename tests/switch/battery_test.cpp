@@ -1,0 +1,66 @@
+#include <cerrno>
+
+#include "tests/support/switch_fixture.h"
+
+using namespace obtest;
+
+namespace {
+
+const char* const kOpened =
+    "sys fopen(/sys/bus/acpi/drivers/Kova ACPI driver/VQR34DB:00/system_state, r)";
+
+struct State {
+    const char* name;
+    const char* text;
+    int expected;
+};
+
+class BatteryMode : public SwitchTest, public testing::WithParamInterface<State> {};
+
+TEST_P(BatteryMode, IsTheIntegerOfTheSystemState)
+{
+    platform.systemState = GetParam().text;
+    EXPECT_EQ(ORBLINK_isBatteryMode(), GetParam().expected);
+    EXPECT_TRANSCRIPT(kOpened);
+}
+
+INSTANTIATE_TEST_SUITE_P(Text, BatteryMode,
+                         testing::Values(State{"Zero", "0\n", 0}, State{"One", "1\n", 1},
+                                         State{"NoNewline", "1", 1}, State{"Large", "17\n", 17},
+                                         State{"Negative", "-3\n", -3},
+                                         State{"LeadingBlanks", "  5 rest", 5},
+                                         State{"Empty", "", 0}, State{"NoNumber", "battery\n", 0},
+                                         State{"NumberBehindText", "x1", 0},
+                                         State{"NotHexadecimal", "0x10", 0}),
+                         [](const auto& info) { return info.param.name; });
+
+class BatteryAttribute : public SwitchTest {};
+
+TEST_F(BatteryAttribute, ThatIsMissingMeansNoBatteryMode)
+{
+    EXPECT_EQ(ORBLINK_isBatteryMode(), 0);
+    EXPECT_TRANSCRIPT(kOpened);
+}
+
+TEST_F(BatteryAttribute, ThatCannotBeOpenedMeansNoBatteryMode)
+{
+    platform.systemState = "1";
+    platform.Fail("fopen", EACCES);
+    EXPECT_EQ(ORBLINK_isBatteryMode(), 0);
+}
+
+TEST_F(BatteryAttribute, IsReadWithoutTheLockAndBeforeInitialisation)
+{
+    platform.systemState = "1";
+    EXPECT_EQ(ORBLINK_isBatteryMode(), 1);
+    EXPECT_EQ(SemaphoreValue(), -1);
+}
+
+TEST_F(BatteryAttribute, IsClosedAfterEachRead)
+{
+    platform.systemState = "1";
+    for (int i = 0; i < 2000; ++i)
+        ASSERT_EQ(ORBLINK_isBatteryMode(), 1) << i;
+}
+
+}  // namespace
