@@ -10,12 +10,14 @@ foreach(folder common hwmbox board switch switch_hal_services phy)
     add_subdirectory(${folder})
 endforeach()
 
+set(orblink_public_headers
+    common/export.h common/iface.h hwmbox/hwmbox.h board/board_services.h
+    switch/orblink_api.h switch/orblink_hal.h
+    switch_hal_services/orblink_hal_services.h
+    phy/ethphy_api.h phy/ethphy_hal.h)
+
 install(TARGETS orblink)
-foreach(header
-        common/iface.h hwmbox/hwmbox.h board/board_services.h
-        switch/orblink_api.h switch/orblink_hal.h
-        switch_hal_services/orblink_hal_services.h
-        phy/ethphy_api.h phy/ethphy_hal.h)
+foreach(header ${orblink_public_headers})
     get_filename_component(folder ${header} DIRECTORY)
     install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orblink/${folder})
 endforeach()
