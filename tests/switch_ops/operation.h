@@ -73,6 +73,9 @@ private:
 // The slots that the steps call.
 std::vector<std::string> SlotsOf(const Lines& steps);
 
+// All slots of the HAL table, in its order.
+const std::vector<std::string>& SlotNames();
+
 // Clears a slot of the scripted HAL library "a", by name.
 void TakeSlotAway(const std::string& slot);
 

@@ -52,6 +52,12 @@ constexpr const char* kSlots[] = {"Init",
 
 }  // namespace
 
+const std::vector<std::string>& SlotNames()
+{
+    static const std::vector<std::string> names(std::begin(kSlots), std::end(kSlots));
+    return names;
+}
+
 void TakeSlotAway(const std::string& slot)
 {
     using Slot = int (*)();
