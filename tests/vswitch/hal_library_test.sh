@@ -1,5 +1,6 @@
 #!/bin/sh
-# The built HAL library: one exported symbol, and no library at run time but the C library and liborblink.
+# The built HAL library: one exported symbol, and no library at run time but the C library and
+# liborblink.
 set -eu
 library=$1
 
@@ -9,7 +10,8 @@ exported=$(nm -D --defined-only "$library" | awk '{ sub(/@.*/, "", $3); print $2
     exit 1
 }
 
-needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | LC_ALL=C sort | tr '\n' ' ')
+needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' |
+    LC_ALL=C sort | tr '\n' ' ')
 [ "$needed" = "libc.so.6 liborblink.so.0 " ] || {
     echo "$library needs: $needed" >&2
     exit 1
