@@ -6,8 +6,8 @@ cd "$(dirname "$0")"
 
 # What is built and tested. The release builds come first: programs of one ABI are also run on the
 # other ABI's virtual board.
-built=(release release-i386 clang clang-i386 asan asan-i386 coverage)
-tested=(release release-i386 clang asan asan-i386 coverage)
+built=(release release-i386 asan asan-i386 clang-i386-library coverage)
+tested=(release release-i386 asan asan-i386 coverage)
 minimum_coverage=95
 
 scripts/install-packages.sh
