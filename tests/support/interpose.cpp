@@ -30,10 +30,18 @@ int FindLibrary(dl_phdr_info* info, size_t, void* data)
     return 1;
 }
 
+// What the library's own start-up and end do (writing coverage data, say) is none of the script's.
+bool programHasEnded = false;
+struct ProgramEnd {
+    ~ProgramEnd() { programHasEnded = true; }
+} programEnd;
+
 }  // namespace
 
 bool FromLibrary(const void* returnAddress)
 {
+    if (programHasEnded)
+        return false;
     // Calls before the library is mapped (by a sanitizer's start-up, say) find an empty range.
     static Range range;
     if (range.to == 0)

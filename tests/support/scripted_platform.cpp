@@ -33,7 +33,8 @@ std::string ArgText(char kind, intptr_t value)
 
 ScriptedPlatform& Platform()
 {
-    static ScriptedPlatform platform;
+    // Never destroyed: the library still calls when the program's own objects are gone.
+    static auto& platform = *new ScriptedPlatform;
     return platform;
 }
 
