@@ -140,6 +140,16 @@ TEST_F(HalLoader, TwoSwitchesOnTwoLibrariesUseTheirOwnTables)
     EXPECT_TRUE(transcript.Has("hal0 ResetSwitch(0, "));
 }
 
+TEST_F(HalLoader, ASwitchWhoseIndexNamesNoLoadedTableFailsWithoutACrash)
+{
+    Init();
+    Record(0).halIdx = 1;
+    EXPECT_EQ(ORBLINK_ResetDisable(0, 0, nullptr, 0), -1);
+    EXPECT_THAT(transcript.Only({"log1"}),
+                ElementsAre("log1 ORBLINK_ResetDisable:# Switch pre reset failed"));
+    EXPECT_EQ(SemaphoreValue(), 1);
+}
+
 TEST(HalTableLayout, HasTheSlotsInTheOrderThatHalLibrariesAreBuiltWith)
 {
     using Table = struct OBHAL_HalFuncs;
