@@ -11,7 +11,7 @@ namespace ctl {
 
 namespace {
 
-void AddSwitches(Model& model)
+void AddSwitches(Model& model, bool live)
 {
     const auto region = ReadSwitches();
     model["switches"] = Model::array();
@@ -22,7 +22,13 @@ void AddSwitches(Model& model)
         for (auto& entry : MacVlanEntries(record.config.macToVlanTable, device))
             model["mac_vlans"].push_back(std::move(entry));
     }
-    model["ports"] = StoredPorts(region);
+    model["ports"] = live ? LivePorts(region) : StoredPorts(region);
+}
+
+void AddPhys(Model& model, bool live)
+{
+    const auto region = ReadPhys();
+    model["phys"] = live ? LivePhys(region) : StoredPhys(region);
 }
 
 template <typename Read>
@@ -102,9 +108,7 @@ void PrintPhy(const Model& entry, std::string& out)
     Line(out, {"  HAL index ", OrNone(entry["hal_index"])});
 }
 
-}  // namespace
-
-Model StoredBoard()
+Model ReadBoard(bool live)
 {
     const bool switches = IsInitialised(Family::kSwitch);
     const bool phys = IsInitialised(Family::kPhy);
@@ -115,10 +119,22 @@ Model StoredBoard()
         model[list] = nullptr;
     model["errors"] = Model::array();
     if (switches)
-        Attempt(model, [&] { AddSwitches(model); });
+        Attempt(model, [&] { AddSwitches(model, live); });
     if (phys)
-        Attempt(model, [&] { model["phys"] = StoredPhys(ReadPhys()); });
+        Attempt(model, [&] { AddPhys(model, live); });
     return model;
+}
+
+}  // namespace
+
+Model StoredBoard()
+{
+    return ReadBoard(false);
+}
+
+Model LiveBoard()
+{
+    return ReadBoard(true);
 }
 
 Model MacAddresses()

@@ -12,6 +12,9 @@ namespace ctl {
 // is in "errors". Fails when neither family is initialised.
 Model StoredBoard();
 
+// The same with the links of ports and PHYs.
+Model LiveBoard();
+
 // The five addresses, or null where this process does not know them.
 Model MacAddresses();
 

@@ -1,8 +1,13 @@
 // The board as a whole: initialisation, wiring, board services.
+#include <unistd.h>
+
+#include <cstdlib>
+
 #include "tools/orblinkctl/board_model.h"
 #include "tools/orblinkctl/commands.h"
 #include "tools/orblinkctl/log_lines.h"
 #include "tools/orblinkctl/phy_model.h"
+#include "tools/orblinkctl/picture.h"
 #include "tools/orblinkctl/session.h"
 #include "tools/orblinkctl/switch_model.h"
 #include "tools/orblinkctl/text.h"
@@ -77,14 +82,63 @@ void PrintInitialised(const Model& model, std::string& out)
             Line(out, {"MAC address ", Text(address)});
 }
 
-Model Show(Call&)
+Model Show(Call& call)
 {
-    return StoredBoard();
+    Model board = StoredBoard();
+    if (!board["errors"].empty())
+        call.exitCode = kFailed;
+    return board;
 }
 
-Model ShowBoard(Call&)
+ExitCode CodeOf(const Model& board)
 {
-    const Model all = StoredBoard();
+    const bool failed =
+        !board["errors"].empty() || AnyError(board["ports"]) || AnyError(board["phys"]);
+    return failed ? kFailed : kDone;
+}
+
+bool WantsColour()
+{
+    const std::string& when = CurrentSettings().color;
+    const char* refused = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    if (when != "auto")
+        return when == "always";
+    return isatty(STDOUT_FILENO) != 0 && (refused == nullptr || *refused == '\0') &&
+           (terminal == nullptr || std::string_view(terminal) != "dumb");
+}
+
+bool HasLineCharacters()
+{
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* locale = std::getenv(name);
+        if (locale != nullptr && *locale != '\0')
+            return std::string_view(locale).find("UTF-8") != std::string_view::npos ||
+                   std::string_view(locale).find("utf8") != std::string_view::npos;
+    }
+    return false;
+}
+
+void PrintOverview(const Model& board, std::string& out)
+{
+    out += PictureText(DrawBoard(board), HasLineCharacters(), WantsColour());
+    for (const auto& error : board["errors"])
+        Line(out, {"error: ", Text(error)});
+}
+
+ExitCode Overview(Call& call)
+{
+    const Model board = LiveBoard();
+    if (call.Has("--svg"))
+        ReplaceFile(call.Word("--svg"), PictureSvg(DrawBoard(board)));
+    else
+        WriteOut(Rendered(call, board));
+    return CodeOf(board);
+}
+
+Model ShowBoard(Call& call)
+{
+    const Model all = Show(call);
     Model model;
     model["battery"] = ORBLINK_isBatteryMode();
     model["mac_addresses"] = MacAddresses();
@@ -154,7 +208,9 @@ Model ShowBuiltIn(Call&)
 }
 
 constexpr Command kCommands[] = {
-    {"", "", "overview of the board", "ORBLINK_GetSwitchDevices", Show, PrintBoard},
+    {"", "--svg", "the board drawn, with every link",
+     "ORBLINK_GetSwitchDevices ORBLINK_GetPortLink ETHPHY_GetPhyData ETHPHY_GetLink", nullptr,
+     PrintOverview, Overview},
     {"init", "--switch --phy --no-defaults", "initialise from the board data; once after power-on",
      "ORBLINK_InitOnce ORBLINK_GetNumOfSwitches ETHPHY_InitOnce ETHPHY_GetNumOfPhys", Initialise,
      PrintInitialised},

@@ -1,4 +1,9 @@
-// The program itself.
+// The program itself: batches, help, completion, manual.
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+
 #include "tools/orblinkctl/commands.h"
 #include "tools/orblinkctl/grammar.h"
 #include "tools/orblinkctl/help.h"
@@ -34,9 +39,60 @@ ExitCode Help(Call& call)
     return kDone;
 }
 
+ExitCode Manual(Call&)
+{
+    WriteOut(ManualPage());
+    return kDone;
+}
+
+ExitCode Completion(Call& call)
+{
+    WriteOut(CompletionScript(call.Word("SHELL")));
+    return kDone;
+}
+
+ExitCode RunLines(std::istream& lines, const std::string& name, bool keepGoing)
+{
+    const CommandLine batch = CurrentLine();
+    ExitCode first = kDone;
+    std::string line;
+    for (int number = 1; std::getline(lines, line); ++number) {
+        const auto words = SplitWords(line.substr(0, line.find('#')));
+        if (words.empty())
+            continue;
+        const std::string where = name + ":" + std::to_string(number) + ": ";
+        ExitCode code = kUsage;
+        if (words.front() == "batch")
+            Complain({kUsage, "a batch cannot run another one"}, where);
+        else
+            code = RunBatchLine(words, where, batch);
+        first = first == kDone ? code : first;
+        if (first != kDone && !keepGoing)
+            break;
+    }
+    return first;
+}
+
+ExitCode Batch(Call& call)
+{
+    const bool keepGoing = call.Has("--keep-going");
+    if (!call.Has("FILE") || call.Word("FILE") == "-")
+        return RunLines(std::cin, "stdin", keepGoing);
+    const std::string path = call.Word("FILE");
+    std::ifstream file(path);
+    if (!file)
+        throw Failure{kUsage, path + ": " + std::strerror(errno)};
+    return RunLines(file, path, keepGoing);
+}
+
 constexpr Command kCommands[] = {
+    {"batch [FILE]", "--keep-going",
+     "one command on each line of a file or of standard input; # begins a comment", "", nullptr,
+     nullptr, Batch},
     {"help [COMMAND]", "", "help on all commands, or on those that begin so", "", nullptr, nullptr,
      Help},
+    {"completion SHELL", "", "the completion script of a shell", "", nullptr, nullptr, Completion},
+    {"manual", "", "the manual page in roff", "", nullptr, nullptr, Manual},
 };
 
 }  // namespace

@@ -131,6 +131,10 @@ std::span<const CommandGroup> CommandGroups()
         {"MAC table", MacCommands()},
         {"PHYs", PhyCommands()},
         {"Registers", RegisterCommands()},
+        {"Configuration", ConfigCommands()},
+        {"Watching", WatchCommands()},
+        {"Measured values", MetricsCommands()},
+        {"Support", BundleCommands()},
         {"The program", ProgramCommands()},
     };
     return groups;

@@ -14,6 +14,10 @@ std::span<const Command> FeatureCommands();
 std::span<const Command> MacCommands();
 std::span<const Command> RegisterCommands();
 std::span<const Command> PhyCommands();
+std::span<const Command> ConfigCommands();
+std::span<const Command> MetricsCommands();
+std::span<const Command> WatchCommands();
+std::span<const Command> BundleCommands();
 std::span<const Command> ProgramCommands();
 
 // Any model: tables for lists of objects, "name: value" for the rest.

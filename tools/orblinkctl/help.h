@@ -11,4 +11,11 @@ std::string VersionText();
 // Of one command when the words name one, of all that begin with them otherwise.
 std::string HelpText(const std::vector<std::string>& words);
 
+// The manual page in roff.
+std::string ManualPage();
+
+// What may stand in place of the last word, which may be unfinished; for completion scripts.
+std::vector<std::string> Completions(std::vector<std::string> words);
+std::string CompletionScript(const std::string& shell);
+
 }  // namespace ctl

@@ -17,6 +17,21 @@ namespace {
 
 LogMode currentMode = LogMode::kFailures;
 
+bool recordAll = false;
+
+std::string& Record()
+{
+    static std::string text;
+    return text;
+}
+
+bool ShownAtOnce(uint32_t severity)
+{
+    if (currentMode == LogMode::kProgress)
+        return severity <= OBPLAT_SEVERITY_INFO;
+    return currentMode == LogMode::kTrace;
+}
+
 // Failures and notices, in every mode.
 std::vector<std::string>& Lines()
 {
@@ -53,7 +68,9 @@ void Take(const OBPLAT_LogSite* site, const char* function, const char* format, 
         line += std::string(function) + ": ";
     line += text;
     line.erase(line.find_last_not_of(" \n") + 1);
-    if (currentMode == LogMode::kProgress || currentMode == LogMode::kTrace)
+    if (recordAll)
+        Record() += line + "\n";
+    if (ShownAtOnce(site->Severity))
         std::fprintf(stderr, "%s\n", line.c_str());
     if (site->Severity <= OBPLAT_SEVERITY_NOTICE)
         Lines().push_back(std::move(line));
@@ -69,6 +86,17 @@ void TakeLogLines(LogMode mode)
     OBPLAT_SetLogLevel(mode == LogMode::kTrace      ? OBPLAT_SEVERITY_TRACE
                        : mode == LogMode::kProgress ? OBPLAT_SEVERITY_INFO
                                                     : OBPLAT_SEVERITY_NOTICE);
+}
+
+void RecordAllLines()
+{
+    recordAll = true;
+    OBPLAT_SetLogLevel(OBPLAT_SEVERITY_TRACE);
+}
+
+std::string RecordedLines()
+{
+    return Record();
 }
 
 std::vector<std::string> HeldLogLines()

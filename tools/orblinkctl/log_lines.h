@@ -23,6 +23,10 @@ void DropHeldLogLines();
 // Whether a failure or notice of the running command holds this text.
 bool LogSaid(std::string_view text);
 
+// From now on every line, trace lines too, is also kept as text.
+void RecordAllLines();
+std::string RecordedLines();
+
 // Runs what the library prints to standard output into a text of its own while it lives.
 class StdoutCapture {
 public:

@@ -1,12 +1,29 @@
 #include <csignal>
+#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "tools/orblinkctl/help.h"
 #include "tools/orblinkctl/session.h"
+
+namespace {
+
+int Complete(const std::vector<std::string>& words)
+{
+    for (const auto& word : ctl::Completions(words))
+        std::printf("%s\n", word.c_str());
+    return std::fflush(stdout) == 0 ? 0 : 1;
+}
+
+}  // namespace
 
 int main(int argc, char** argv)
 {
     // A closed pipe is a failed write with a message, not a silent end.
     std::signal(SIGPIPE, SIG_IGN);
-    return ctl::RunLine(std::vector<std::string>(argv + 1, argv + argc));
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    // Unfinished words are not to be judged as a command line.
+    if (!arguments.empty() && arguments.front() == "--complete")
+        return Complete({arguments.begin() + 1, arguments.end()});
+    return ctl::RunLine(arguments);
 }

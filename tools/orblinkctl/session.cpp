@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 #include "tools/orblinkctl/grammar.h"
 #include "tools/orblinkctl/help.h"
@@ -19,6 +20,7 @@ namespace ctl {
 namespace {
 
 Settings settings;
+CommandLine currentLine;
 
 bool Given(const CommandLine& line, const char* option)
 {
@@ -81,23 +83,6 @@ ExitCode RunCall(Call& call)
     return call.exitCode;
 }
 
-void Complain(const Failure& failure, const std::string& where)
-{
-    const auto lines = HeldLogLines();
-    if (settings.jsonErrors) {
-        Model error;
-        error["schema"] = kSchema;
-        error["error"]["code"] = failure.code;
-        error["error"]["text"] = where + failure.text;
-        error["error"]["log"] = lines;
-        std::fprintf(stderr, "%s\n", error.dump().c_str());
-        return;
-    }
-    for (const auto& line : lines)
-        std::fprintf(stderr, "%s\n", line.c_str());
-    std::fprintf(stderr, "orblinkctl: %s%s\n", where.c_str(), failure.text.c_str());
-}
-
 // Lines that were held back for a command that ended without a failure of its own.
 void ShowHeldLines(ExitCode code)
 {
@@ -108,6 +93,8 @@ void ShowHeldLines(ExitCode code)
 
 ExitCode RunParsed(const CommandLine& line)
 {
+    currentLine = line;
+    Adopt(line);
     if (Given(line, "--version")) {
         WriteOut(VersionText());
         return kDone;
@@ -120,6 +107,20 @@ ExitCode RunParsed(const CommandLine& line)
     const ExitCode code = RunCall(call);
     ShowHeldLines(code);
     return code;
+}
+
+template <typename Run>
+ExitCode Guarded(const std::string& where, Run run)
+{
+    try {
+        return run();
+    } catch (const Failure& failure) {
+        Complain(failure, where);
+        return failure.code;
+    } catch (const std::exception& error) {
+        Complain({kFailed, error.what()}, where);
+        return kFailed;
+    }
 }
 
 }  // namespace
@@ -143,6 +144,19 @@ void WriteOut(const std::string& text)
         throw Failure{kFailed, std::string("cannot write the output: ") + std::strerror(errno)};
 }
 
+void ReplaceFile(const std::string& path, const std::string& text)
+{
+    const std::string unfinished = path + ".unfinished";
+    {
+        std::ofstream file(unfinished, std::ios::binary);
+        file << text << std::flush;
+        if (!file)
+            throw Failure{kFailed, unfinished + ": " + std::strerror(errno)};
+    }
+    if (std::rename(unfinished.c_str(), path.c_str()) != 0)
+        throw Failure{kFailed, path + ": " + std::strerror(errno)};
+}
+
 std::string Rendered(const Call& call, const Model& model)
 {
     std::string out;
@@ -158,21 +172,46 @@ std::string Rendered(const Call& call, const Model& model)
                : KeyValueLines(whole);
 }
 
-ExitCode RunLine(const std::vector<std::string>& arguments, const std::string& where)
+void Complain(const Failure& failure, const std::string& where)
+{
+    const auto lines = HeldLogLines();
+    if (settings.jsonErrors) {
+        Model error;
+        error["schema"] = kSchema;
+        error["error"]["code"] = failure.code;
+        error["error"]["text"] = where + failure.text;
+        error["error"]["log"] = lines;
+        std::fprintf(stderr, "%s\n", error.dump().c_str());
+        return;
+    }
+    for (const auto& line : lines)
+        std::fprintf(stderr, "%s\n", line.c_str());
+    std::fprintf(stderr, "orblinkctl: %s%s\n", where.c_str(), failure.text.c_str());
+}
+
+ExitCode RunLine(const std::vector<std::string>& arguments)
 {
     settings.jsonErrors =
         std::find(arguments.begin(), arguments.end(), "--json-errors") != arguments.end();
-    try {
-        const CommandLine line = ParseCommandLine(arguments);
-        Adopt(line);
+    return Guarded("", [&] { return RunParsed(ParseCommandLine(arguments)); });
+}
+
+ExitCode RunBatchLine(const std::vector<std::string>& arguments, const std::string& where,
+                      const CommandLine& batch)
+{
+    return Guarded(where, [&] {
+        CommandLine line = ParseCommandLine(arguments);
+        for (const auto& [name, text] : batch.options)
+            if (OptionNamed(name).global)
+                line.options.emplace(name, text);
+        line.verbosity = std::max(line.verbosity, batch.verbosity);
         return RunParsed(line);
-    } catch (const Failure& failure) {
-        Complain(failure, where);
-        return failure.code;
-    } catch (const std::exception& error) {
-        Complain({kFailed, error.what()}, where);
-        return kFailed;
-    }
+    });
+}
+
+const CommandLine& CurrentLine()
+{
+    return currentLine;
 }
 
 }  // namespace ctl

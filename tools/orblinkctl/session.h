@@ -23,14 +23,28 @@ struct Settings {
 
 const Settings& CurrentSettings();
 
-// One command line; the result is the exit code. `Where` goes in front of complaints.
-ExitCode RunLine(const std::vector<std::string>& arguments, const std::string& where = "");
+// The command line of the program; the result is the exit code.
+ExitCode RunLine(const std::vector<std::string>& arguments);
+
+// One line of a batch. It takes over the global options of the batch that it does not give itself;
+// `where` goes in front of complaints.
+ExitCode RunBatchLine(const std::vector<std::string>& arguments, const std::string& where,
+                      const CommandLine& batch);
+
+// The command line that is running.
+const CommandLine& CurrentLine();
+
+// Shows a failure on standard error, after the library's lines that explain it.
+void Complain(const Failure& failure, const std::string& where = "");
 
 // The command line found and checked, without running it.
 Call Resolve(const CommandLine& line);
 
 // Writes to standard output at once; fails when it cannot.
 void WriteOut(const std::string& text);
+
+// Writes a file in place of another one; a reader never sees a half-written one.
+void ReplaceFile(const std::string& path, const std::string& text);
 
 // A model in the format of the session, with its envelope.
 std::string Rendered(const Call& call, const Model& model);
