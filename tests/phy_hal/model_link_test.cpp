@@ -274,6 +274,27 @@ TEST_F(PhyLink, TheResetLineEndsASoftwareReset)
     EXPECT_EQ(Read(0), 0x1000);
 }
 
+TEST_F(PhyLink, ResetForgetsThatTheLinkSlept)
+{
+    Make(WithPartner(kPhy1000Full, true, true));
+    ASSERT_TRUE(Write(7, 60, 0x0004));
+    Wait(1500ms);
+    phy_->SetResetLine(true);
+    phy_->SetResetLine(false);
+    Wait(50ms);
+    EXPECT_EQ(Read(3, 1) & 0x0C00, 0);
+}
+
+TEST_F(PhyLink, EverySpeedCodeHasItsModeAndNoOtherHasAny)
+{
+    for (PhyMode mode : kModes)
+        EXPECT_EQ(ModeFor(SpeedCodeOf(mode), IsFullDuplex(mode)), mode);
+    for (unsigned code : {0U, 1U, 6U, 7U})
+        for (bool full : {false, true})
+            EXPECT_EQ(ModeFor(code, full), kPhyNoMode) << code;
+    EXPECT_EQ(ModeFor(5, false), kPhyNoMode);
+}
+
 TEST_F(PhyLink, StateSaysWhatTheRegistersMean)
 {
     MakeSettled(WithPartner(kPhy1000Full, true, true));
