@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+
 #include <cerrno>
 
 #include "tests/support/switch_fixture.h"
@@ -58,8 +60,10 @@ TEST_F(BatteryAttribute, IsReadWithoutTheLockAndBeforeInitialisation)
 
 TEST_F(BatteryAttribute, IsClosedAfterEachRead)
 {
+    const rlimit few = {.rlim_cur = 100, .rlim_max = 100};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
     platform.systemState = "1";
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 200; ++i)
         ASSERT_EQ(ORBLINK_isBatteryMode(), 1) << i;
 }
 

@@ -136,10 +136,13 @@ TEST_P(DeviceFrame, RefusesEveryIndexOnABoardWithoutSwitches)
 TEST_P(DeviceFrame, RefusesADeviceWhenTheRegionHoldsAnImpossibleCount)
 {
     Init();
-    Region().NumOfSwitches = 200;
-    EXPECT_EQ(Call(5), GetParam().failure);
-    EXPECT_EQ(Call(0), GetParam().failure);
-    EXPECT_EQ(SemaphoreValue(), 1);
+    for (int count : {3, 200, 255}) {
+        transcript.Clear();
+        Region().NumOfSwitches = static_cast<uint8_t>(count);
+        EXPECT_EQ(Call(0), GetParam().failure);
+        EXPECT_LOGS(std::string("log1 ") + GetParam().name + ":# Invalid device index, DevIdx=0");
+        EXPECT_EQ(SemaphoreValue(), 1);
+    }
 }
 
 TEST_P(DeviceFrame, FailsWhenTheRegionHoldsAnImpossibleHalIndex)

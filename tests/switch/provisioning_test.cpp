@@ -101,6 +101,33 @@ TEST_F(Provisioning, LeavesTheRecordOfASwitchThatIsNotThereEmpty)
     EXPECT_EQ(memcmp(&Record(1), &empty, sizeof(empty)), 0);
 }
 
+TEST_F(Provisioning, ReplacesWhateverTheSettingsHeldButNotTheState)
+{
+    const auto readCaps = platform.slots["GetSwitchCaps"];
+    platform.slots["GetSwitchCaps"] = [&](const SlotArgs& args) {
+        if (args[0] == 1) {
+            memset(&Record(1).config, 0x77, sizeof(SwitchProvConfig));
+            Record(1).serviceStatus = 5;
+            Record(1).dvtPorts = 6;
+        }
+        return readCaps(args);
+    };
+    Init(SwitchBoard::With({{}, {}}));
+    SwitchDeviceRecord& spoilt = Record(1);
+    EXPECT_EQ(spoilt.config.state, 0x77777777U);
+    EXPECT_EQ(spoilt.dvtPorts, 6);
+    spoilt.config.state = 0;
+    spoilt.dvtPorts = 0;
+    for (auto& entry : spoilt.config.macToVlanTable) {
+        EXPECT_EQ(entry.EnableMapping, 0U);
+        entry = {};  // of a free entry only the mark counts
+    }
+    // Bytes between the members belong to nobody.
+    for (auto* padding : {&spoilt.config.padding, &spoilt.config.padding2})
+        memset(padding, 0, sizeof(*padding));
+    EXPECT_EQ(memcmp(&Record(0), &spoilt, sizeof(spoilt)), 0);
+}
+
 TEST_F(Provisioning, IsSkippedWithArgumentZero)
 {
     Init(SwitchBoard::With({{}}), 0);
