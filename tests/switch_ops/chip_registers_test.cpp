@@ -10,7 +10,7 @@ using nlohmann::json;
 
 namespace {
 
-constexpr int kOperations = 4000;
+constexpr int kOperations = 2000;
 constexpr int kLookEvery = 20;
 
 // Values that the chip takes.

@@ -151,6 +151,17 @@ TEST_F(MacVlan, AddingAgainReusesTheSameEntryAlsoWithAFreeOneBefore)
     EXPECT_THAT(UsedEntries(), ElementsAre(1));
 }
 
+TEST_F(MacVlan, OfTwoEqualEntriesTheFirstCounts)
+{
+    ASSERT_EQ(Map(kMac, 1, 100), 0);
+    table[3] = table[0];
+    EXPECT_EQ(Map(kMac, 1, 200), 0);
+    EXPECT_EQ(table[0].VlanId, 200);
+    EXPECT_EQ(table[3].VlanId, 100);
+    EXPECT_EQ(Unmap(kMac), 0);
+    EXPECT_THAT(UsedEntries(), ElementsAre(3));
+}
+
 TEST_F(MacVlan, ANewAddressTakesTheFirstFreeEntry)
 {
     for (int i = 0; i < 4; ++i)

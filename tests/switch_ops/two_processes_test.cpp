@@ -1,4 +1,5 @@
 // Two real processes change settings of one switch that lie in the same bytes and tables.
+#include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -108,6 +109,8 @@ protected:
         uint8_t* counter = Region().halPrivData[1];
         uint32_t count;
         memcpy(&count, counter, sizeof(count));
+        if (more != 0)
+            sched_yield();  // the other process would come in between, if it could
         count += more;
         memcpy(counter, &count, sizeof(count));
         return count;
