@@ -11,6 +11,7 @@ packages="
     googletest
     libclang-rt-14-dev
     libcli11-dev
+    librsvg2-bin
     libtomlplusplus-dev
     ninja-build
     nlohmann-json3-dev

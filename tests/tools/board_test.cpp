@@ -132,7 +132,7 @@ TEST(Board, ServicesAnswer)
     EXPECT_THAT(r[6].out, HasSubstr("6"));
     EXPECT_THAT(r[7], Prints("pin 19: level 0\n"));
     EXPECT_THAT(r[8].out, HasSubstr("0"));
-    EXPECT_EQ(Json(r[9])["entries"][0]["internal_port"], 4);
+    EXPECT_EQ(Json(r[9])["board_entries"][0]["internal_port"], 4);
     EXPECT_EQ(Json(r[10])["switches"][1]["reset_pin"], 19);
     EXPECT_TRUE(Json(r[10])["mac_addresses"].is_null());
     EXPECT_THAT(r[11], Fails(1,

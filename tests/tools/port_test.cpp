@@ -118,7 +118,7 @@ TEST(Port, WhatAPortCannotDoIsNotSupported)
 {
     const auto r =
         OnBoardUp("one_switch", {"ctl port 0 vlan 5", "ctl port 7 speed 100", "ctl port 1 delay on",
-                                 "ctl port 7 dvt 1", "ctl port 7 test-mode",
+                                 "ctl port 7 dvt 1", "ctl port 7 test-mode", "ctl port 7 eee on",
                                  "ctl mac-vlan remove 0 "
                                  "00:00:5e:00:53:01"});
     EXPECT_THAT(r[0], Refuses(5, "port 0:0: not a LAN port; those are ports 1 to 7"));
@@ -126,7 +126,8 @@ TEST(Port, WhatAPortCannotDoIsNotSupported)
     EXPECT_THAT(r[2], Refuses(5, "port 0:1: not an RGMII port"));
     EXPECT_THAT(r[3], Refuses(5, "port 0:7: no PHY is attached to it"));
     EXPECT_THAT(r[4], Refuses(5, "port 0:7: no PHY is attached to it"));
-    EXPECT_THAT(r[5], Refuses(5, "port 0:0: not a LAN port; those are ports 1 to 7"));
+    EXPECT_THAT(r[5], Refuses(5, "port 0:7: no PHY is attached to it"));
+    EXPECT_THAT(r[6], Refuses(5, "port 0:0: not a LAN port; those are ports 1 to 7"));
 }
 
 TEST(Port, TheLibrarysRefusalIsShown)

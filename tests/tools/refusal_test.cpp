@@ -130,11 +130,12 @@ TEST(Refusal, NamesTheWordAndWhatIsAllowed)
 
 TEST(Refusal, AnOptionWithoutItsArgumentIsNamed)
 {
-    const auto r = OnBoard("no_devices", {"ctl show -o", "ctl mac --vlan"});
-    EXPECT_EQ(r[0].code, 2);
-    EXPECT_THAT(r[0].err, testing::HasSubstr("-o"));
-    EXPECT_EQ(r[1].code, 2);
-    EXPECT_THAT(r[1].err, testing::HasSubstr("--vlan"));
+    const auto r = OnBoard("no_devices",
+                           {"ctl show -o", "ctl mac --vlan", "ctl show --json=1", "ctl show -z"});
+    EXPECT_THAT(r[0], Refuses(2, "option -o needs FORMAT: text, json or kv"));
+    EXPECT_THAT(r[1], Refuses(2, "option --vlan needs VID: 1 to 4094"));
+    EXPECT_THAT(r[2], Refuses(2, "option --json takes no argument"));
+    EXPECT_THAT(r[3], Refuses(2, "unknown option '-z'"));
 }
 
 TEST(Refusal, ADumpWithABadLineIsRefusedByLine)

@@ -198,12 +198,12 @@ Model DrivePin(Call& call)
 Model ShowBuiltIn(Call&)
 {
     Model model;
-    model["entries"] = Model::array();
+    model["board_entries"] = Model::array();
     SwitchBoardEntry entry{};
     uint32_t found = 0;
     Check(OBOS_GetConfiguredDevice(1, &entry, &found), "board", "OBOS_GetConfiguredDevice");
     if (found != 0)
-        model["entries"].push_back(BoardEntry(entry));
+        model["board_entries"].push_back(BoardEntry(entry));
     return model;
 }
 

@@ -140,6 +140,7 @@ Model ShowEee(Call& call)
 Model SetEee(Call& call)
 {
     const PortTarget target(call);
+    target.RequirePhyPort();
     target.RequireCapability(OB_CAPS_EEE, "802.3az");
     if (call.Word("ON-OFF") == "on")
         Check(ORBLINK_EnablePhyPortEee(target.Device(), target.Port()), target.object,

@@ -1,8 +1,10 @@
 // The program itself: batches, help, completion, manual.
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iostream>
+#include <functional>
 
 #include "tools/orblinkctl/commands.h"
 #include "tools/orblinkctl/grammar.h"
@@ -51,16 +53,33 @@ ExitCode Completion(Call& call)
     return kDone;
 }
 
-ExitCode RunLines(std::istream& lines, const std::string& name, bool keepGoing)
+struct LineSource {
+    std::string name;
+    std::function<bool(std::string&)> next;
+};
+
+LineSource StandardInput()
+{
+    return {"stdin", [](std::string& line) {
+                char* text = nullptr;
+                size_t room = 0;
+                const ssize_t length = getline(&text, &room, stdin);
+                line.assign(length > 0 ? text : "", length > 0 ? static_cast<size_t>(length) : 0);
+                std::free(text);
+                return length >= 0;
+            }};
+}
+
+ExitCode RunLines(const LineSource& source, bool keepGoing)
 {
     const CommandLine batch = CurrentLine();
     ExitCode first = kDone;
     std::string line;
-    for (int number = 1; std::getline(lines, line); ++number) {
+    for (int number = 1; source.next(line); ++number) {
         const auto words = SplitWords(line.substr(0, line.find('#')));
         if (words.empty())
             continue;
-        const std::string where = name + ":" + std::to_string(number) + ": ";
+        const std::string where = source.name + ":" + std::to_string(number) + ": ";
         ExitCode code = kUsage;
         if (words.front() == "batch")
             Complain({kUsage, "a batch cannot run another one"}, where);
@@ -77,12 +96,13 @@ ExitCode Batch(Call& call)
 {
     const bool keepGoing = call.Has("--keep-going");
     if (!call.Has("FILE") || call.Word("FILE") == "-")
-        return RunLines(std::cin, "stdin", keepGoing);
+        return RunLines(StandardInput(), keepGoing);
     const std::string path = call.Word("FILE");
     std::ifstream file(path);
     if (!file)
         throw Failure{kUsage, path + ": " + std::strerror(errno)};
-    return RunLines(file, path, keepGoing);
+    return RunLines({path, [&](std::string& line) { return bool(std::getline(file, line)); }},
+                    keepGoing);
 }
 
 constexpr Command kCommands[] = {

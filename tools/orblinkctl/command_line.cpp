@@ -1,7 +1,7 @@
 #include "tools/orblinkctl/command_line.h"
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
+#include <cctype>
+#include <optional>
 
 #include "tools/orblinkctl/failure.h"
 #include "tools/orblinkctl/vocabulary.h"
@@ -10,76 +10,95 @@ namespace ctl {
 
 namespace {
 
-// Built once and used again for every line of a batch.
 class Parser {
 public:
-    Parser()
-    {
-        app.set_help_flag();
-        app.allow_extras();
-        for (const auto& option : Options())
-            Add(option);
-    }
+    explicit Parser(const std::vector<std::string>& arguments) : arguments_(arguments) {}
 
-    CommandLine Parse(std::vector<std::string> arguments)
+    CommandLine Parse()
     {
-        std::reverse(arguments.begin(), arguments.end());
-        try {
-            app.parse(std::move(arguments));
-        } catch (const CLI::ParseError& error) {
-            throw Failure{kUsage, error.what()};
+        bool optionsEnd = false;
+        while (at_ < arguments_.size()) {
+            const std::string& argument = arguments_[at_++];
+            if (!optionsEnd && argument == "--")
+                optionsEnd = true;
+            else if (optionsEnd || !IsOption(argument))
+                line_.words.push_back(argument);
+            else if (argument.starts_with("--"))
+                TakeLong(argument);
+            else
+                TakeShort(argument);
         }
-        CommandLine line;
-        line.words = app.remaining();
-        for (const auto& option : Options())
-            Take(option, line);
-        return line;
+        return std::move(line_);
     }
 
 private:
-    void Add(const OptionDefinition& option)
+    // Numbers may be negative.
+    static bool IsOption(const std::string& argument)
     {
-        if (*option.argument == '\0')
-            app.add_flag(option.name);
-        else
-            app.add_option(option.name)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        return argument.size() > 1 && argument[0] == '-' &&
+               std::isdigit(static_cast<unsigned char>(argument[1])) == 0;
     }
 
-    void Take(const OptionDefinition& option, CommandLine& line)
+    static const OptionDefinition& Find(const std::string& name, const std::string& typed)
     {
-        const CLI::Option* given = app.get_option(option.name);
-        if (given->count() == 0)
-            return;
-        if (std::string_view(option.name) == "-v")
-            line.verbosity = static_cast<int>(given->count());
-        std::string& text = line.options[option.name];
-        if (*option.argument == '\0')
-            return;
-        text = given->results().back();
-        const Argument& argument = ArgumentNamed(option.argument);
-        if (!Accepts(argument, text))
-            throw Failure{kUsage, "bad " + std::string(option.name) + " '" + text +
-                                      "': allowed is " + argument.allowed};
+        for (const auto& option : Options())
+            if (name == option.name)
+                return option;
+        throw Failure{kUsage, "unknown option '" + typed + "'"};
     }
 
-    CLI::App app;
+    void TakeLong(const std::string& argument)
+    {
+        const size_t equals = argument.find('=');
+        const auto& option = Find(argument.substr(0, equals), argument);
+        if (equals == std::string::npos)
+            return Take(option, std::nullopt);
+        if (*option.argument == '\0')
+            throw Failure{kUsage, std::string("option ") + option.name + " takes no argument"};
+        Take(option, argument.substr(equals + 1));
+    }
+
+    // Several letters may stand behind one hyphen; the rest of the word is an argument.
+    void TakeShort(const std::string& argument)
+    {
+        for (size_t i = 1; i < argument.size(); ++i) {
+            const auto& option = Find(std::string("-") + argument[i], argument);
+            if (*option.argument != '\0' && i + 1 < argument.size())
+                return Take(option, argument.substr(i + 1));
+            Take(option, std::nullopt);
+        }
+    }
+
+    void Take(const OptionDefinition& option, std::optional<std::string> text)
+    {
+        const std::string name = option.name;
+        if (name == "-v")
+            ++line_.verbosity;
+        if (*option.argument == '\0') {
+            line_.options[name];
+            return;
+        }
+        const Argument& kind = ArgumentNamed(option.argument);
+        if (!text && at_ == arguments_.size())
+            throw Failure{kUsage,
+                          "option " + name + " needs " + option.argument + ": " + kind.allowed};
+        if (!text)
+            text = arguments_[at_++];
+        if (!Accepts(kind, *text))
+            throw Failure{kUsage, "bad " + name + " '" + *text + "': allowed is " + kind.allowed};
+        line_.options[name] = *text;
+    }
+
+    const std::vector<std::string>& arguments_;
+    size_t at_ = 0;
+    CommandLine line_;
 };
-
-void RefuseUnknownOptions(const std::vector<std::string>& words)
-{
-    for (const auto& word : words)
-        if (word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9'))
-            throw Failure{kUsage, "unknown option '" + word + "'"};
-}
 
 }  // namespace
 
-CommandLine ParseCommandLine(std::vector<std::string> arguments)
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments)
 {
-    static Parser parser;
-    CommandLine line = parser.Parse(std::move(arguments));
-    RefuseUnknownOptions(line.words);
-    return line;
+    return Parser(arguments).Parse();
 }
 
 }  // namespace ctl

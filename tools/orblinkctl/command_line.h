@@ -15,6 +15,6 @@ struct CommandLine {
 };
 
 // Fails with a usage error for an unknown option and for an argument that is missing or bad.
-CommandLine ParseCommandLine(std::vector<std::string> arguments);
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace ctl

@@ -19,10 +19,10 @@ Model PortConfig(const SwitchDeviceRecord& record, PortId id)
             port[key] = stored[key];
     };
     take({"enabled"});
-    if ((record.caps.capsFlags & OB_CAPS_EEE) != 0)
-        take({"eee"});
     if ((record.caps.capsFlags & OB_CAPS_MIRRORING) != 0)
         port["mirror_to"] = stored["mirror_to"].is_null() ? Model("off") : stored["mirror_to"];
+    if (caps.portHasPhy != 0 && (record.caps.capsFlags & OB_CAPS_EEE) != 0)
+        take({"eee"});
     if (caps.portHasPhy != 0)
         take({"speed", "duplex"});
     else if (caps.portIfaceType == OB_IFACE_RGMII)
