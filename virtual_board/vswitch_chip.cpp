@@ -50,6 +50,8 @@ void VswitchChip::Reset(nanoseconds readyAfter)
         port.Reset();
     addr = 0;
     linkMask = LinkMask();
+    ++view.resets;
+    FollowRegisters();
     readyAt = rxReadyAt = now + readyAfter;
 }
 
@@ -190,6 +192,13 @@ Refusal VswitchChip::PeekData(uint16_t address, uint16_t& value) const
 
 Refusal VswitchChip::WriteData(uint16_t address, uint16_t value)
 {
+    const Refusal refusal = WriteBlock(address, value);
+    FollowRegisters();
+    return refusal;
+}
+
+Refusal VswitchChip::WriteBlock(uint16_t address, uint16_t value)
+{
     if (Within(address, kGlobalFirst, kGlobalLast))
         return global.Write(address, value);
     if (Within(address, kFdbFirst, kFdbLast))
@@ -212,7 +221,32 @@ bool VswitchChip::SetLink(unsigned port, bool up, unsigned speedCode, bool fullD
     if (port >= kPorts || !ports[port].SetPartner(up, speedCode, fullDuplex))
         return false;
     FollowLinks();
+    FollowRegisters();
     return true;
+}
+
+void VswitchChip::SetPartnerPower(unsigned port, bool on)
+{
+    ports[port].SetPartnerPower(on);
+    FollowLinks();
+    FollowRegisters();
+}
+
+void VswitchChip::FollowRegisters()
+{
+    viewStale = true;
+    ++forwardingChanges;
+    const uint16_t snooping = global.Get(kSnooping);
+    view.igmpForgotten += snooping & 1 ? 0 : 1;
+    view.mldForgotten += snooping & 2 ? 0 : 1;
+}
+
+const ForwardingView& VswitchChip::Forwarding()
+{
+    if (viewStale)
+        Decode(global, ports, macVlan, queues, view);
+    viewStale = false;
+    return view;
 }
 
 uint16_t VswitchChip::LinkMask() const
@@ -237,11 +271,9 @@ void VswitchChip::FollowLinks()
 
 bool VswitchChip::Learn(const MacAddress& mac, unsigned port, unsigned vid)
 {
-    if (!Ready() || port >= kPorts || vid == 0 || vid > kMaxVid || !IsStation(mac))
+    if (port >= kPorts || !Awake(port) || vid == 0 || vid > kMaxVid || !IsStation(mac))
         return false;
     if (!ports[port].CurrentLink().up || ports[port].InTest())
-        return false;
-    if (port == internalPort && !RxReady())
         return false;
     if (fdb.table.Learn(mac, static_cast<uint16_t>(vid), port, now))
         return true;

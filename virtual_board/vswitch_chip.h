@@ -8,6 +8,7 @@
 #include "virtual_board/mdio_device.h"
 #include "virtual_board/vswitch_counters.h"
 #include "virtual_board/vswitch_fdb.h"
+#include "virtual_board/vswitch_forwarding.h"
 #include "virtual_board/vswitch_global.h"
 #include "virtual_board/vswitch_mac_vlan.h"
 #include "virtual_board/vswitch_ports.h"
@@ -38,6 +39,19 @@ public:
 
     nlohmann::json State() const override;
 
+    // What moves frames between the ports looks at the registers through the view, which holds
+    // until one of them or a link changes, and writes into the MAC table and the counters.
+    const vswitch::ForwardingView& Forwarding();
+    // Counts the changes of the view.
+    uint32_t ForwardingChanges() const { return forwardingChanges; }
+    // The chip, and on the internal port its receive path too, has booted.
+    bool Awake(unsigned port) const { return port == internalPort ? RxReady() : Ready(); }
+    vswitch::MacTable& Stations() { return fdb.table; }
+    vswitch::Counters& PortCounters() { return counters; }
+    void NoteStationRefused() { global.NoteFdbRefused(); }
+    // The device at the far end of a port's cable is switched on or off.
+    void SetPartnerPower(unsigned port, bool on);
+
 private:
     bool Ready() const { return !held && now >= readyAt; }
     bool RxReady() const { return Ready() && now >= rxReadyAt; }
@@ -50,8 +64,10 @@ private:
     vswitch::Refusal ReadData(uint16_t address, uint16_t& value);
     vswitch::Refusal PeekData(uint16_t address, uint16_t& value) const;
     vswitch::Refusal WriteData(uint16_t address, uint16_t value);
+    vswitch::Refusal WriteBlock(uint16_t address, uint16_t value);
     uint16_t LinkMask() const;
     void FollowLinks();
+    void FollowRegisters();
 
     nlohmann::json GlobalState() const;
     nlohmann::json PortState(unsigned port) const;
@@ -74,6 +90,10 @@ private:
     uint16_t addr = 0;
     uint16_t linkMask = 0;  // as last seen by FollowLinks
     std::string_view complaint;
+
+    vswitch::ForwardingView view{};
+    bool viewStale = true;
+    uint32_t forwardingChanges = 0;
 };
 
 }  // namespace vboard

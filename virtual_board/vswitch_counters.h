@@ -19,6 +19,30 @@ inline constexpr uint16_t kCntLast = kCntWindow + 4 * kCounters - 1;
 
 extern const std::array<std::string_view, kCounters> kCounterNames;
 
+// Places of the counters that frames move, as the register manual numbers them.
+enum CounterIndex : size_t {
+    kDropEvents = 0,
+    kOctets = 1,
+    kPkts = 2,
+    kBroadcastPkts = 3,
+    kMulticastPkts = 4,
+    kOversizePkts = 7,
+    kPkts64 = 11,
+    kPkts1519ToMax = 17,
+    kFramesSent = 18,
+    kOctetsSent = 19,
+    kMulticastSent = 20,
+    kBroadcastSent = 21,
+    kFramesReceived = 22,
+    kOctetsReceived = 23,
+    kPauseSent = 24,
+    kPauseReceived = 25,
+    kInDiscards = 26,
+    kVlanInDiscards = 27,
+    kMtuDiscards = 28,
+    kOutDiscards = 29,
+};
+
 class Counters {
 public:
     void Reset();
@@ -31,6 +55,10 @@ public:
 
     // False: no such counter.
     bool Add(unsigned port, std::string_view name, uint64_t value);
+    void Count(unsigned port, CounterIndex counter, uint64_t value = 1)
+    {
+        values[port][counter] += value;
+    }
     const std::array<uint64_t, kCounters>& OfPort(unsigned port) const { return values[port]; }
 
 private:

@@ -146,7 +146,7 @@ Link Port::SerdesLink() const
 Link Port::CurrentLink() const
 {
     const bool enabled = registers[kPortCtrl] & 1;
-    if (!enabled || !partner.up)
+    if (!enabled || !partner.up || !partnerPower)
         return {};
     if (kind == Kind::kSerdes)
         return SerdesLink();

@@ -62,6 +62,8 @@ public:
 
     // The far end of the port's link; it knows no reset. False: a speed the port does not have.
     bool SetPartner(bool up, unsigned speedCode, bool fullDuplex);
+    // Whether the device at the far end is switched on; it is unless somebody says otherwise.
+    void SetPartnerPower(bool on) { partnerPower = on; }
 
     Link CurrentLink() const;
     bool InTest() const { return kind == Kind::kPhy && registers[kPhyDvt] != 0; }
@@ -81,6 +83,7 @@ private:
     Kind kind;
     RegisterBank registers;
     Link partner;
+    bool partnerPower = true;
 };
 
 // All ports of a chip; throws std::invalid_argument when there is no such internal port.

@@ -1,0 +1,99 @@
+// What stands between the forwarding decision and the wire: eight queues per port in strict
+// priority, the packet memory they share, and the rate of each port.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "virtual_board/datapath/packet_memory.h"
+#include "virtual_board/vswitch_forwarding.h"
+
+namespace vboard::datapath {
+
+class EgressQueues {
+public:
+    using Time = std::chrono::nanoseconds;
+
+    struct Admission {
+        unsigned ingress;
+        unsigned port;
+        uint8_t pcp;
+        bool dei;
+        bool copy;  // made by mirroring
+    };
+    enum class Verdict { kQueued, kNoBuffer, kDiscarded };
+
+    // A frame that begins to leave; to be released before the next one is asked for.
+    struct Departure {
+        unsigned port;
+        Admission admission;
+        std::span<const iovec> pieces;
+        size_t bytes;
+        uint16_t first;
+    };
+
+    EgressQueues();
+    // The view must stay; to be called when it has changed. Ports without a link lose their frames.
+    void Configure(const vswitch::ForwardingView& view);
+    void Clear();
+
+    Verdict Admit(const Admission& admission, Bytes frame, Time now);
+    // The next frame that leaves no later than now.
+    bool Depart(Time now, Departure& departure);
+    void Release(const Departure& departure);
+    std::optional<Time> NextDeparture() const;
+
+    // The ports whose frames have turned red since the last call.
+    vswitch::PortMask TakeTurnedRed();
+    unsigned Filling(unsigned queue) const { return queues[queue].buffers; }
+
+private:
+    static constexpr uint16_t kNone = 0xFFFF;
+
+    struct Stored {  // by the frame's first buffer
+        Admission admission;
+        uint16_t next;
+        uint16_t bytes;
+        uint8_t buffers;
+        Time arrived;
+    };
+    struct Queue {
+        uint16_t head = kNone;
+        uint16_t tail = kNone;
+        unsigned buffers = 0;
+        double average = 0;
+    };
+
+    static unsigned QueueOf(unsigned port, uint8_t pcp);
+    bool FitsBesideReserved(unsigned queue, unsigned buffers) const;
+    unsigned Unfilled(unsigned queue) const;
+    void Hold(unsigned queue, unsigned ingress, int buffers);
+    void FollowColour(unsigned ingress);
+    bool DiscardedEarly(unsigned queue, const Admission& admission);
+    bool Draw(double average, uint16_t minimum, uint16_t maximum);
+    unsigned ColourOf(const Admission& admission) const;
+    void Append(unsigned queue, Bytes frame, const Admission& admission, Time now);
+    uint16_t RemoveHead(unsigned queue);
+    void Drop(unsigned port);
+    Time WireTime(unsigned port, size_t bytes) const;
+
+    const vswitch::ForwardingView* view = nullptr;
+    PacketMemory memory;
+    std::vector<Stored> stored;
+    std::array<Queue, vswitch::kQueues> queues{};
+    std::array<uint8_t, vswitch::kPorts> waiting{};  // queues with frames, a bit each
+    std::array<Time, vswitch::kPorts> wireFree{};
+    std::array<unsigned, vswitch::kPorts> heldOf{};  // buffers, by ingress port
+    vswitch::PortMask busy = 0;
+    vswitch::PortMask red = 0;
+    vswitch::PortMask turnedRed = 0;
+    unsigned unfilled = 0;  // buffers reserved and not in use, of all queues
+    double average = 0;
+    uint32_t random = 1;
+    PacketMemory::Pieces pieces;
+};
+
+}  // namespace vboard::datapath

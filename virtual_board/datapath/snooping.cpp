@@ -1,0 +1,163 @@
+#include "virtual_board/datapath/snooping.h"
+
+#include <algorithm>
+
+namespace vboard::datapath {
+namespace {
+
+using std::chrono::nanoseconds;
+using vswitch::PortMask;
+
+constexpr nanoseconds kMembershipTime = std::chrono::seconds(260);
+constexpr nanoseconds kQuerierTime = std::chrono::seconds(255);
+constexpr PortMask kEverywhere = 0xFF;
+
+}  // namespace
+
+PortMask StillIn(const PortTimes& until, nanoseconds now)
+{
+    unsigned ports = 0;
+    for (unsigned p = 0; p < until.size(); ++p)
+        ports |= (now < until[p] ? 1u : 0u) << p;
+    return static_cast<PortMask>(ports);
+}
+
+GroupTable::GroupTable() : entries(kGroups)
+{
+    Clear();
+}
+
+void GroupTable::Clear()
+{
+    first.fill(kNone);
+    for (size_t i = 0; i < kGroups; ++i)
+        entries[i].next = static_cast<int16_t>(i + 1);
+    entries.back().next = kNone;
+    free = 0;
+}
+
+size_t GroupTable::BucketOf(const GroupAddress& group, uint16_t vid)
+{
+    uint64_t key = vid;
+    for (uint8_t octet : group)
+        key = (key ^ octet) * 0x100000001B3;
+    return (key * 0x9E3779B97F4A7C15u >> 32) % kGroups;
+}
+
+int16_t GroupTable::Find(const GroupAddress& group, uint16_t vid) const
+{
+    int16_t at = first[BucketOf(group, vid)];
+    while (at != kNone && (entries[at].group != group || entries[at].vid != vid))
+        at = entries[at].next;
+    return at;
+}
+
+void GroupTable::DropEnded(nanoseconds now)
+{
+    for (int16_t& bucket : first) {
+        for (int16_t* link = &bucket; *link != kNone;) {
+            Entry& entry = entries[*link];
+            if (StillIn(entry.until, now) != 0) {
+                link = &entry.next;
+                continue;
+            }
+            const int16_t ended = *link;
+            *link = entry.next;
+            entry.next = free;
+            free = ended;
+        }
+    }
+}
+
+int16_t GroupTable::Make(const GroupAddress& group, uint16_t vid, nanoseconds now)
+{
+    if (free == kNone)
+        DropEnded(now);
+    if (free == kNone)
+        return kNone;
+    const int16_t made = free;
+    free = entries[made].next;
+    int16_t& bucket = first[BucketOf(group, vid)];
+    entries[made] = {group, vid, {}, bucket};
+    bucket = made;
+    return made;
+}
+
+void GroupTable::Join(const GroupAddress& group, uint16_t vid, unsigned port, nanoseconds now)
+{
+    int16_t at = Find(group, vid);
+    if (at == kNone)
+        at = Make(group, vid, now);
+    if (at != kNone)
+        entries[at].until[port] = now + kMembershipTime;
+}
+
+void GroupTable::Leave(const GroupAddress& group, uint16_t vid, unsigned port)
+{
+    const int16_t at = Find(group, vid);
+    if (at != kNone)
+        entries[at].until[port] = {};
+}
+
+PortMask GroupTable::Members(const GroupAddress& group, uint16_t vid, nanoseconds now) const
+{
+    const int16_t at = Find(group, vid);
+    return at == kNone ? PortMask{0} : StillIn(entries[at].until, now);
+}
+
+Snooping::Snooping()
+{
+    for (Family& family : families)
+        family.queriers.resize(vswitch::kMaxVid + 1);
+}
+
+void Snooping::Forget(Protocol protocol)
+{
+    Family& family = Of(protocol);
+    if (family.empty)
+        return;
+    family.groups.Clear();
+    std::ranges::fill(family.queriers, PortTimes{});
+    family.empty = true;
+}
+
+void Snooping::ForgetAll()
+{
+    Forget(Protocol::kIgmp);
+    Forget(Protocol::kMld);
+}
+
+void Snooping::Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
+                    nanoseconds now)
+{
+    report.ForEachChange([&](const GroupAddress& group, bool joins) {
+        if (joins)
+            family.groups.Join(group, vid, port, now);
+        else
+            family.groups.Leave(group, vid, port);
+    });
+}
+
+PortMask Snooping::Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
+                          unsigned internalPort, nanoseconds now)
+{
+    Family& family = Of(packet.Of());
+    PortTimes& queriers = family.queriers[vid];
+    const MulticastPacket::Kind what = packet.What();
+    if (what == MulticastPacket::Kind::kQuery) {
+        queriers[port] = now + kQuerierTime;
+        family.empty = false;
+        return kEverywhere;
+    }
+    const unsigned toQueriers = StillIn(queriers, now) | vswitch::MaskOf(internalPort);
+    if (what == MulticastPacket::Kind::kReport) {
+        Note(family, packet, port, vid, now);
+        family.empty = false;
+        return static_cast<PortMask>(toQueriers);
+    }
+    if (packet.Unrestricted())
+        return kEverywhere;
+    return static_cast<PortMask>(toQueriers | family.groups.Members(packet.Group(), vid, now));
+}
+
+}  // namespace vboard::datapath

@@ -1,0 +1,73 @@
+// IGMP and MLD snooping: who has joined what, and where queriers are heard.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <vector>
+
+#include "virtual_board/datapath/membership.h"
+#include "virtual_board/vswitch_forwarding.h"
+
+namespace vboard::datapath {
+
+// Until when each port of a switch belongs to something.
+using PortTimes = std::array<std::chrono::nanoseconds, vswitch::kPorts>;
+
+vswitch::PortMask StillIn(const PortTimes& until, std::chrono::nanoseconds now);
+
+// The members of multicast groups per VLAN. It has room for kGroups; one more is not taken up.
+class GroupTable {
+public:
+    static constexpr size_t kGroups = 1024;
+
+    GroupTable();
+    void Clear();
+    void Join(const GroupAddress& group, uint16_t vid, unsigned port, std::chrono::nanoseconds now);
+    void Leave(const GroupAddress& group, uint16_t vid, unsigned port);
+    vswitch::PortMask Members(const GroupAddress& group, uint16_t vid,
+                              std::chrono::nanoseconds now) const;
+
+private:
+    static constexpr int16_t kNone = -1;
+    struct Entry {
+        GroupAddress group;
+        uint16_t vid;
+        PortTimes until;
+        int16_t next;
+    };
+
+    static size_t BucketOf(const GroupAddress& group, uint16_t vid);
+    int16_t Find(const GroupAddress& group, uint16_t vid) const;
+    int16_t Make(const GroupAddress& group, uint16_t vid, std::chrono::nanoseconds now);
+    void DropEnded(std::chrono::nanoseconds now);
+
+    std::vector<Entry> entries;
+    std::array<int16_t, kGroups> first;
+    int16_t free;
+};
+
+class Snooping {
+public:
+    Snooping();
+    void Forget(Protocol protocol);
+    void ForgetAll();
+
+    // Where a packet in a VLAN may go, after it was taken note of.
+    vswitch::PortMask Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
+                             unsigned internalPort, std::chrono::nanoseconds now);
+
+private:
+    struct Family {
+        GroupTable groups;
+        std::vector<PortTimes> queriers;  // by VLAN id
+        bool empty = true;
+    };
+    Family& Of(Protocol protocol) { return families[static_cast<size_t>(protocol)]; }
+    static void Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
+                     std::chrono::nanoseconds now);
+
+    std::array<Family, 2> families;
+};
+
+}  // namespace vboard::datapath
