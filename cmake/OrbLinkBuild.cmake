@@ -27,6 +27,7 @@ function(orblink_plain_library target map)
     target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
     target_link_libraries(${target} PRIVATE orblink_warnings)
     target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden
+        -fsemantic-interposition
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})

@@ -5,6 +5,8 @@
 #include <unistd.h>
 #include <cerrno>
 
+#include "common/shared_object.h"
+
 namespace orblink::phy {
 
 namespace {
@@ -54,6 +56,11 @@ void* EP_MapEthphyDevices(void)
     const int fd = shm_open(orblink::phy::kRegionName, O_RDWR, 0666);
     if (fd < 0) {
         EP_ERROR_AT("shm_open() failed, errno=%d", errno);
+        return nullptr;
+    }
+    if (orblink::IsCutShort(fd, sizeof(PhyDeviceRegion))) {
+        close(fd);
+        EP_ERROR_AT("the region is shorter than %zu bytes", sizeof(PhyDeviceRegion));
         return nullptr;
     }
     void* const region =

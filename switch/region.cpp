@@ -1,26 +1,17 @@
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "common/log.h"
+#include "common/shared_object.h"
 #include "switch/orblink_api.h"
 
 namespace {
 
 constexpr const char* kRegionName = "/obos_orblink_driver";
 constexpr mode_t kRegionMode = 0666;
-
-// A creator that failed half-way leaves an object without its size: touching its mapping would end
-// the process with the semaphore held.
-bool IsCutShort(int fd)
-{
-    struct stat object = {};
-    return fstat(fd, &object) == 0 && S_ISREG(object.st_mode) &&
-           object.st_size < static_cast<off_t>(sizeof(SwitchDeviceRegion));
-}
 
 }  // namespace
 
@@ -45,7 +36,7 @@ void* OBOS_MapSwitchDevices(void)
         OB_ERROR_TWICE("shm_open() failed, errno=%d", errno);
         return nullptr;
     }
-    if (IsCutShort(fd)) {
+    if (orblink::IsCutShort(fd, sizeof(SwitchDeviceRegion))) {
         close(fd);
         OB_ERROR_TWICE("the region is shorter than %zu bytes", sizeof(SwitchDeviceRegion));
         return nullptr;

@@ -1,4 +1,6 @@
 // The first call of a process: the prolog that attaches it.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -46,6 +48,16 @@ TEST_F(PhyAttach, WithoutAnInitialisedFamilyEveryCallFails)
     transcript.Clear();
     EXPECT_EQ(ETHPHY_Poll(0), -1);
     EXPECT_EQ(transcript.All().back(), "phy1 ETHPHY_Poll:# _ApiProlog() failed");
+}
+
+TEST_F(PhyAttach, ARegionThatIsTooShortIsNotMapped)
+{
+    ASSERT_EQ(EP_CreatePhyDevices(), 0);
+    ASSERT_EQ(truncate("/dev/shm/ethphy_driver", 1331), 0);
+    transcript.Clear();
+    EXPECT_EQ(EP_MapEthphyDevices(), nullptr);
+    EXPECT_STEPS(kMap[1], "sys close()",
+                 "phy1 EP_MapEthphyDevices:# the region is shorter than 1332 bytes");
 }
 
 TEST_F(PhyAttach, AFreshProcessMapsLoadsAndNeverInitialises)

@@ -227,6 +227,18 @@ TEST_F(IsolationMode, LooksAtTheFirstWordOnly)
     EXPECT_EQ(out, 0U);
 }
 
+TEST_F(IsolationMode, IsReadFromTheSwitchsOwnRecord)
+{
+    Init(SwitchBoard::With({{}, {}}));
+    Region().vendor[0].vendorParams[0] = 0;
+    Region().vendor[1].vendorParamSize = 8;
+    Region().vendor[1].vendorParams[0] = 1;
+    EXPECT_EQ(ORBLINK_GetIsolationModeEnabled(0, &out), 0);
+    EXPECT_EQ(out, 0U);
+    EXPECT_EQ(ORBLINK_GetIsolationModeEnabled(1, &out), 0);
+    EXPECT_EQ(out, 1U);
+}
+
 TEST_F(IsolationMode, NeedsAPointer)
 {
     Init();

@@ -66,6 +66,17 @@ TEST_F(VendorParams, NullWithAnotherSetDefaultStandsForTheStoredOnesToo)
     EXPECT_EQ(handed, Bytes({9, 8}));
 }
 
+TEST_F(VendorParams, NullWithDefaultsStandsForThoseOfTheSwitchItself)
+{
+    Init(SwitchBoard::With({{}, {}}));
+    Store({9, 8, 7});
+    Region().vendor[1].vendorParamSize = 2;
+    Region().vendor[1].vendorParams[0] = 5;
+    Region().vendor[1].vendorParams[1] = 6;
+    EXPECT_EQ(ORBLINK_ResetDisable(1, 1, nullptr, 0), 0);
+    EXPECT_EQ(handed, Bytes({5, 6}));
+}
+
 TEST_F(VendorParams, NullWithRestoreIsHandedOnWithTheCallersSize)
 {
     Init();
