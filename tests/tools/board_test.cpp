@@ -37,6 +37,20 @@ TEST(Board, IsInitialisedOnce)
     EXPECT_THAT(r[2], Refuses(4, "the PHY family is already initialised"));
 }
 
+TEST(Board, InitialisationWithoutGoodBoardDataIsAFailure)
+{
+    const char* complaint =
+        "the switch family is initialised, but without devices: no good board data came over the "
+        "mailbox (-v shows the exchange)";
+    const auto refused = OnBoard(
+        "one_switch", {"board fault message-type 99; ctl init --switch", "ctl init --switch"});
+    EXPECT_THAT(refused[0], Fails(1, complaint));
+    EXPECT_THAT(refused[0].err, HasSubstr("Unsupported message type=99\n"));
+    EXPECT_THAT(refused[1], Refuses(4, "the switch family is already initialised"));
+    const auto absent = OnBoard("one_switch", {"board fault receive-error; ctl init --switch"});
+    EXPECT_THAT(absent[0], Fails(1, complaint));
+}
+
 TEST(Board, FamiliesAreInitialisedOneByOne)
 {
     const auto r =

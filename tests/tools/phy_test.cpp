@@ -88,6 +88,36 @@ TEST(Phy, RegistersAreWrittenUnderAMask)
     EXPECT_THAT(r[6], Prints("PHY 0: register 0x0004 0x0de1\n"));
 }
 
+// The second PHY of the board is driven by the general HAL, whose counters are known.
+TEST(Phy, CountersOfTheGeneralHalHaveNames)
+{
+    const auto r = OnBoard("phy", {"ctl init >/dev/null; ctl phy 1 up", "ctl phy 1 counters --json",
+                                   "ctl metrics | grep -c '^orblink_phy_link_up'"});
+    EXPECT_THAT(r[0], Prints("PHY 1: state enabled\n"));
+    const auto counters = Json(r[1])["phys"][0]["counters"];
+    EXPECT_EQ(counters.size(), 8U);
+    EXPECT_EQ(counters["idle_errors"], 0);
+    EXPECT_TRUE(counters["errored_blocks"].is_null() || counters["errored_blocks"] == 0);
+    EXPECT_THAT(r[2], Prints("2\n"));
+}
+
+TEST(Phy, WhatAPhyCannotDoIsNotSupported)
+{
+    const Scratch files;
+    files.Write("board.toml",
+                "name = \"old PHY\"\n"
+                "mac_addresses = [\"02:00:5e:00:04:01\", \"02:00:5e:00:04:02\", "
+                "\"02:00:5e:00:04:03\", \"02:00:5e:00:04:04\", \"02:00:5e:00:04:05\"]\n"
+                "[[phy]]\nhal = \"libethphy_ieee8023.so\"\nchip = \"ieee8023\"\nserdes = 0\n"
+                "reset_pin = \"none\"\nmdio_bus = 0\nmdio_address = 5\nport_mode = \"SGMII\"\n"
+                "port_speed = \"1G\"\neee = false\n");
+    const auto r =
+        OnBoard(files.Path("board.toml"),
+                {"ctl init --phy >/dev/null; ctl phy 0 up >/dev/null", "ctl phy 0 eee on"});
+    EXPECT_THAT(r[0], Succeeds());
+    EXPECT_THAT(r[1], Refuses(5, "PHY 0 does not support 802.3az"));
+}
+
 TEST(Phy, ADumpIsDecodedWithoutABoard)
 {
     const auto r = OnBoard(

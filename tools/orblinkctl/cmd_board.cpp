@@ -18,8 +18,10 @@ namespace {
 
 // The mailbox client tells its story on standard output, where only the command's own output
 // belongs.
+// False when no board data came, or none that the library could take: it then goes on without
+// devices.
 template <typename Initialise>
-void InitialiseFamily(const char* operation, Initialise initialise)
+bool InitialiseFamily(const char* operation, Initialise initialise)
 {
     StdoutCapture capture;
     const int result = initialise();
@@ -27,6 +29,16 @@ void InitialiseFamily(const char* operation, Initialise initialise)
     if (CurrentSettings().verbosity > 0 || (result != 0 && !CurrentSettings().quiet))
         std::fputs(story.c_str(), stderr);
     Check(result, "board", operation);
+    return story.find("successfully received") != std::string::npos && !LogSaid("Bad message") &&
+           !LogSaid("Unsupported message type");
+}
+
+void RequireBoardData(bool came, unsigned devices, const char* name)
+{
+    if (!came && devices == 0)
+        throw Failure{kFailed, std::string("the ") + name +
+                                   " family is initialised, but without devices: no good board "
+                                   "data came over the mailbox (-v shows the exchange)"};
 }
 
 void RefuseSecondTime(Family family, const char* name)
@@ -58,15 +70,18 @@ Model Initialise(Call& call)
     model["families"] = Model::array();
     if (switches) {
         const uint32_t defaults = call.Has("--no-defaults") ? 0 : 1;
-        InitialiseFamily("ORBLINK_InitOnce", [&] { return ORBLINK_InitOnce(defaults); });
+        const bool came =
+            InitialiseFamily("ORBLINK_InitOnce", [&] { return ORBLINK_InitOnce(defaults); });
         uint8_t count = 0;
         Check(ORBLINK_GetNumOfSwitches(&count), "board", "ORBLINK_GetNumOfSwitches");
+        RequireBoardData(came, count, "switch");
         model["families"].push_back(FamilyModel("switch", count));
     }
     if (phys) {
-        InitialiseFamily("ETHPHY_InitOnce", [] { return ETHPHY_InitOnce(); });
+        const bool came = InitialiseFamily("ETHPHY_InitOnce", [] { return ETHPHY_InitOnce(); });
         uint8_t count = 0;
         Check(ETHPHY_GetNumOfPhys(&count), "board", "ETHPHY_GetNumOfPhys");
+        RequireBoardData(came, count, "PHY");
         model["families"].push_back(FamilyModel("phy", count));
     }
     model["mac_addresses"] = MacAddresses();

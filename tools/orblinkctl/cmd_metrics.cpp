@@ -3,6 +3,7 @@
 
 #include "tools/orblinkctl/commands.h"
 #include "tools/orblinkctl/counters.h"
+#include "tools/orblinkctl/phy_counters.h"
 #include "tools/orblinkctl/phy_model.h"
 #include "tools/orblinkctl/session.h"
 #include "tools/orblinkctl/switch_model.h"
@@ -135,19 +136,39 @@ void AddSwitches(Metrics& metrics, Call& call)
         AddPort(metrics, region.device[port["switch"].get<unsigned>()], port, call);
 }
 
+void AddPhyCounters(Metrics& metrics, const PhyDeviceRegion& region, const Model& phy,
+                    const Model& labels)
+{
+    const auto device = phy["phy"].get<unsigned>();
+    if (phy["state"] != "enabled" || !IsIeee8023(region.phy[device]))
+        return;
+    const Model counters = PhyCounters(region, device);
+    for (const char* name : {"idle_errors", "high_ber", "errored_blocks", "eee_wake_errors"})
+        metrics.Add(std::string("orblink_phy_") + name + "_total", "counter",
+                    std::string("Counter ") + name + " of the PHY.", labels, counters[name]);
+}
+
 void AddPhys(Metrics& metrics, Call& call)
 {
-    for (const auto& phy : LivePhys(ReadPhys())) {
+    const auto region = ReadPhys();
+    for (const auto& phy : LivePhys(region)) {
         Model labels;
         labels["phy"] = Text(phy["phy"]);
         labels["label"] = phy["label"].is_null() ? "" : Text(phy["label"]);
-        const bool failed = !phy["error"].is_null();
+        bool failed = !phy["error"].is_null();
         metrics.Add("orblink_phy_enabled", "gauge", "1 when the PHY is out of reset.", labels,
                     phy["state"] == "enabled" ? 1 : 0);
         metrics.Add("orblink_phy_link_up", "gauge", "1 when the link is up.", labels,
                     AsNumber(phy["link"]));
         metrics.Add("orblink_phy_speed_bits_per_second", "gauge", "Speed of the link.", labels,
                     BitsPerSecond(phy["link_speed"]));
+        try {
+            AddPhyCounters(metrics, region, phy, labels);
+        } catch (const Failure& failure) {
+            if (failure.code != kFailed)
+                throw;
+            failed = true;
+        }
         metrics.Add("orblink_phy_scrape_error", "gauge", "1 when the PHY could not be read.",
                     labels, failed ? 1 : 0);
         if (failed)

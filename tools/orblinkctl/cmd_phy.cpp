@@ -1,4 +1,5 @@
 // Standalone PHYs.
+#include "hals/phy/ethphy_ieee8023.h"
 #include "tools/orblinkctl/commands.h"
 #include "tools/orblinkctl/phy_counters.h"
 #include "tools/orblinkctl/phy_model.h"
@@ -162,10 +163,22 @@ Model ResetCounters(Call& call)
     return Done(target, "counters", 0);
 }
 
+// Only the general HAL tells what its PHY can do in a way that is known here.
+void RequireEee(const PhyTarget& target)
+{
+    constexpr uint32_t kAnyEee = ETHPHY_IEEE8023_EEE_100 | ETHPHY_IEEE8023_EEE_1000 |
+                                 ETHPHY_IEEE8023_EEE_10000 | ETHPHY_IEEE8023_EEE_2500 |
+                                 ETHPHY_IEEE8023_EEE_5000;
+    const auto& record = target.region.phy[target.device];
+    if (IsIeee8023(record) && record.capsValid != 0 && (record.caps & kAnyEee) == 0)
+        throw Failure{kUnsupported, target.object + " does not support 802.3az"};
+}
+
 Model SetEee(Call& call)
 {
     const PhyTarget target(call);
     const bool on = call.Word("ON-OFF") == "on";
+    RequireEee(target);
     Check(ETHPHY_SetEeeState(target.device, on ? 1 : 0), target.object, "ETHPHY_SetEeeState");
     return Done(target, "eee", on);
 }
