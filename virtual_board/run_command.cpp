@@ -152,6 +152,12 @@ int RunCommand(const RunOptions& options)
             fprintf(stderr, "%s\n", error.c_str());
         return kExitUsage;
     }
+    for (const std::string& directory : options.libraryDirs)
+        if (!HasLibrary(directory)) {
+            fprintf(stderr, "orblink-vboard: no liborblink-vboard-preload.so in %s\n",
+                    directory.c_str());
+            return kExitUsage;
+        }
     LibraryDirs libraries = FindLibraries(options.libraryDirs);
     if (!libraries.bits64 && !libraries.bits32) {
         fprintf(stderr,

@@ -74,6 +74,11 @@ void Link(const std::optional<std::string>& target, const fs::path& link)
 
 }  // namespace
 
+bool HasLibrary(const std::string& directory)
+{
+    return LibraryClass(directory) != ELFCLASSNONE;
+}
+
 LibraryDirs FindLibraries(const std::vector<std::string>& given)
 {
     LibraryDirs found;

@@ -14,6 +14,9 @@ struct LibraryDirs {
     std::optional<std::string> bits32;
 };
 
+// Whether the preloaded library of some ABI is in the directory.
+bool HasLibrary(const std::string& directory);
+
 // Looks into `given` first, then where a build tree or an installation has them.
 LibraryDirs FindLibraries(const std::vector<std::string>& given);
 

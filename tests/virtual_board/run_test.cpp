@@ -25,29 +25,36 @@ TEST(Run, PassesTheExitStatusOn)
 
 TEST(Run, SaysWhyACommandDoesNotStart)
 {
-    auto missing = Shell("$VBOARD run --board $BOARDS/no_devices.toml -- /no/such/program");
+    auto missing = Shell("$RUN --board $BOARDS/no_devices.toml -- /no/such/program");
     EXPECT_EQ(missing.status, 127);
     EXPECT_THAT(missing.output,
                 HasSubstr("orblink-vboard: cannot run /no/such/program: No such file"));
-    auto directory = Shell("$VBOARD run --board $BOARDS/no_devices.toml -- /tmp");
+    auto directory = Shell("$RUN --board $BOARDS/no_devices.toml -- /tmp");
     EXPECT_EQ(directory.status, 126);
 }
 
 TEST(Run, UsageErrorsAreTwo)
 {
     EXPECT_EQ(Shell("$VBOARD").status, 2);
-    EXPECT_EQ(Shell("$VBOARD run -- true").status, 2);
-    EXPECT_EQ(Shell("$VBOARD run --board $BOARDS/phy.toml").status, 2);
-    EXPECT_EQ(Shell("$VBOARD run --board $BOARDS/phy.toml --time-scale 0 -- true").status, 2);
-    EXPECT_EQ(Shell("$VBOARD run --board $BOARDS/phy.toml --nonsense -- true").status, 2);
+    EXPECT_EQ(Shell("$RUN -- true").status, 2);
+    EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml").status, 2);
+    EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml --time-scale 0 -- true").status, 2);
+    EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml --nonsense -- true").status, 2);
     EXPECT_EQ(Shell("$VBOARD --help").status, 0);
+}
+
+TEST(Run, ALibraryDirectoryMustHaveTheLibrary)
+{
+    auto outcome = Shell("$RUN --board $BOARDS/phy.toml --lib-dir /etc -- true");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.output, "orblink-vboard: no liborblink-vboard-preload.so in /etc\n");
 }
 
 TEST(Run, AMistakeInTheBoardFileIsNamedWithItsPlace)
 {
     std::string path = TemporaryPath("bad.toml");
     std::ofstream{path} << "battery = \"on\"\nbatery = 1\n";
-    auto outcome = Shell("$VBOARD run --board " + path + " -- true");
+    auto outcome = Shell("$RUN --board " + path + " -- true");
     EXPECT_EQ(outcome.status, 2);
     EXPECT_THAT(outcome.output,
                 HasSubstr(path + ":1:11: battery: expected an integer from 0 to 2147483647\n"));
@@ -93,7 +100,7 @@ TEST(Run, WorksForAnOrdinaryUser)
         GTEST_SKIP() << "user namespaces are not allowed here";
     std::string script = TemporaryPath("script_of_user");
     std::ofstream{script} << "id -u; $CLIENT shared /dev/shm/of_user 0x4F425602; $CLIENT read 2\n";
-    auto outcome = Shell(drop + "$VBOARD run --board $BOARDS/phy.toml -- sh " + script);
+    auto outcome = Shell(drop + "$RUN --board $BOARDS/phy.toml -- sh " + script);
     EXPECT_EQ(Printed(outcome), "65534\nmade\n1 of value 0\n");
     EXPECT_EQ(outcome.status, 0);
 }
@@ -113,7 +120,7 @@ TEST(Run, ASignalReachesTheCommand)
     auto outcome = Shell(
         "echo 'trap \"exit 9\" TERM; echo ready > $0.ready; while :; do sleep 0.05; done' > "
         "$0.run\n"
-        "$VBOARD run --board $BOARDS/no_devices.toml -- sh $0.run &\n"
+        "$RUN --board $BOARDS/no_devices.toml -- sh $0.run &\n"
         "until test -e $0.run.ready; do sleep 0.05; done\n"
         "kill -TERM $!; wait $!; echo status $?\n");
     EXPECT_EQ(Printed(outcome), "status 9\n");
@@ -123,7 +130,7 @@ TEST(Run, TheSocketIsWhereItWasAskedForAndGoesWithTheBoard)
 {
     std::string socket = TemporaryPath("board.sock");
     auto outcome =
-        Shell("$VBOARD run --socket " + socket +
+        Shell("$RUN --socket " + socket +
               " --board $BOARDS/one_switch.toml -- sh -c 'touch $0.ready; exec sleep 30' $0 &\n"
               "until test -e $0.ready; do sleep 0.05; done\n"
               "$VBOARD control --socket " +
@@ -150,7 +157,7 @@ TEST(Run, LeavesNothingBehind)
 TEST(Run, KeepsWhatTheEnvironmentPreloadsAlready)
 {
     auto outcome = Shell(
-        "LD_LIBRARY_PATH=/given $VBOARD run --board $BOARDS/no_devices.toml -- "
+        "LD_LIBRARY_PATH=/given $RUN --board $BOARDS/no_devices.toml -- "
         "sh -c 'echo $LD_LIBRARY_PATH'");
     EXPECT_THAT(Printed(outcome), MatchesRegex("/.*orblink-vboard\\.[0-9]+/\\$LIB:/given\n"));
 }

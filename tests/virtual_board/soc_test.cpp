@@ -3,13 +3,23 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+
+#include "phy/ethphy_hal.h"
 
 namespace vboard {
 namespace {
 
 using testing::ElementsAre;
 using wire::Attribute;
+
+// The request as the library lays it out.
+static_assert(sizeof(wire::GmacReconfig) == sizeof(GmacReconfigRequest));
+static_assert(offsetof(wire::GmacReconfig, command) == offsetof(GmacReconfigRequest, Command));
+static_assert(offsetof(wire::GmacReconfig, speed) == offsetof(GmacReconfigRequest, Speed));
+static_assert(offsetof(wire::GmacReconfig, duplex) == offsetof(GmacReconfigRequest, Duplex));
+static_assert(offsetof(wire::GmacReconfig, result) == offsetof(GmacReconfigRequest, Result));
 
 // Remembers what its reset line did.
 class LineChip : public MdioDevice {

@@ -18,11 +18,19 @@ std::string BuildDir()
     return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
 }
 
+// The shell may be of either ABI, whatever the build is.
+std::string RunWithBothAbis()
+{
+    return BuildDir() + "/bin/orblink-vboard run --lib-dir " + BuildDir() + "/lib --lib-dir " +
+           BuildDir() + "/tests/other_abi";
+}
+
 }  // namespace
 
 Outcome Shell(const std::string& script)
 {
     setenv("VBOARD", (BuildDir() + "/bin/orblink-vboard").c_str(), 1);
+    setenv("RUN", RunWithBothAbis().c_str(), 1);
     setenv("CLIENT", (BuildDir() + "/tests/vboard_client").c_str(), 1);
     setenv("OTHER", (BuildDir() + "/tests/vboard_client_other").c_str(), 1);
     setenv("BOARDS", ORBLINK_BOARDS, 1);
@@ -43,12 +51,7 @@ Outcome OnBoard(const std::string& board, const std::string& script, const std::
 {
     std::string path = TemporaryPath("inner");
     std::ofstream{path} << script;
-    return Shell("exec $VBOARD run --board $BOARDS/" + board + " " + options + " -- sh " + path);
-}
-
-std::string OtherAbi()
-{
-    return "--lib-dir " + BuildDir() + "/lib --lib-dir " + BuildDir() + "/tests/other_abi";
+    return Shell("exec $RUN --board $BOARDS/" + board + " " + options + " -- sh " + path);
 }
 
 std::string Printed(const Outcome& outcome)

@@ -10,15 +10,13 @@ struct Outcome {
     std::string output;  // standard output and standard error together
 };
 
-// A shell script with $VBOARD, $CLIENT, $OTHER (the client of the other ABI) and $BOARDS set.
+// A shell script with $VBOARD, $RUN (its run command, with the libraries of both ABIs), $CLIENT,
+// $OTHER (the client of the other ABI) and $BOARDS set.
 Outcome Shell(const std::string& script);
 
-// The script under `$VBOARD run` on one of the boards that come with it. Words for run may follow.
+// The script under `$RUN` on one of the boards that come with it. Words for run may follow.
 Outcome OnBoard(const std::string& board, const std::string& script,
                 const std::string& options = "");
-
-// The words of the options that make the other ABI's preloaded library known.
-std::string OtherAbi();
 
 // The script's output without the line that names the board.
 std::string Printed(const Outcome& outcome);
