@@ -1,5 +1,7 @@
 # Compiler settings that every target shares.
 
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+
 # The sanitizers' checks hide from gcc's -Wconversion that a value fits.
 add_library(orblink_warnings INTERFACE)
 target_compile_options(orblink_warnings INTERFACE
@@ -15,10 +17,6 @@ if(ORBLINK_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
 endif()
-if(ORBLINK_COVERAGE)
-    add_compile_options(--coverage -fprofile-update=atomic)
-    add_link_options(--coverage)
-endif()
 
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a
@@ -31,6 +29,10 @@ function(orblink_plain_library target map)
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+    if(ORBLINK_COVERAGE)
+        target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
+        target_link_options(${target} PRIVATE --coverage)
+    endif()
     if(ORBLINK_SANITIZE)
         target_compile_options(${target} PRIVATE -fno-sanitize=vptr)
     elseif(NOT ORBLINK_COVERAGE)
