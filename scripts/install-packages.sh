@@ -9,13 +9,19 @@ packages="
     g++-multilib
     gcovr
     googletest
+    iperf3
+    iproute2
+    iputils-ping
     libclang-rt-14-dev
     libcli11-dev
     librsvg2-bin
     libtomlplusplus-dev
+    netsniff-ng
     ninja-build
     nlohmann-json3-dev
     procps
+    socat
+    tcpdump
 "
 
 missing=""

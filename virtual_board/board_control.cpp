@@ -1,5 +1,8 @@
 #include "virtual_board/board_control.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <stdexcept>
 
 namespace vboard {
@@ -47,6 +50,8 @@ const std::map<std::string_view, BoardControl::Verb>& BoardControl::Verbs()
         {"counter", &BoardControl::AddCounter},
         {"reg", &BoardControl::ShowRegisters},
         {"mailbox-resend", &BoardControl::SendAgain},
+        {"hosts", &BoardControl::ShowHosts},
+        {"network", &BoardControl::ShowNetwork},
     };
     return verbs;
 }
@@ -59,7 +64,8 @@ Json BoardControl::Run(const Json& command)
         if (verb == Verbs().end())
             return Refused({kExitUsage, "unknown verb '" + name + "'"});
         Json answer = (this->*verb->second)(command);
-        bool shows = name == "state" || name == "journal" || name == "reg";
+        constexpr std::string_view kShowing[] = {"state", "journal", "reg", "hosts", "network"};
+        bool shows = std::ranges::find(kShowing, name) != std::end(kShowing);
         if (!shows)
             Note(command);
         return answer;
@@ -251,6 +257,29 @@ Json BoardControl::SendAgain(const Json& command)
         family = command["family"] == kFamilyNames[0] ? Family::kSwitch : Family::kPhy;
     board_.applicationCpu_.SendAgain(family);
     return Done();
+}
+
+Json BoardControl::ShowHosts(const Json&)
+{
+    return Done({{"hosts", Lans().Show()}});
+}
+
+Json BoardControl::ShowNetwork(const Json& command)
+{
+    auto host = command.at("host").get<std::string>();
+    int fd = Lans().NetworkOf(host);
+    if (fd < 0)
+        throw Refusal{kExitNoSuchObject,
+                      "no host '" + host + "' on this board, which has " + Lans().HostNames()};
+    return Done({{"pid", getpid()}, {"fd", fd}});
+}
+
+const datapath::Lans& BoardControl::Lans() const
+{
+    if (!board_.lans_)
+        throw Refusal{kExitNotSupported,
+                      "this board's ports have no interfaces: run it with --ports tap"};
+    return *board_.lans_;
 }
 
 Json VirtualBoard::Control(const Json& command)

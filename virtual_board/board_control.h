@@ -36,8 +36,11 @@ private:
     Json AddCounter(const Json& command);
     Json ShowRegisters(const Json& command);
     Json SendAgain(const Json& command);
+    Json ShowHosts(const Json& command);
+    Json ShowNetwork(const Json& command);
 
     void Note(const Json& command);
+    const datapath::Lans& Lans() const;
     const Device& FindDevice(const Json& command);
     MdioDevice& FindChip(const Json& command);
     Json ShowDevice(const Device& device);

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 
+#include "virtual_board/board_ports.h"
 #include "virtual_board/toml_reader.h"
 
 namespace vboard {
@@ -14,6 +15,7 @@ namespace {
 constexpr std::string_view kModes[] = {"UNKNOWN", "MII",   "RMII",  "GMII",
                                        "RGMII",   "SGMII", "HSGMII"};
 constexpr std::string_view kSpeeds[] = {"UNKNOWN", "AUTONEG", "10M", "100M", "1G", "2.5G", "10G"};
+constexpr std::string_view kPortKinds[] = {"none", "tap"};
 constexpr std::string_view kResetStates[] = {"released", "held"};
 constexpr size_t kMaxLibraryName = 31;
 constexpr uint32_t kMaxMdioAddress = 31;
@@ -192,6 +194,7 @@ void ReadDevices(TomlReader& reader, BoardSpec& spec)
     };
     reader.Tables("switch", kMaxDevices, [&](TomlReader& device) {
         ReadSwitch(device, spec.switches.emplace_back());
+        ReadPorts(device, spec.switches);
         check(device, spec.switches.back().wiring);
     });
     reader.Tables("phy", kMaxDevices, [&](TomlReader& device) {
@@ -207,6 +210,7 @@ void ReadBoard(TomlReader& reader, BoardSpec& spec)
     Assign(spec.ulp, reader.Bool("ulp"));
     Assign(spec.battery, reader.Number("battery", INT32_MAX));
     Assign(spec.mdioBuses, reader.Number("mdio_buses", kMaxMdioBuses, 1));
+    Assign(spec.tapPorts, reader.Word("ports", kPortKinds));
     Assign(spec.resetHeldAtPowerOn, reader.Word("reset_lines_at_power_on", kResetStates));
     ReadMacs(reader, spec.macAddresses);
     ReadDevices(reader, spec);

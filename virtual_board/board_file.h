@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -34,12 +35,21 @@ struct Wiring {
     uint32_t mode = 5;
 };
 
+// The cable of a switch port when the ports are TAP interfaces.
+struct PortSpec {
+    std::string interface;
+    std::string host;     // whose network namespace it is in; empty: that of the board itself
+    std::string address;  // with its prefix length; empty: none
+    std::optional<MacAddress> mac;
+};
+
 struct SwitchSpec {
     Wiring wiring;
     uint32_t internalPort = 0;
     uint32_t preResetArg = 0;
     uint32_t reservedWord = 0;
     std::vector<uint32_t> linksUp;
+    std::array<PortSpec, 8> ports;
 };
 
 struct PhySpec {
@@ -62,6 +72,7 @@ struct BoardSpec {
     uint32_t battery = 0;
     bool resetHeldAtPowerOn = false;
     uint32_t mdioBuses = 2;
+    bool tapPorts = false;
     std::vector<Family> order;  // in which the application CPU sends
     std::vector<Fault> faults;
 };

@@ -51,6 +51,18 @@ bool IsControl(std::span<const uint8_t> packet, wire::Request& request)
     return request.magic == wire::kMagic && request.op == wire::Op::kControl;
 }
 
+// Until something is ready, or until the traffic has to go on.
+int Wait(std::vector<pollfd>& polled, const Background* traffic)
+{
+    const auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
+    timespec time{};
+    if (limit) {
+        time.tv_sec = static_cast<time_t>(limit->count() / 1'000'000'000);
+        time.tv_nsec = static_cast<long>(limit->count() % 1'000'000'000);
+    }
+    return ppoll(polled.data(), polled.size(), limit ? &time : nullptr, nullptr);
+}
+
 }  // namespace
 
 BoardServer::BoardServer(VirtualBoard& board, std::string path)
@@ -172,8 +184,13 @@ void BoardServer::PollOnce(int wakeFd, bool& woken)
         polled.push_back({session.fd.Get(), events, 0});
         order.push_back(&session);
     }
-    if (poll(polled.data(), polled.size(), -1) < 0)
+    Background* traffic = board_.Traffic();
+    if (traffic != nullptr)
+        polled.push_back({traffic->Fd(), POLLIN, 0});
+    if (Wait(polled, traffic) < 0)
         return;
+    if (traffic != nullptr)
+        traffic->Serve();
     woken = polled[0].revents != 0;
     for (size_t i = 0; i < order.size(); ++i) {
         short happened = polled[i + 2].revents;

@@ -282,6 +282,17 @@ void AddMailbox(CLI::App* control, const Shared& context)
     });
 }
 
+void AddHosts(CLI::App* control, const Shared& context)
+{
+    auto* verb = control->add_subcommand("hosts", "the hosts behind the ports of the switches");
+    OnVerb(
+        verb, context,
+        [](Words& given) {
+            given.command = {{"verb", "hosts"}};
+        },
+        StateText);
+}
+
 }  // namespace
 
 void AddControlCommand(CLI::App& program, std::function<int()>& run)
@@ -293,7 +304,7 @@ void AddControlCommand(CLI::App& program, std::function<int()>& run)
                         "the board's socket; inside 'run' the board that is running");
     control->add_flag("--json", context->words.json, "print JSON");
     for (auto* add : {AddState, AddJournal, AddBattery, AddLink, AddFault, AddLearning, AddCounter,
-                      AddRegisters, AddMailbox})
+                      AddRegisters, AddMailbox, AddHosts})
         add(control, context);
     RequireVerb(*control);
 }

@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "virtual_board/control_command.h"
+#include "virtual_board/exec_command.h"
 #include "virtual_board/run_command.h"
 #include "virtual_board/verbs.h"
 
@@ -18,6 +19,8 @@ void AddRunCommand(CLI::App& program, std::function<int()>& run)
                      "length of the command's sleep() and usleep(): 0.001 = a thousandth")
         ->check(CLI::Range(0.000001, 1000.0));
     verb->add_option("--socket", options->socketPath, "where the board listens");
+    verb->add_option("--ports", options->ports, "tap: the switch ports are TAP interfaces")
+        ->check(CLI::IsMember({"tap", "none"}));
     verb->add_option("--lib-dir", options->libraryDirs,
                      "directory with the preloaded library of one ABI; may be given twice");
     verb->add_option("command", options->command, "after --: the command and its arguments")
@@ -34,6 +37,7 @@ int main(int argc, char** argv)
     std::function<int()> run;
     AddRunCommand(program, run);
     vboard::AddControlCommand(program, run);
+    vboard::AddExecCommand(program, run);
     vboard::RequireVerb(program);
     try {
         program.parse(argc, argv);

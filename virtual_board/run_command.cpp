@@ -12,6 +12,7 @@
 #include <exception>
 
 #include "virtual_board/board_server.h"
+#include "virtual_board/datapath/network_namespace.h"
 #include "virtual_board/namespaces.h"
 #include "virtual_board/runtime_dir.h"
 #include "virtual_board/virtual_board.h"
@@ -132,10 +133,17 @@ int RunOnBoard(const RunOptions& options, BoardSpec spec, const LibraryDirs& lib
     RuntimeDir directory{libraries};
     std::string path = options.socketPath.empty() ? directory.DefaultSocket() : options.socketPath;
     std::string name = spec.name;
+    if (!options.ports.empty())
+        spec.tapPorts = options.ports == "tap";
+    const bool keepsRights = spec.tapPorts && geteuid() != 0;
     VirtualBoard board{std::move(spec), options.timeScale};
     BoardServer server{board, path};
     fprintf(stderr, "orblink-vboard: board \"%s\" at %s\n", name.c_str(), path.c_str());
-    CommandProcess command{options, [&] { SetEnvironment(options, directory, path); }};
+    CommandProcess command{options, [&] {
+                               SetEnvironment(options, directory, path);
+                               if (keepsRights)
+                                   datapath::KeepRightsAcrossExec();
+                           }};
     if (!command.Started())
         throw std::system_error(errno, std::generic_category(), "cannot start a process");
     server.Run(command.SignalFd(), [&] { return command.HandleSignals(); });

@@ -50,6 +50,8 @@ VirtualBoard::VirtualBoard(BoardSpec spec, double timeScale)
 {
     for (const Fault& fault : spec_.faults)
         faults_.Add(fault);
+    if (spec_.tapPorts)
+        lans_ = std::make_unique<datapath::Lans>(spec_, devices_, clock_);
 }
 
 std::optional<Answer> VirtualBoard::Handle(Client& client, std::span<const uint8_t> packet)

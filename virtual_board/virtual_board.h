@@ -4,12 +4,14 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "virtual_board/application_cpu.h"
+#include "virtual_board/datapath/lans.h"
 #include "virtual_board/mdio_controller.h"
 #include "virtual_board/soc.h"
 #include "virtual_board/wire.h"
@@ -42,6 +44,9 @@ public:
     std::optional<Answer> Retry(Client& client);
     void Closed(Client& client);
 
+    // The traffic between the ports of the switches; null: the ports have no interfaces.
+    Background* Traffic() { return lans_.get(); }
+
     // A command of `orblink-vboard control` and its answer, both JSON; see board_control.cpp.
     Json Control(const Json& command);
 
@@ -66,6 +71,7 @@ private:
     ApplicationCpu applicationCpu_;
     MdioController mdio_;
     Soc soc_;
+    std::unique_ptr<datapath::Lans> lans_;
 };
 
 }  // namespace vboard
