@@ -169,6 +169,25 @@ TEST(Board, ABusyFamilyIsReportedInTime)
     EXPECT_THAT(r[3], Prints("SWITCH  SERVICE\n     0        0\n"));
 }
 
+// Even root obeys file modes once it has no capabilities.
+TEST(Board, MissingPermissionIsNotMissingInitialisation)
+{
+    const std::string powerless = "setpriv --bounding-set=-all orblinkctl ";
+    const auto r =
+        OnBoard("one_switch",
+                {"ctl init >/dev/null", "chmod 0 /var/tmp/orblink_sem", powerless + "port",
+                 powerless + "show", "chmod 600 /var/tmp/orblink_sem",
+                 "chmod 0 /dev/shm/obos_orblink_driver", powerless + "up 0", powerless + "phy"});
+    const char* refused =
+        "no permission to use the switch family (/var/tmp/orblink_sem): Permission denied";
+    EXPECT_THAT(r[2], Refuses(6, refused));
+    EXPECT_THAT(r[3], Refuses(6, refused));
+    EXPECT_THAT(r[6], Refuses(6,
+                              "no permission to use the switch family "
+                              "(/dev/shm/obos_orblink_driver): Permission denied"));
+    EXPECT_THAT(r[7], Prints("no phys\n"));
+}
+
 TEST(Board, AHolderThatLetsGoIsWaitedFor)
 {
     const auto r = OnBoard(

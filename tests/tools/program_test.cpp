@@ -1,6 +1,12 @@
 // Batches, completion, the manual page and what a start costs.
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
-#include <fstream>
+#include <cstdlib>
+#include <sstream>
 
 #include "tests/tools/on_board.h"
 
@@ -135,6 +141,43 @@ TEST(Manual, NamesEveryCommandOptionAndExitCode)
         EXPECT_THAT(manual, HasSubstr(std::string(".B ") + code + "\n"));
         EXPECT_THAT(r[2].out, HasSubstr(code));
     }
+}
+
+// Time of the fastest of many starts, in microseconds; the others were disturbed.
+double FastestStart(const std::vector<const char*>& command)
+{
+    using Clock = std::chrono::steady_clock;
+    double fastest = 1e9;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    for (int i = 0; i < 300; ++i) {
+        pid_t child = 0;
+        const auto begin = Clock::now();
+        EXPECT_EQ(posix_spawn(&child, command[0], &actions, nullptr,
+                              const_cast<char* const*>(command.data()), environ),
+                  0);
+        waitpid(child, nullptr, 0);
+        const std::chrono::duration<double, std::micro> taken = Clock::now() - begin;
+        fastest = std::min(fastest, taken.count());
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    return fastest;
+}
+
+TEST(Start, CostsLittleMoreThanLoadingTheLibraries)
+{
+#ifndef NDEBUG
+    GTEST_SKIP() << "only an optimised program is measured";
+#endif
+    const std::string build = std::getenv("ORBLINK_BUILD");
+    const std::string program = build + "/bin/orblinkctl";
+    const std::string baseline = build + "/tests/start_baseline";
+    const double alone = FastestStart({baseline.c_str(), nullptr});
+    const double whole = FastestStart({program.c_str(), "--version", nullptr});
+    RecordProperty("baseline_us", std::to_string(alone));
+    RecordProperty("version_us", std::to_string(whole));
+    EXPECT_LE(whole, 1.3 * alone);
 }
 
 }  // namespace

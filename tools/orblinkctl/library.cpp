@@ -50,10 +50,10 @@ int FindSemaphore(const FamilyFiles& files)
     return key == -1 ? -1 : semget(key, 1, 0);
 }
 
-[[noreturn]] void RefuseAccess(const FamilyFiles& files)
+[[noreturn]] void RefuseAccess(const FamilyFiles& files, const std::string& what)
 {
     throw Failure{kPermission, std::string("no permission to use the ") + files.name + " family (" +
-                                   files.keyFile + "): " + std::strerror(errno)};
+                                   what + "): " + std::strerror(errno)};
 }
 
 void RequireRegion(const FamilyFiles& files)
@@ -62,7 +62,7 @@ void RequireRegion(const FamilyFiles& files)
     if (file >= 0)
         close(file);
     else if (errno == EACCES)
-        RefuseAccess(files);
+        RefuseAccess(files, std::string("/dev/shm") + files.region);
 }
 
 int Attach(Family family)
@@ -74,7 +74,7 @@ int Attach(Family family)
     const FamilyFiles& files = FilesOf(family);
     const int found = FindSemaphore(files);
     if (found < 0 && (errno == EACCES || errno == EPERM))
-        RefuseAccess(files);
+        RefuseAccess(files, files.keyFile);
     if (found < 0)
         throw Failure{kInitState, std::string("the ") + files.name +
                                       " family is not initialised: run 'orblinkctl init' first"};
@@ -107,7 +107,7 @@ bool IsInitialised(Family family)
     if (FindSemaphore(files) >= 0)
         return true;
     if (errno == EACCES || errno == EPERM)
-        RefuseAccess(files);
+        RefuseAccess(files, files.keyFile);
     return false;
 }
 
