@@ -7,7 +7,6 @@ namespace vboard::vswitch {
 namespace {
 
 constexpr uint16_t kVlanTpid = 0x8100;
-constexpr uint16_t kGroupId = 0x00FF;
 constexpr uint16_t kPortBits = 0x0007;
 
 bool MayReach(const Port& from, const Port& to, bool isolated)
