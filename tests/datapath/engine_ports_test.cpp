@@ -234,6 +234,11 @@ void* operator new(size_t size)
         return memory;
     throw std::bad_alloc();
 }
+void* operator new(size_t size, const std::nothrow_t&) noexcept
+{
+    ++allocations;
+    return std::malloc(size);
+}
 void operator delete(void* memory) noexcept
 {
     std::free(memory);

@@ -135,7 +135,7 @@ void Lans::Serve()
 
 void Lans::Handle(uint64_t mark)
 {
-    Lan& lan = *lans[mark >> 8];
+    Lan& lan = *lans[static_cast<size_t>(mark >> 8)];
     const unsigned port = mark >> 1 & (kPorts - 1);
     if (mark & 1)
         FollowInterface(lan, port);
