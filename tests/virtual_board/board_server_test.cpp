@@ -58,10 +58,38 @@ protected:
         return reply;
     }
 
+    UniqueFd BoundMailbox() const
+    {
+        UniqueFd fd = Connect();
+        EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kSocket, 1, 0}).error, 0);
+        EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kBind, 0, 16},
+                      std::string("\x2b\0\0\x0c", 4) + std::string(12, '\0'))
+                      .error,
+                  0);
+        return fd;
+    }
+    static void StartReceiving(const UniqueFd& fd)
+    {
+        wire::Request receive{kMagic, wire::Op::kReceive, 0, 0};
+        EXPECT_EQ(send(fd.Get(), &receive, sizeof receive, 0), ssize_t{sizeof receive});
+    }
+    static int MessageType(const UniqueFd& fd)
+    {
+        uint8_t packet[256] = {};
+        EXPECT_GT(recv(fd.Get(), packet, sizeof packet, 0), ssize_t{sizeof(wire::Reply)});
+        return packet[sizeof(wire::Reply) + 3];
+    }
+    static BoardSpec Spec()
+    {
+        BoardSpec spec;
+        spec.order = {Family::kSwitch, Family::kPhy};
+        return spec;
+    }
+
     static constexpr uint32_t kMagic = wire::kMagic;
     std::string directory;
     std::string path;
-    VirtualBoard board{BoardSpec{}, 1};
+    VirtualBoard board{Spec(), 1};
     std::unique_ptr<BoardServer> server;
     UniqueFd stop;
     std::thread thread;
@@ -102,6 +130,19 @@ TEST_F(BoardServerTest, AClientThatGoesAwayDisturbsNobody)
         EXPECT_EQ(send(waiting.Get(), &receive, sizeof receive, 0), ssize_t{sizeof receive});
     }
     EXPECT_EQ(Ask(Connect(), {kMagic, wire::Op::kLaneOpen, 0, 0}).error, 0);
+}
+
+TEST_F(BoardServerTest, ReceiversAreServedInTheOrderInWhichTheyBegan)
+{
+    AskBoard(path, {{"verb", "fault"}, {"name", "silent"}});
+    UniqueFd second = BoundMailbox();
+    UniqueFd first = BoundMailbox();
+    StartReceiving(first);
+    AskBoard(path, {{"verb", "state"}});  // answered after what the board had received before
+    StartReceiving(second);
+    AskBoard(path, {{"verb", "fault-clear"}});
+    EXPECT_EQ(MessageType(first), 10);
+    EXPECT_EQ(MessageType(second), 11);
 }
 
 TEST_F(BoardServerTest, ControlRefusesWhatIsNoCommand)

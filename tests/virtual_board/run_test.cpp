@@ -71,6 +71,8 @@ TEST(Run, EveryShippedBoardLoads)
 TEST(Run, SharedMemoryAndSemaphoresAreOfTheBoardAlone)
 {
     constexpr key_t kKey = 0x4F425601;
+    unlink("/dev/shm/vboard_run_test");
+    unlink("/var/tmp/vboard_run_test");
     ASSERT_EQ(semget(kKey, 1, 0), -1);
     auto outcome = OnBoard("no_devices.toml",
                            "$CLIENT shared /dev/shm/vboard_run_test 0x4F425601\n"
