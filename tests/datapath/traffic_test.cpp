@@ -272,6 +272,29 @@ TEST_F(Traffic, AThroughputMeasurementRuns)
     EXPECT_GT(Json("iperf")["end"]["sum_received"]["bytes"].get<uint64_t>(), 1u << 20);
 }
 
+TEST_F(Traffic, ASlowPortCarriesItsSpeedOnly)
+{
+    Run("ctl port 0:2 speed 10 full\n"
+        "until orblinkctl port 0:2 link | grep -q yes; do sleep 0.05; done\n"
+        "orblink-vboard exec b -- iperf3 -s -1 >/dev/null & pid=$!\n"
+        "until on b ss -ltn | grep -q 5201; do sleep 0.05; done\n"
+        "on a iperf3 -c 10.0.0.2 -t 2 --json >$S/iperf; wait $pid\n");
+    // 10 Mb/s on the board's time, which runs twenty times as fast.
+    const double rate = Json("iperf")["end"]["sum_received"]["bits_per_second"];
+    EXPECT_LT(rate, 200e6);
+    EXPECT_GT(rate, 1e6);
+}
+
+TEST_F(Traffic, AnAddressAgesOnTheTimeOfTheBoard)
+{
+    // The last step is 4800 s, the first one 15 s: here 240 s and 0.75 s.
+    EXPECT_EQ(Run("ctl aging 0 5; reach a 10.0.0.2; sleep 1; orblinkctl mac 0 --json >$S/early\n"
+                  "ctl aging 0 1; sleep 1; orblinkctl mac 0 --json >$S/late\n"),
+              "yes\n");
+    EXPECT_EQ(Addresses(Json("early")).size(), 2u);
+    EXPECT_EQ(Addresses(Json("late")), std::set<std::string>{});
+}
+
 TEST_F(Traffic, AHostWithoutAnAddressOfIpv6DoesNotSpeakUnasked)
 {
     EXPECT_EQ(Run("orblinkctl port 0:1 counters | grep -c ' [1-9]' || true\n"
