@@ -158,6 +158,23 @@ TEST(Metrics, OneFailingPortDoesNotHideTheOthers)
                 HasSubstr("orblink_port_link_up{switch=\"0\",port=\"1\",label=\"\"} 1\n"));
 }
 
+TEST(Log, LevelsAndLinesOfOtherProcesses)
+{
+    const auto r = OnBoard(
+        "no_devices",
+        {"ctl log -o kv | grep -c severity",
+         "echo 'host app: ORBLINK_EnablePort:80 before' >log; orblinkctl log follow log >seen & "
+         "f=$!; "
+         "sleep 0.4; echo 'host app: ORBLINK_EnablePort:80 Invalid PhyPortIdx=9, DevIdx=0' >>log; "
+         "echo 'host kernel: link is up' >>log; printf 'host app: ParseBsd:48 Bad' >>log; "
+         "sleep 0.3; echo ' message' >>log; sleep 0.4; kill $f; wait $f; echo $?; cat seen",
+         "ctl log follow absent"});
+    EXPECT_THAT(r[0], Prints("4\n"));
+    EXPECT_THAT(r[1], Prints("0\nhost app: ORBLINK_EnablePort:80 Invalid PhyPortIdx=9, DevIdx=0\n"
+                             "host app: ParseBsd:48 Bad message\n"));
+    EXPECT_THAT(r[2], Refuses(1, "absent: No such file or directory"));
+}
+
 TEST(Bundle, HoldsEverythingAndNoAddressWhenAskedSo)
 {
     const auto r =

@@ -71,6 +71,20 @@ TEST(Phy, TellsWhatItIs)
     EXPECT_THAT(r[11], Succeeds());
 }
 
+TEST(Phy, ARegisterThatDoesNotAnswerIsNotGuessed)
+{
+    const auto r =
+        OnBoard("phy", {"ctl init >/dev/null; ctl phy 0 up >/dev/null", "ctl mdio 0 | wc -l",
+                        "ctl mdio 0 | sed -n 12p", "ctl mdio 0 --json", "ctl mdio 0 11",
+                        "ctl phy 0 down; ctl mdio 0"});
+    EXPECT_THAT(r[1], Prints("32\n"));
+    EXPECT_THAT(r[2], Prints("0x000b: -\n"));
+    EXPECT_TRUE(Json(r[3])["registers"][11]["value"].is_null());
+    EXPECT_FALSE(Json(r[3])["registers"][2]["value"].is_null());
+    EXPECT_THAT(r[4], Fails(1, "PHY 0 register 0x000b: ETHPHY_ReadMdio failed"));
+    EXPECT_EQ(r[5].code, 1);
+}
+
 TEST(Phy, RegistersAreWrittenUnderAMask)
 {
     const auto r =

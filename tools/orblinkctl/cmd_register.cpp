@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "tools/orblinkctl/commands.h"
+#include "tools/orblinkctl/log_lines.h"
 #include "tools/orblinkctl/registers.h"
 
 namespace ctl {
@@ -116,6 +117,30 @@ Model Write(Call& call)
     return WriteRegisters(call, Access(call));
 }
 
+// All that clause 22 has; null where the PHY does not answer. The first one every PHY has.
+Model ReadAllMdio(Call& call)
+{
+    call.values["REGISTERS"] = "0";
+    const RegisterAccess access = MdioAccess(call);
+    Model model = ReadRegisters(call, access);
+    for (uint16_t reg = 1; reg < 32; ++reg) {
+        Model entry = model["registers"].front();
+        entry["register"] = reg;
+        try {
+            entry["value"] = access.read(reg);
+        } catch (const Failure& failure) {
+            if (failure.code != kFailed)
+                throw;
+            DropHeldLogLines();
+            entry["value"] = nullptr;
+        }
+        model["registers"].push_back(std::move(entry));
+    }
+    if (call.Has("--decode"))
+        DecodeRegisters(model, std::nullopt);
+    return model;
+}
+
 Model ReadMdio(Call& call)
 {
     Model model = ReadRegisters(call, MdioAccess(call));
@@ -197,6 +222,8 @@ constexpr Command kCommands[] = {
      Write<SmiAccess>, PrintChanges},
     {"ioctl SWITCH COMMAND-NUMBER [PARAMETER]", "", "a command of the switch's HAL",
      "ORBLINK_VendorSpecificIoctl", Ioctl, PrintChanges},
+    {"mdio PHY", "--decode", "read every clause-22 register of a PHY", "ETHPHY_ReadMdio",
+     ReadAllMdio, PrintRegisters},
     {"mdio PHY REGISTERS", "--decode", "read clause-22 registers of a PHY", "ETHPHY_ReadMdio",
      ReadMdio, PrintRegisters},
     {"mdio PHY REGISTERS VALUE", "", "write clause-22 registers of a PHY", "ETHPHY_WriteMdio",

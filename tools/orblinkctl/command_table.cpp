@@ -134,6 +134,7 @@ std::span<const CommandGroup> CommandGroups()
         {"Configuration", ConfigCommands()},
         {"Watching", WatchCommands()},
         {"Measured values", MetricsCommands()},
+        {"The library's log", LogCommands()},
         {"Support", BundleCommands()},
         {"The program", ProgramCommands()},
     };

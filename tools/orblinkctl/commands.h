@@ -17,6 +17,7 @@ std::span<const Command> PhyCommands();
 std::span<const Command> ConfigCommands();
 std::span<const Command> MetricsCommands();
 std::span<const Command> WatchCommands();
+std::span<const Command> LogCommands();
 std::span<const Command> BundleCommands();
 std::span<const Command> ProgramCommands();
 

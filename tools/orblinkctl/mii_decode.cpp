@@ -178,7 +178,7 @@ void DecodeRegisters(Model& model, std::optional<unsigned> mmd)
             Find(mmd ? static_cast<int>(*mmd) : -1, entry["register"].get<uint32_t>());
         entry["name"] = known == nullptr ? Model() : Model(known->name);
         entry["bits"] = Model::array();
-        if (known == nullptr)
+        if (known == nullptr || entry["value"].is_null())
             continue;
         const auto value = entry["value"].get<unsigned>();
         for (const auto& field : known->fields) {

@@ -40,8 +40,9 @@ Model WriteRegisters(const Call& call, const RegisterAccess& access)
 void PrintRegisters(const Model& model, std::string& out)
 {
     for (const auto& entry : model["registers"]) {
-        std::string line = Hex(entry["register"].get<uint32_t>(), 4) + ": " +
-                           Hex(entry["value"].get<uint32_t>(), 4);
+        std::string line =
+            Hex(entry["register"].get<uint32_t>(), 4) + ": " +
+            (entry["value"].is_null() ? "-" : Hex(entry["value"].get<uint32_t>(), 4));
         if (entry.contains("name"))
             line += "  " + Text(entry["name"]);
         Line(out, {line});
