@@ -48,7 +48,6 @@ public:
 
     // The ports whose frames have turned red since the last call.
     vswitch::PortMask TakeTurnedRed();
-    unsigned Filling(unsigned queue) const { return queues[queue].buffers; }
 
 private:
     static constexpr uint16_t kNone = 0xFFFF;

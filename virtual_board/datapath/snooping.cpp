@@ -121,12 +121,6 @@ void Snooping::Forget(Protocol protocol)
     family.empty = true;
 }
 
-void Snooping::ForgetAll()
-{
-    Forget(Protocol::kIgmp);
-    Forget(Protocol::kMld);
-}
-
 void Snooping::Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
                     nanoseconds now)
 {

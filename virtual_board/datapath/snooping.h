@@ -51,7 +51,6 @@ class Snooping {
 public:
     Snooping();
     void Forget(Protocol protocol);
-    void ForgetAll();
 
     // Where a packet in a VLAN may go, after it was taken note of.
     vswitch::PortMask Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
