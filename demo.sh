@@ -7,18 +7,19 @@ cd "$(dirname "$0")"
 root=$PWD
 scripts/install-packages.sh
 
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
 targets="orblinkctl orblink-vboard orblink_vboard_preload vswitch_hal ethphy_ieee8023_hal phyk20_hal"
 for preset in release release-i386; do
     echo "Building $preset"
-    cmake --preset "$preset" >"/tmp/orblink-demo.$$" 2>&1 &&
-        cmake --build --preset "$preset" --target $targets >>"/tmp/orblink-demo.$$" 2>&1 || {
-        cat "/tmp/orblink-demo.$$" >&2
+    cmake --preset "$preset" >"$log" 2>&1 &&
+        cmake --build --preset "$preset" --target $targets >>"$log" 2>&1 || {
+        cat "$log" >&2
         exit 1
     }
-    rm -f "/tmp/orblink-demo.$$"
 done
 
 bin=$root/build/release/bin
-exec "$bin/orblink-vboard" run --board tools/demo_board.toml \
+"$bin/orblink-vboard" run --board tools/demo_board.toml \
     --lib-dir "$root/build/release/lib" --lib-dir "$root/build/release-i386/lib" \
     -- tools/demo_steps.sh "$bin" "$root/build/release-i386/bin"
