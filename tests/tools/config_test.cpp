@@ -93,7 +93,7 @@ TEST(Config, ChangesAreTakenBackUnlessConfirmed)
     const auto r = OnBoardUp(
         "one_switch",
         {"printf '[switch.0.port.2]\\nvlan = 9\\n' >x.toml; "
-         "sleep 5 | ctl config apply x.toml --confirm-within 0.2",
+         "sleep 1 | ctl config apply x.toml --confirm-within 0.2",
          "ctl config diff", "echo | ctl config apply x.toml --confirm-within 5", "ctl config diff",
          "printf '[switch.0]\\naging = 1\\nmtu = 20\\n' >y.toml; ctl config apply y.toml",
          "ctl aging 0"});

@@ -102,7 +102,7 @@ TEST(Top, ShowsRatesBetweenTwoSamples)
          "ctl top --interval 0.01 | head -2"});
     const auto ports = Json(r[0])["ports"];
     ASSERT_EQ(ports.size(), 8U);
-    EXPECT_GT(ports[1]["receive_bytes_per_second"], 50000);
+    EXPECT_GT(ports[1]["receive_bytes_per_second"], 5000);
     EXPECT_LE(ports[1]["receive_bytes_per_second"], 170000);
     EXPECT_EQ(ports[2]["receive_bytes_per_second"], 0);
     EXPECT_THAT(r[1].out, StartsWith("PORT  LABEL  LINK  SPEED  RX BYTES/S"));
@@ -114,7 +114,7 @@ TEST(Top, GivesTheTerminalBack)
         OnBoardUp("one_switch",
                   {"(sleep 0.5; printf s; sleep 0.5; printf q) | "
                    "script -qec 'orblinkctl top --interval 0.1; echo ended $?; stty -a' /dev/null",
-                   "script -qec 'orblinkctl top --interval 0.1 & sleep 0.5; kill $!; wait $!; "
+                   "script -qec 'orblinkctl top --interval 0.1 & sleep 2; kill $!; wait $!; "
                    "echo ended $?' /dev/null"});
     for (const auto& outcome : r) {
         EXPECT_THAT(outcome.out, HasSubstr("\033[?1049h\033[?25l")) << outcome.out;
@@ -165,7 +165,7 @@ TEST(Log, LevelsAndLinesOfOtherProcesses)
         {"ctl log -o kv | grep -c severity",
          "echo 'host app: ORBLINK_EnablePort:80 before' >log; orblinkctl log follow log >seen & "
          "f=$!; "
-         "sleep 0.4; echo 'host app: ORBLINK_EnablePort:80 Invalid PhyPortIdx=9, DevIdx=0' >>log; "
+         "sleep 1.5; echo 'host app: ORBLINK_EnablePort:80 Invalid PhyPortIdx=9, DevIdx=0' >>log; "
          "echo 'host kernel: link is up' >>log; printf 'host app: ParseBsd:48 Bad' >>log; "
          "sleep 0.3; echo ' message' >>log; sleep 0.4; kill $f; wait $f; echo $?; cat seen",
          "ctl log follow absent"});

@@ -129,7 +129,8 @@ TEST(Manual, NamesEveryCommandOptionAndExitCode)
 {
     const auto r = OnBoard("no_devices", {"ctl help --json", "ctl manual", "ctl --help"});
     const std::string& manual = r[1].out;
-    for (const auto& command : Json(r[0])["commands"]) {
+    const auto table = Json(r[0]);
+    for (const auto& command : table["commands"]) {
         const auto synopsis = command["synopsis"].get<std::string>();
         EXPECT_THAT(manual,
                     HasSubstr(".B orblinkctl" + Roff(synopsis.empty() ? "" : " " + synopsis) +
