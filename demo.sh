@@ -9,7 +9,8 @@ scripts/install-packages.sh
 
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-targets="orblinkctl orblink-vboard orblink_vboard_preload vswitch_hal ethphy_ieee8023_hal phyk20_hal"
+targets="orblinkctl orblink-vboard orblink_vboard_preload
+    vswitch_hal ethphy_ieee8023_hal phyk20_hal"
 for preset in release release-i386; do
     echo "Building $preset"
     cmake --preset "$preset" >"$log" 2>&1 &&

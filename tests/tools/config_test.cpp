@@ -109,6 +109,22 @@ TEST(Config, ChangesAreTakenBackUnlessConfirmed)
     EXPECT_THAT(r[5], Prints("SWITCH  AGING\n     0      3\n"));
 }
 
+TEST(Config, OfASwitchInResetIsStored)
+{
+    const auto r = OnBoardUp(
+        "phy", {"printf '[switch.0.port.2]\\nvlan = 9\\n[phy.0]\\nadmin = false\\n' >x.toml; "
+                "ctl down 0 >/dev/null; ctl config apply x.toml",
+                "printf '[switch.0]\\naging = 1\\nmtu = 1500\\n' >y.toml; ctl config apply y.toml",
+                "ctl aging 0", "ctl up 0 >/dev/null; ctl reg 0 2 3", "ctl config verify",
+                "ctl phy 0 config -o kv | grep admin"});
+    EXPECT_THAT(r[0], Prints("done: phy 0 disable\ndone: port 0:2 vlan 9\n"));
+    EXPECT_THAT(r[1], Refuses(1, "switch.0.mtu: needs the switch enabled"));
+    EXPECT_THAT(r[2], Prints("SWITCH  AGING\n     0      3\n"));
+    EXPECT_THAT(r[3], Prints("0x0003: 0x0009\n"));
+    EXPECT_THAT(r[4], Prints("checked: 64\nno differences\n"));
+    EXPECT_THAT(r[5], Prints("phys.0.admin=false\n"));
+}
+
 // A configuration with settings drawn at random, written as the program itself writes it.
 class RandomConfig {
 public:
