@@ -10,7 +10,9 @@
  *    callback of the MAC walk or from a signal handler: it would wait for itself.
  *  - The first call of a process attaches it: opens the semaphore, maps the region, loads the HAL
  *    libraries. Before ORBLINK_InitOnce has run on the machine every call fails.
- *  - Out pointers are the caller's and not kept; null fails unless said.
+ *  - Out pointers are the caller's and not kept. Null fails unless said; what is laid out by the HAL
+ *    (counters, register values, test modes, ioctl parameters) and the walk's callback go to the HAL
+ *    as they are.
  *  - "Stored": a switch that is not enabled takes the value into its record and applies it at the
  *    next bring-up. "Needs the switch enabled": fails instead.
  *  - Setters return 0 without touching the chip when the value is stored already (severity 2).
