@@ -66,10 +66,28 @@ TEST(Grammar, HelpNamesEveryCommandAndOption)
 
 TEST(Grammar, EachMissingWordIsUseful)
 {
-    const auto r = OnBoardUp(
-        "one_switch", {"ctl", "ctl switch", "ctl port", "ctl vlan", "ctl mac", "ctl mac-vlan",
-                       "ctl bridge-mode", "ctl igmp", "ctl mtu", "ctl led", "ctl aging", "ctl phy",
-                       "ctl board", "ctl port 1", "ctl port 1 speed", "ctl switch 0"});
+    const auto r = OnBoardUp("one_switch", {"ctl",
+                                            "ctl switch",
+                                            "ctl port",
+                                            "ctl vlan",
+                                            "ctl mac",
+                                            "ctl mac-vlan",
+                                            "ctl bridge-mode",
+                                            "ctl igmp",
+                                            "ctl mtu",
+                                            "ctl led",
+                                            "ctl aging",
+                                            "ctl phy",
+                                            "ctl board",
+                                            "ctl qos",
+                                            "ctl reg",
+                                            "ctl smi",
+                                            "ctl ioctl",
+                                            "ctl mdio",
+                                            "ctl mmd",
+                                            "ctl port 1",
+                                            "ctl port 1 speed",
+                                            "ctl switch 0"});
     for (const auto& outcome : r) {
         EXPECT_THAT(outcome, Succeeds());
         EXPECT_FALSE(outcome.out.empty()) << outcome.command;

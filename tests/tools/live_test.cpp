@@ -179,7 +179,8 @@ TEST(Bundle, HoldsEverythingAndNoAddressWhenAskedSo)
 {
     const auto r =
         OnBoardUp("one_switch",
-                  {"board learn sw0:2 00:00:5e:00:53:aa; ctl mac-vlan add 0:3 00:00:5e:00:53:bb 7; "
+                  {"ctl aging 0 5; board learn sw0:2 00:00:5e:00:53:aa; ctl mac-vlan add 0:3 "
+                   "00:00:5e:00:53:bb 7; "
                    "ctl bundle b.tar.gz | head -1",
                    "tar tzf b.tar.gz", "tar xzOf b.tar.gz orblink/mac-table.json | grep -c 53:aa",
                    "tar xzOf b.tar.gz orblink/switch-region.bin | wc -c",
@@ -192,6 +193,7 @@ TEST(Bundle, HoldsEverythingAndNoAddressWhenAskedSo)
               "orblink/versions.txt\norblink/board.json\norblink/configuration.json\n"
               "orblink/switch-region.bin\norblink/counters.json\n"
               "orblink/mac-table.json\norblink/switch-registers.json\n"
+              "orblink/port-registers.json\n"
               "orblink/phy-region.bin\norblink/phy-registers.json\n"
               "orblink/library.log\n");
     EXPECT_THAT(r[2], Prints("1\n"));
@@ -199,6 +201,32 @@ TEST(Bundle, HoldsEverythingAndNoAddressWhenAskedSo)
     EXPECT_THAT(r[4], Succeeds());
     EXPECT_THAT(r[6], Prints(""));
     EXPECT_THAT(r[8], Refuses(1, "/nowhere/b.tar.gz.unfinished: No such file or directory"));
+}
+
+// What a port does not have is null and keeps nothing else out.
+TEST(Bundle, HoldsTheRegistersOfEveryPort)
+{
+    const auto r =
+        OnBoardUp("one_switch", {"ctl port 3 vlan 77 >/dev/null; ctl bundle b.tar.gz >/dev/null",
+                                 "tar xzOf b.tar.gz orblink/port-registers.json", "ctl reg 0 3 3"});
+    EXPECT_THAT(r[0], Succeeds());
+    EXPECT_THAT(r[2], Prints("0x0003: 0x004d\n"));
+    const auto registers = Json(r[1])["registers"];
+    ASSERT_EQ(registers.size(), 8U * 29);
+    const auto value = [&](size_t port, size_t reg) {
+        const auto& entry = registers[port * 29 + reg];
+        EXPECT_EQ(entry["object"], "switch 0 port " + std::to_string(port));
+        EXPECT_EQ(entry["register"], reg);
+        return entry["value"];
+    };
+    EXPECT_EQ(value(3, 3), 77);
+    for (size_t port = 0; port < 8; ++port) {
+        EXPECT_FALSE(value(port, 0).is_null());
+        EXPECT_TRUE(value(port, 0x0A).is_null());
+        EXPECT_EQ(value(port, 0x10).is_null(), port == 0 || port == 7);
+        EXPECT_EQ(value(port, 0x18).is_null(), port != 7);
+        EXPECT_EQ(value(port, 0x1C).is_null(), port != 0);
+    }
 }
 
 }  // namespace

@@ -85,6 +85,41 @@ TEST(Phy, ARegisterThatDoesNotAnswerIsNotGuessed)
     EXPECT_EQ(r[5].code, 1);
 }
 
+// Only the first of the two PHYs is up.
+TEST(Phy, TheBareWordsListWhatCanBeRead)
+{
+    const auto r =
+        OnBoard("phy", {"ctl init >/dev/null; ctl phy 0 up >/dev/null", "ctl mdio", "ctl mmd",
+                        "ctl mdio --json", "ctl mmd --json",
+                        "board fault mdio-error --times 0; ctl mdio --json", "ctl mmd --json",
+                        "board fault clear; ctl phy 0 down; ctl mdio; ctl mmd"});
+    EXPECT_THAT(r[1], Prints("PHY  LABEL  STATE             MDIO BUS  MDIO ADDRESS  REGISTER 2  "
+                             "REGISTER 3  ERROR\n"
+                             "  0  -      enabled                  0             4  0x0a5a      "
+                             "0x8023      -\n"
+                             "  1  -      never brought up         0             5  -           "
+                             "-           -\n"));
+    EXPECT_THAT(r[2], Prints("PHY  LABEL  STATE             MDIO BUS  MDIO ADDRESS  REGISTER 1.5  "
+                             "REGISTER 1.6  MMDS\n"
+                             "  0  -      enabled                  0             4  0x008b        "
+                             "0x8000        1 3 7 31\n"
+                             "  1  -      never brought up         0             5  -             "
+                             "-             -\n"));
+    EXPECT_EQ(Json(r[3])["phys"][0]["register_2"], 0x0A5A);
+    EXPECT_TRUE(Json(r[3])["phys"][1]["register_2"].is_null());
+    EXPECT_EQ(Json(r[4])["phys"][0]["mmds"], nlohmann::json({1, 3, 7, 31}));
+    EXPECT_TRUE(Json(r[4])["phys"][1]["mmds"].is_null());
+    EXPECT_EQ(r[5].code, 1);
+    const auto phys = nlohmann::json::parse(r[5].out)["phys"];
+    EXPECT_TRUE(phys[0]["register_3"].is_null());
+    EXPECT_EQ(phys[0]["error"], "ETHPHY_ReadMdio failed");
+    EXPECT_TRUE(phys[1]["error"].is_null());
+    EXPECT_THAT(r[6], Succeeds());
+    EXPECT_TRUE(Json(r[6])["phys"][0]["mmds"].is_null());
+    EXPECT_EQ(r[7].code, 0);
+    EXPECT_THAT(r[7].out, testing::Not(HasSubstr("0x")));
+}
+
 TEST(Phy, RegistersAreWrittenUnderAMask)
 {
     const auto r =

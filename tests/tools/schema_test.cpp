@@ -132,6 +132,12 @@ const std::vector<std::string> kQueries = {"",
                                            "config diff",
                                            "config verify",
                                            "top --interval 0.01",
+                                           "qos",
+                                           "reg",
+                                           "smi",
+                                           "ioctl",
+                                           "mdio",
+                                           "mmd",
                                            "help"};
 
 const std::vector<std::string> kOfOneSwitch = {"switch 0",
@@ -265,9 +271,11 @@ TEST(Schema, HoldsForManyDevices)
 
 TEST(Schema, HoldsBeforeAnythingWasBroughtUp)
 {
-    const auto r = OnBoard("two_switches",
-                           {"ctl init --no-defaults >/dev/null", "ctl --json show", "ctl --json",
-                            "ctl --json switch", "ctl --json port", "ctl --json metrics"});
+    const auto r = OnBoard(
+        "two_switches",
+        {"ctl init --no-defaults >/dev/null", "ctl --json show", "ctl --json", "ctl --json switch",
+         "ctl --json port", "ctl --json metrics", "ctl --json qos", "ctl --json reg",
+         "ctl --json smi", "ctl --json ioctl", "ctl --json mdio", "ctl --json mmd"});
     for (size_t i = 1; i < r.size(); ++i)
         ExpectValid(r[i]);
 }
@@ -292,6 +300,9 @@ TEST(Schema, FindsWhatIsWrong)
         R"({"schema": 1, "ports": [{"duplex": "both"}]})",
         R"({"schema": 1, "ports": [{"vlan": "1"}]})",
         R"({"schema": 1, "changes": [{"object": "x"}]})",
+        R"({"schema": 1, "phys": [{"register_2": 65536}]})",
+        R"({"schema": 1, "switches": [{"port_numbers": [8]}]})",
+        R"({"schema": 1, "switches": [{"values": [{"word": "QUEUE"}]}]})",
     };
     for (const char* text : wrong)
         EXPECT_THAT(validator.Check(json::parse(text)), testing::Not(testing::IsEmpty())) << text;

@@ -106,11 +106,13 @@ TEST(Switch, Qos)
     EXPECT_THAT(r[7], Prints("0x0008: 0x00c8\n0x0009: 0x0064\n"));
 }
 
+// Board time runs a thousand times faster: the slowest ageing leaves the test 4.8 seconds.
 TEST(Switch, MacTable)
 {
     const auto r = OnBoardUp(
         "two_switches",
-        {"board learn sw0:1 00:00:5e:00:53:01; board learn sw0:2 00:00:5e:00:53:02; "
+        {"ctl aging 0 5; ctl aging 1 5; "
+         "board learn sw0:1 00:00:5e:00:53:01; board learn sw0:2 00:00:5e:00:53:02; "
          "board learn sw1:1 00:00:5e:00:54:03",
          "ctl mac -o kv | grep -v age", "ctl mac 0 --count", "ctl mac --port 0:2 -o kv | grep mac",
          "ctl mac --prefix 00:00:5E:00:54 --count", "ctl mac --vlan 7", "ctl mac 1 table --json",
@@ -171,6 +173,69 @@ TEST(Switch, RawAccess)
     EXPECT_EQ(r[7].code, 0) << r[7].err;
     EXPECT_THAT(r[8], Prints("1\n"));
     EXPECT_THAT(r[9], Fails(1, "switch 0: ORBLINK_VendorSpecificIoctl failed"));
+}
+
+TEST(Switch, TheBareWordsListWhatCanBeAddressed)
+{
+    const auto r = OnBoard("two_switches", {"ctl init >/dev/null; ctl up 0 >/dev/null", "ctl reg",
+                                            "ctl smi", "ctl reg --json", "ctl smi --json"});
+    EXPECT_THAT(r[1], Prints("SWITCH  STATE             HAL                   PORT NUMBERS\n"
+                             "     0  enabled           liborblink_velmar.so  0 1 2 3 4 5 6 7\n"
+                             "     1  never brought up  liborblink_velmar.so  0 1 2 3 4 5 6 7\n"));
+    EXPECT_THAT(r[2], Prints("SWITCH  STATE             HAL                   MDIO BUS  "
+                             "MDIO ADDRESS\n"
+                             "     0  enabled           liborblink_velmar.so         0  "
+                             "          16\n"
+                             "     1  never brought up  liborblink_velmar.so         1  "
+                             "          16\n"));
+    EXPECT_EQ(Json(r[3])["switches"][1]["port_numbers"].size(), 8U);
+    EXPECT_EQ(Json(r[4])["switches"][1]["mdio_bus"], 1);
+}
+
+// What the usage says must be what the chip takes.
+TEST(Switch, UsageTellsTheMeaningOfTheValues)
+{
+    const auto r = OnBoardUp(
+        "one_switch", {"ctl ioctl", "ctl qos", "ctl ioctl 0 17 00005e0053010a000300",
+                       "ctl mac -o kv | grep -E 'port|vlan'", "ctl ioctl 0 18 00005e0053010a000000",
+                       "ctl mac --count", "ctl ioctl 0 3", "ctl qos 0 reserve 63 63",
+                       "ctl qos 0 reserve 64 63", "ctl qos 0 reserve 63 64",
+                       "ctl qos flow-control 1 4095 4095", "ctl qos flow-control 1 4094 4095"});
+    EXPECT_THAT(r[0], Succeeds());
+    EXPECT_THAT(r[0].out, HasSubstr("orblinkctl ioctl SWITCH COMMAND-NUMBER [PARAMETER]\n"
+                                    "    a command of the switch's HAL\n"
+                                    "switch 0, HAL liborblink_velmar.so:\n    3  "));
+    for (const char* line : {"    8  ", "    16  ", "    17  ", "    18  "})
+        EXPECT_THAT(r[0].out, HasSubstr(line));
+    EXPECT_THAT(r[1], Succeeds());
+    EXPECT_THAT(r[1].out, HasSubstr("    QUEUE                  0 to 63: "));
+    EXPECT_THAT(r[1].out, HasSubstr("    BUFFERS                0 to 63\n"));
+    EXPECT_EQ(r[2].code, 0) << r[2].err;
+    EXPECT_THAT(r[3], Prints("entries.0.port=3\nentries.0.vlan=10\n"));
+    EXPECT_EQ(r[4].code, 0) << r[4].err;
+    EXPECT_THAT(r[5], Prints("count: 0\n"));
+    for (const size_t good : {6, 7, 10})
+        EXPECT_EQ(r[good].code, 0) << r[good].command << r[good].err;
+    for (const size_t bad : {8, 9, 11})
+        EXPECT_EQ(r[bad].code, 1) << r[bad].command;
+}
+
+// The chip is not known before its capabilities are.
+TEST(Switch, UsageIsThereForAChipThatIsNotKnown)
+{
+    const auto r = OnBoard("one_switch", {"ctl qos --json", "ctl init --no-defaults >/dev/null",
+                                          "ctl qos --json", "ctl ioctl", "ctl reg --json"});
+    EXPECT_THAT(r[0], Succeeds());
+    EXPECT_EQ(Json(r[0])["commands"].size(), 4U);
+    EXPECT_TRUE(Json(r[0])["switches"].is_null());
+    EXPECT_EQ(Json(r[2])["commands"].size(), 4U);
+    ASSERT_EQ(Json(r[2])["switches"].size(), 1U);
+    EXPECT_TRUE(Json(r[2])["switches"][0]["values"].is_null());
+    EXPECT_THAT(r[3], Prints("orblinkctl ioctl SWITCH COMMAND-NUMBER [PARAMETER]\n"
+                             "    a command of the switch's HAL\n"
+                             "switch 0, HAL liborblink_velmar.so: the meaning of the values is not "
+                             "known\n"));
+    EXPECT_TRUE(Json(r[4])["switches"][0]["port_numbers"].is_null());
 }
 
 }  // namespace

@@ -168,6 +168,37 @@ Model SwitchRegisters()
     return model;
 }
 
+// What the VS08 has at most at a port; other chips answer to what they have of it.
+constexpr uint16_t kPortRegisters = 0x1D;
+
+void AddPortRegisters(Model& registers, unsigned device, unsigned port)
+{
+    const std::string object = SwitchObject(device) + " port " + std::to_string(port);
+    for (uint16_t reg = 0; reg < kPortRegisters; ++reg) {
+        uint16_t value[32] = {};
+        const bool read = ORBLINK_ReadPortReg(static_cast<uint8_t>(device),
+                                              static_cast<uint16_t>(port), reg, value) == 0;
+        Model entry;
+        entry["object"] = object;
+        entry["register"] = reg;
+        entry["value"] = read ? Model(value[0]) : Model();
+        registers.push_back(std::move(entry));
+    }
+}
+
+Model PortRegisters()
+{
+    const auto region = ReadSwitches();
+    Model model;
+    model["registers"] = Model::array();
+    for (unsigned device = 0; device < region.NumOfSwitches; ++device) {
+        const auto& record = region.device[device];
+        for (unsigned port = 0; port < PortCount(record) && IsEnabled(record); ++port)
+            AddPortRegisters(model["registers"], device, port);
+    }
+    return model;
+}
+
 Model PhyRegisters()
 {
     const auto region = ReadPhys();
@@ -195,6 +226,7 @@ void CollectSwitches(Bundle& bundle)
     bundle.Try("counters.json", AllCounters);
     bundle.Try("mac-table.json", AllMacs);
     bundle.Try("switch-registers.json", SwitchRegisters);
+    bundle.Try("port-registers.json", PortRegisters);
 }
 
 void CollectPhys(Bundle& bundle)
@@ -230,7 +262,7 @@ constexpr Command kCommands[] = {
     {"bundle FILE", "--anonymise",
      "versions, board data, regions, registers, counters and the library's log as .tar.gz",
      "ORBLINK_GetSwitchDevices ORBLINK_GetPortCounters ORBLINK_ForEachMacEntry ORBLINK_SmiRead "
-     "ETHPHY_ReadMdio",
+     "ORBLINK_ReadPortReg ETHPHY_ReadMdio",
      nullptr, PrintModel, Collect},
 };
 

@@ -1,5 +1,6 @@
 // Settings of a whole switch: snooping, MTU, LEDs, ageing, QoS.
 #include "tools/orblinkctl/commands.h"
+#include "tools/orblinkctl/hal_usage.h"
 #include "tools/orblinkctl/switch_model.h"
 
 namespace ctl {
@@ -158,6 +159,7 @@ constexpr Command kCommands[] = {
      ShowAging, PrintModel},
     {"aging SWITCH STEP", "", "set the ageing of learnt addresses", "ORBLINK_SetMacAging", SetAging,
      PrintChanges},
+    {"qos", "", "what the values mean to the HAL of each switch", "", QosUsage, PrintUsage},
     {"qos SWITCH wred QUEUE GREEN-MIN GREEN-MAX YELLOW-MIN YELLOW-MAX RED-MIN RED-MAX", "",
      "early detection of one queue", "ORBLINK_SetQWred", SetQueueWred, PrintChanges},
     {"qos SWITCH global-wred ENABLE WEIGHT MAX-P GREEN-MIN GREEN-MAX YELLOW-MIN YELLOW-MAX "

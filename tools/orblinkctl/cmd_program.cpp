@@ -15,22 +15,6 @@ namespace ctl {
 
 namespace {
 
-// The command table itself.
-Model CommandModel(const std::vector<std::string>& words)
-{
-    Model model;
-    model["commands"] = Model::array();
-    for (const auto* command : CommandsUnder(words)) {
-        Model entry;
-        entry["synopsis"] = command->synopsis;
-        entry["options"] = SplitWords(command->options);
-        entry["summary"] = command->summary;
-        entry["operations"] = SplitWords(command->operations);
-        model["commands"].push_back(std::move(entry));
-    }
-    return model;
-}
-
 ExitCode Help(Call& call)
 {
     std::vector<std::string> words;

@@ -3,7 +3,9 @@
 #include <fstream>
 
 #include "tools/orblinkctl/commands.h"
+#include "tools/orblinkctl/hal_usage.h"
 #include "tools/orblinkctl/log_lines.h"
+#include "tools/orblinkctl/register_lists.h"
 #include "tools/orblinkctl/registers.h"
 
 namespace ctl {
@@ -212,16 +214,23 @@ Model Ioctl(Call& call)
 }
 
 constexpr Command kCommands[] = {
+    {"reg", "", "the switches and ports whose registers can be named", "ORBLINK_GetSwitchDevices",
+     PortRegisterTargets, PrintModel},
     {"reg SWITCH PORT-NUMBER REGISTERS", "", "read registers of a switch port",
      "ORBLINK_ReadPortReg", Read<PortAccess>, PrintRegisters},
     {"reg SWITCH PORT-NUMBER REGISTERS VALUE", "", "write registers of a switch port",
      "ORBLINK_WritePortReg", Write<PortAccess>, PrintChanges},
+    {"smi", "", "where each switch is on the MDIO buses", "ORBLINK_GetSwitchDevices", SmiTargets,
+     PrintModel},
     {"smi SWITCH REGISTERS", "", "read SMI registers of a switch", "ORBLINK_SmiRead",
      Read<SmiAccess>, PrintRegisters},
     {"smi SWITCH REGISTERS VALUE", "", "write SMI registers of a switch", "ORBLINK_SmiWrite",
      Write<SmiAccess>, PrintChanges},
+    {"ioctl", "", "the commands that the HAL of each switch knows", "", IoctlUsage, PrintUsage},
     {"ioctl SWITCH COMMAND-NUMBER [PARAMETER]", "", "a command of the switch's HAL",
      "ORBLINK_VendorSpecificIoctl", Ioctl, PrintChanges},
+    {"mdio", "", "every PHY with its MDIO address and identifier", "ETHPHY_ReadMdio", MdioTargets,
+     PrintMdioTargets},
     {"mdio PHY", "--decode", "read every clause-22 register of a PHY", "ETHPHY_ReadMdio",
      ReadAllMdio, PrintRegisters},
     {"mdio PHY REGISTERS", "--decode", "read clause-22 registers of a PHY", "ETHPHY_ReadMdio",
@@ -230,6 +239,8 @@ constexpr Command kCommands[] = {
      Write<MdioAccess>, PrintChanges},
     {"mdio decode FILE", "", "decode a dump of clause-22 registers", "", DecodeDump,
      PrintRegisters},
+    {"mmd", "", "every PHY with its clause-45 partitions", "ETHPHY_ReadMmd", MmdTargets,
+     PrintMmdTargets},
     {"mmd PHY PARTITION REGISTERS", "--decode", "read clause-45 registers of a PHY",
      "ETHPHY_ReadMmd", ReadMmd, PrintRegisters},
     {"mmd PHY PARTITION REGISTERS VALUE", "", "write clause-45 registers of a PHY",

@@ -91,4 +91,19 @@ std::string HelpText(const std::vector<std::string>& words)
     return out;
 }
 
+Model CommandModel(const std::vector<std::string>& words)
+{
+    Model model;
+    model["commands"] = Model::array();
+    for (const auto* command : CommandsUnder(words)) {
+        Model entry;
+        entry["synopsis"] = command->synopsis;
+        entry["options"] = SplitWords(command->options);
+        entry["summary"] = command->summary;
+        entry["operations"] = SplitWords(command->operations);
+        model["commands"].push_back(std::move(entry));
+    }
+    return model;
+}
+
 }  // namespace ctl

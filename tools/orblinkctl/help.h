@@ -4,12 +4,17 @@
 #include <string>
 #include <vector>
 
+#include "tools/orblinkctl/model.h"
+
 namespace ctl {
 
 std::string VersionText();
 
 // Of one command when the words name one, of all that begin with them otherwise.
 std::string HelpText(const std::vector<std::string>& words);
+
+// {"commands": [...]}: the rows of the command table that begin with the words.
+Model CommandModel(const std::vector<std::string>& words);
 
 // The manual page in roff.
 std::string ManualPage();
