@@ -45,6 +45,14 @@ void Unshare()
     MapOwnIds(uid, gid);
 }
 
+// In a chroot the root is no mount point (EINVAL): there is nothing to be made private then, and the
+// mounts stay in this namespace as long as the host does not share its own root.
+void MakeMountsPrivate()
+{
+    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 && errno != EINVAL)
+        Fail("cannot make the mounts private");
+}
+
 void MountEmpty(const char* path)
 {
     if (mount("tmpfs", path, "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") != 0)
@@ -56,8 +64,7 @@ void MountEmpty(const char* path)
 void EnterPrivateNamespaces()
 {
     Unshare();
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-        Fail("cannot make the mounts private");
+    MakeMountsPrivate();
     MountEmpty("/dev/shm");
     MountEmpty("/var/tmp");
 }

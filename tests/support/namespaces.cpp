@@ -5,6 +5,7 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -45,7 +46,8 @@ bool EnterPrivateNamespaces()
         return Complain("unshare");
     if (extra != 0 && !MapUser(user, group))
         return false;
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+    // In a chroot the root is no mount point: nothing to be made private there.
+    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 && errno != EINVAL)
         return Complain("mount /");
     for (const char* folder : {"/dev/shm", "/var/tmp"})
         if (mount("tmpfs", folder, "tmpfs", 0, nullptr) != 0)
