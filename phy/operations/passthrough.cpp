@@ -1,5 +1,5 @@
 // Operations that are one call on an enabled PHY: a service for its registers, a slot for the rest.
-#include "phy/frame.h"
+#include "phy/call/frame.h"
 
 namespace orblink::phy {
 

@@ -1,4 +1,4 @@
-#include "phy/frame.h"
+#include "phy/call/frame.h"
 
 namespace orblink::phy {
 

@@ -1,4 +1,4 @@
-#include "phy/frame.h"
+#include "phy/call/frame.h"
 
 using namespace orblink;
 using namespace orblink::phy;

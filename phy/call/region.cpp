@@ -1,4 +1,4 @@
-#include "phy/region.h"
+#include "phy/call/region.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,4 +1,4 @@
-#include "phy/hal_loader.h"
+#include "phy/call/hal_loader.h"
 
 #include <dlfcn.h>
 

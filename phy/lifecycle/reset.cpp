@@ -1,5 +1,5 @@
 #include "common/wait.h"
-#include "phy/lane.h"
+#include "phy/lifecycle/lane.h"
 
 namespace orblink::phy {
 

@@ -1,6 +1,6 @@
-#include "phy/frame.h"
+#include "phy/call/frame.h"
 
-#include "phy/semaphore.h"
+#include "phy/call/semaphore.h"
 
 namespace orblink::phy {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "board/mii_words.h"
-#include "phy/process_socket.h"
+#include "phy/services/process_socket.h"
 
 namespace orblink::phy {
 

@@ -1,4 +1,4 @@
-#include "phy/process_socket.h"
+#include "phy/services/process_socket.h"
 
 #include <sys/socket.h>
 #include <unistd.h>

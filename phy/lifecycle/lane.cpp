@@ -1,4 +1,4 @@
-#include "phy/lane.h"
+#include "phy/lifecycle/lane.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "phy/process_socket.h"
+#include "phy/services/process_socket.h"
 
 using namespace orblink;
 using namespace orblink::phy;

@@ -1,7 +1,7 @@
 #include <cstring>
 
-#include "phy/frame.h"
-#include "phy/semaphore.h"
+#include "phy/call/frame.h"
+#include "phy/call/semaphore.h"
 
 namespace orblink::phy {
 

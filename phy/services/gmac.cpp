@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "phy/process_socket.h"
+#include "phy/services/process_socket.h"
 
 namespace orblink::phy {
 

@@ -1,7 +1,7 @@
 // The SoC SerDes lane behind a PHY.
 #pragma once
 
-#include "phy/frame.h"
+#include "phy/call/frame.h"
 
 namespace orblink::phy {
 

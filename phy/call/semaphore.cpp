@@ -1,4 +1,4 @@
-#include "phy/semaphore.h"
+#include "phy/call/semaphore.h"
 
 #include <fcntl.h>
 #include <sys/ipc.h>
@@ -6,7 +6,7 @@
 #include <unistd.h>
 #include <cerrno>
 
-#include "phy/region.h"
+#include "phy/call/region.h"
 
 namespace orblink::phy {
 

@@ -1,4 +1,4 @@
-#include "phy/region.h"
+#include "phy/call/region.h"
 
 using namespace orblink;
 using namespace orblink::phy;

@@ -3,7 +3,7 @@
 
 #include <net/if.h>
 
-#include "phy/region.h"
+#include "phy/call/region.h"
 
 namespace orblink::phy {
 

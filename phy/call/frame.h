@@ -1,7 +1,7 @@
 // The frame of an ETHPHY_ call: prolog, checks, epilog.
 #pragma once
 
-#include "phy/hal_loader.h"
+#include "phy/call/hal_loader.h"
 
 namespace orblink::phy {
 

@@ -3,7 +3,7 @@
 
 #include <type_traits>
 
-#include "phy/region.h"
+#include "phy/call/region.h"
 
 namespace orblink::phy {
 
