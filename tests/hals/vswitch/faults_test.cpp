@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/vswitch/hal_bench.h"
+#include "tests/hals/vswitch/hal_bench.h"
 
 namespace {
 

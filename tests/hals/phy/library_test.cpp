@@ -4,7 +4,7 @@
 #include <set>
 #include <sstream>
 
-#include "tests/phy_hal/hal_fixture.h"
+#include "tests/hals/phy/hal_fixture.h"
 
 namespace vboard {
 namespace {

@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 
-#include "tests/vswitch/hal_bench.h"
+#include "tests/hals/vswitch/hal_bench.h"
 
 namespace {
 

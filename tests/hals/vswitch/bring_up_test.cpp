@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "tests/vswitch/hal_bench.h"
+#include "tests/hals/vswitch/hal_bench.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <set>
 #include <vector>
 
-#include "tests/vswitch/hal_bench.h"
+#include "tests/hals/vswitch/hal_bench.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/vswitch/hal_bench.h"
+#include "tests/hals/vswitch/hal_bench.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -3,7 +3,7 @@
 #include <functional>
 #include <random>
 
-#include "tests/phy_hal/hal_fixture.h"
+#include "tests/hals/phy/hal_fixture.h"
 
 namespace vboard {
 namespace {

@@ -1,7 +1,7 @@
 // Bring-up, reset and administrative state by the general PHY HAL.
 #include <algorithm>
 
-#include "tests/phy_hal/hal_fixture.h"
+#include "tests/hals/phy/hal_fixture.h"
 
 namespace vboard {
 namespace {

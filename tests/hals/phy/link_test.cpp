@@ -1,5 +1,5 @@
 // Link, speed and duplex as the general PHY HAL reads them from the registers.
-#include "tests/phy_hal/hal_fixture.h"
+#include "tests/hals/phy/hal_fixture.h"
 
 namespace vboard {
 namespace {

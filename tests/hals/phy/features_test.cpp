@@ -1,5 +1,5 @@
 // Capabilities, EEE, counters and raw registers by the general PHY HAL.
-#include "tests/phy_hal/hal_fixture.h"
+#include "tests/hals/phy/hal_fixture.h"
 
 namespace vboard {
 namespace {

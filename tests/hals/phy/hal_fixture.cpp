@@ -1,4 +1,4 @@
-#include "tests/phy_hal/hal_fixture.h"
+#include "tests/hals/phy/hal_fixture.h"
 
 #include <dlfcn.h>
 
