@@ -1,6 +1,6 @@
 #pragma once
 
-#include "switch/process_state.h"
+#include "switch/call/process_state.h"
 
 namespace orblink {
 

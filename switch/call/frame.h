@@ -1,0 +1,84 @@
+// The frame that every switch operation runs in, as scopes: whatever the path, the semaphore is
+// released when the scope ends.
+//
+//     FinishedLine finished{OB_CALLER};               operations that log a "finished" line
+//     SwitchCall call{OB_CALLER, DevIdx, &finished};  prolog and device index; logs what is wrong
+//     if (!call)
+//         return RC_ERROR;
+//     ...
+//     return finished.Ok();
+#pragma once
+
+#include "common/log.h"
+#include "switch/call/device.h"
+
+namespace orblink::sw {
+
+// Holds the switch semaphore with the region mapped and the HALs loaded, or is false.
+class SwitchLock {
+public:
+    SwitchLock();
+    ~SwitchLock();
+    SwitchLock(const SwitchLock&) = delete;
+    SwitchLock& operator=(const SwitchLock&) = delete;
+
+    explicit operator bool() const { return held_; }
+
+private:
+    bool held_;
+};
+
+// "--->" at the beginning and "<---" at the end, whatever happens between.
+class EntryExitLines {
+public:
+    explicit EntryExitLines(LogCaller caller);
+    ~EntryExitLines();
+    EntryExitLines(const EntryExitLines&) = delete;
+    EntryExitLines& operator=(const EntryExitLines&) = delete;
+
+private:
+    LogCaller caller_;
+};
+
+// "finished OK" or "finished with error!" after the release, once the prolog has succeeded.
+class FinishedLine {
+public:
+    explicit FinishedLine(LogCaller caller) : caller_(caller) {}
+    ~FinishedLine();
+    FinishedLine(const FinishedLine&) = delete;
+    FinishedLine& operator=(const FinishedLine&) = delete;
+
+    void PrologDone() { prologDone_ = true; }
+
+    int Ok() { return Result(RC_OK); }
+
+    int Result(int result)
+    {
+        ok_ = result == RC_OK;
+        return result;
+    }
+
+private:
+    LogCaller caller_;
+    bool prologDone_ = false;
+    bool ok_ = false;
+};
+
+// The lock and a valid device.
+class SwitchCall {
+public:
+    SwitchCall(LogCaller caller, uint8_t devIdx, FinishedLine* finished = nullptr);
+
+    explicit operator bool() const { return valid_; }
+
+    const SwitchDevice& Device() const { return device_; }
+    SwitchDeviceRecord& Record() const { return device_.Record(); }
+    SwitchProvConfig& Config() const { return device_.Record().config; }
+
+private:
+    SwitchLock lock_;
+    SwitchDevice device_;
+    bool valid_;
+};
+
+}  // namespace orblink::sw

@@ -1,0 +1,26 @@
+#include "switch/operations/ready_port.h"
+
+using namespace orblink;
+using namespace orblink::sw;
+
+int ORBLINK_GetPortCounters(uint8_t DevIdx, uint8_t PortIdx, void* Counters)
+{
+    OB_TRACE("PortIdx=%d", PortIdx);
+    SwitchCall call{OB_CALLER, DevIdx};
+    if (!IsReady(OB_CALLER, call, PortIdx))
+        return RC_ERROR;
+    if (call.Device().Hal(&HalTable::GetPortCounters, PortIdx, Counters) != RC_OK)
+        return OB_ERROR("GetPortCounters failed, PortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
+    return RC_OK;
+}
+
+int ORBLINK_ResetPortCounters(uint8_t DevIdx, uint8_t PortIdx)
+{
+    OB_TRACE("PortIdx=%d", PortIdx);
+    SwitchCall call{OB_CALLER, DevIdx};
+    if (!IsReady(OB_CALLER, call, PortIdx))
+        return RC_ERROR;
+    if (call.Device().Hal(&HalTable::ResetPortCounters, PortIdx) != RC_OK)
+        return OB_ERROR("ResetPortCounters failed, PortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
+    return RC_OK;
+}

@@ -1,0 +1,39 @@
+#include "switch/call/bitmap.h"
+#include "switch/call/frame.h"
+
+using namespace orblink;
+using namespace orblink::sw;
+
+int ORBLINK_SetPhyPortSpeedDuplex(uint8_t DevIdx, uint8_t PhyPortIdx, uint32_t Speed,
+                                  uint32_t FullDuplex)
+{
+    OB_TRACE("PhyPortIdx=%d, PhySpeed=%d, LinkSpeed=%d, FullDp=%d", PhyPortIdx, Speed, FullDuplex,
+             FullDuplex);
+    SwitchCall call{OB_CALLER, DevIdx};
+    if (!call)
+        return RC_ERROR;
+    if (PhyPortIdx >= call.Device().NumOfPorts())
+        return OB_ERROR("Invalid PhyPortIdx=%d, DevIdx=%d", PhyPortIdx, DevIdx);
+    if (call.Device().PortHasPhy(PhyPortIdx) == 0)
+        return OB_ERROR("PhyPortIdx=%d does not have PHY attached, DevIdx=%d", PhyPortIdx, DevIdx);
+    if (HasPort(call.Record().dvtPorts, PhyPortIdx))
+        OB_NOTICE("DevIdx=%d PhyPortIdx=%d is in DVT mode", DevIdx, PhyPortIdx);
+    auto& link = call.Config().link[PhyPortIdx];
+    if (link.linkSpeed == Speed && link.linkFullDuplex == FullDuplex) {
+        OB_NOTICE(
+            "PhyPortIdx=%d link is already in desired speed=%d and duplex=%d modes, DevIdx=%d",
+            PhyPortIdx, Speed, FullDuplex, DevIdx);
+        return RC_OK;
+    }
+    if (!HasPort(call.Config().enabledPorts, PhyPortIdx))
+        return OB_NOTICE("Invalid operation, DevIdx=%d,PhyPortIdx=%d had been disable", DevIdx,
+                         PhyPortIdx);
+    if (call.Device().IsEnabled() &&
+        call.Device().Hal(&HalTable::SetPhyPortSpeedDuplex, PhyPortIdx, Speed, FullDuplex) != RC_OK)
+        return OB_ERROR(
+            "SetPhyPortSpeedDuplex failed PhyPortIdx=%d, PhySpeed=%d, FullDp=%d, DevIdx=%d",
+            PhyPortIdx, Speed, FullDuplex, DevIdx);
+    link.linkSpeed = Speed;
+    link.linkFullDuplex = FullDuplex;
+    return RC_OK;
+}
