@@ -14,6 +14,13 @@ uint32_t StoredPayloadLength()
     return word;
 }
 
+// Up to a multiple of four. A size that would wrap there is too long to be sent as it is.
+uint32_t Padded(uint32_t size)
+{
+    constexpr uint32_t kMask = 3;
+    return size > UINT32_MAX - kMask ? size : (size + kMask) & ~kMask;
+}
+
 int HWMB_sendRecvMsg(uint32_t size, uint32_t* receivedSize)
 {
     HWMB_PRINT("Send-Recv message...");
@@ -28,7 +35,7 @@ int HWMB_sendRecvMsg(uint32_t size, uint32_t* receivedSize)
         return RC_ERROR;
     }
     HWMB_PRINT("Msg successfully sent!");
-    HWMB_dumpBuffer(mailbox.transmitBuffer, static_cast<int>(size));
+    ::HWMB_dumpBuffer(mailbox.transmitBuffer, static_cast<int>(size));
 
     HWMB_PRINT("Receiving reply message...");
     result = HWMB_recvMsg(receivedSize);
@@ -72,7 +79,8 @@ int HWMB_Subject(const Callbacks& callbacks)
     HWMB_PRINT("Msg successfully sent!");
 
     // The other side waits for its answer, not for our opinion of the message: that comes last.
-    callbacks.parser(mailbox.receiveBuffer, receivedSize, callbacks.dest, callbacks.destSize);
+    callbacks.parser(mailbox.receiveBuffer, Readable(receivedSize), callbacks.dest,
+                     callbacks.destSize);
     return RC_OK;
 }
 
@@ -82,7 +90,7 @@ int HWMB_Commander(const Callbacks& callbacks)
     if (callbacks.builder(mailbox.transmitBuffer, &size) != 0)
         HWMB_PRINT("msg builder failed");
     HWMB_PRINT("CreateMsg Done with msgSize %d, payload_len %d", size, StoredPayloadLength());
-    size = (size + 3U) & ~3U;
+    size = Padded(size);
     HWMB_PRINT("Padded msgSize = %d", size);
 
     uint32_t receivedSize = 0;
@@ -97,8 +105,12 @@ int HWMB_Commander(const Callbacks& callbacks)
         } else {
             HWMB_PRINT("HWMB_sendRecvMsg failed - errno %d", errno);
         }
+        if (size > HWMB_BUFFER_SIZE) {  // no repetition makes it fit
+            HWMB_PRINT("HWMB_Commander Failed");
+            return RC_ERROR;
+        }
     }
-    callbacks.parser(mailbox.receiveBuffer, receivedSize, nullptr, 0);
+    callbacks.parser(mailbox.receiveBuffer, Readable(receivedSize), nullptr, 0);
     // Commanders learn the outcome from their parser; the role always ends like this.
     HWMB_PRINT("HWMB_Commander Failed");
     return RC_ERROR;

@@ -8,6 +8,8 @@
 #ifndef ORBLINK_HWMBOX_HWMBOX_H
 #define ORBLINK_HWMBOX_HWMBOX_H
 
+#include <assert.h>
+#include <stddef.h>
 #include <stdint.h>
 
 #include "common/export.h"
@@ -36,23 +38,30 @@ struct hwmbox_addr {
 };
 #pragma pack(pop)
 
+static_assert(sizeof(struct hwmbox_addr) == 16, "format");
+static_assert(offsetof(struct hwmbox_addr, family) == 0, "format");
+static_assert(offsetof(struct hwmbox_addr, mid) == 2, "format");
+static_assert(offsetof(struct hwmbox_addr, appid) == 3, "format");
+static_assert(offsetof(struct hwmbox_addr, zero) == 5, "format");
+
 /*
  * Writes one message into the transmit buffer (Msg, HWMB_BUFFER_SIZE bytes, not cleared between
- * exchanges) and its size in bytes into *Size; a size above HWMB_BUFFER_SIZE fails the send.
+ * exchanges) and its size in bytes into *Size. Of a message above HWMB_BUFFER_SIZE nothing is
+ * sent: the send fails, and the role ends.
  * Result: 0 for success; a subject ignores it, a commander prints a line and goes on.
  */
 typedef int (*MsgBuilder)(void* Msg, uint32_t* Size);
 
 /*
- * Interprets one received message. Msg is the receive buffer; Size is the message's full length,
- * which is above HWMB_BUFFER_SIZE when the message was cut: only HWMB_BUFFER_SIZE bytes can be
- * read. Bytes behind a shorter message are zero. Dest and DestSize are what HWMB_Start was given
- * (null and 0 in the commander's role). The result is not used.
+ * Interprets one received message. Msg is the receive buffer; Size is the message's length, or
+ * HWMB_BUFFER_SIZE when it was longer and was cut. Bytes behind a shorter message are zero. Dest
+ * and DestSize are what HWMB_Start was given (null and 0 in the commander's role). The result is
+ * not used.
  */
 typedef int (*MsgParser)(void* Msg, uint32_t Size, void* Dest, int DestSize);
 
 /* Descriptor of the mailbox socket, -1 before the first HWMB_Start; keeps the number of the last
- * socket after it was closed. */
+ * socket after it was closed. Never 0, 1 or 2, and closed on exec. */
 OB_EXPORT extern int HWMB_socket;
 
 /*
@@ -77,8 +86,7 @@ OB_EXPORT int HWMB_Start(int Role, uint16_t Appid, uint8_t Mid, MsgBuilder Build
 
 /*
  * Prints a hex dump of Length bytes at Buffer, 16 to a line with their offset and their printable
- * characters (0x21 to 0x7D; others as '.'). Of the receive buffer no byte behind its end is read,
- * whatever Length says; of a null Buffer none.
+ * characters (0x21 to 0x7D; others as '.'). Of a null Buffer nothing is read.
  */
 OB_EXPORT void HWMB_dumpBuffer(const void* Buffer, int Length);
 

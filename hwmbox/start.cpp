@@ -2,6 +2,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/result.h"
 #include "common/wait.h"
 #include "hwmbox/mailbox.h"
@@ -20,34 +21,8 @@ void WaitBeforeRetry()
 namespace {
 
 constexpr int kAddressFamily = 43;
-constexpr const char* kInitStep = "HWMB_initializeSocket";
 
-#define INIT_PRINT(...) HWMB_PRINT_AS(kInitStep, __VA_ARGS__)
-
-int OpenSocket(int role)
-{
-    for (uint32_t failures = 0;; ++failures) {
-        HWMB_socket = socket(kAddressFamily, role, 0);
-        if (HWMB_socket >= 0)
-            break;
-        const int error = errno;
-        INIT_PRINT("failed to open socket!!! [ret=%d, errno=%d: %s]", HWMB_socket, error,
-                   strerror(error));
-        if (IsCountLineDue(failures))
-            INIT_PRINT("initialize socket failed for %u times!!!", failures);
-        if (error != ENETDOWN) {
-            INIT_PRINT("Critical failure in open socket!!! [ret=%d, errno=%d: %s]", HWMB_socket,
-                       error, strerror(error));
-            return RC_ERROR;
-        }
-        INIT_PRINT("HW_MBOX not ready yet, try again in %d msec...", kRetryMilliseconds);
-        WaitBeforeRetry();
-    }
-    INIT_PRINT("socket successfully opened! [HWMB_socket=%d]", HWMB_socket);
-    return RC_OK;
-}
-
-int BindAddress(uint16_t appid, uint8_t mid)
+int Bind(uint16_t appid, uint8_t mid)
 {
     hwmbox_addr address = {};
     address.family = kAddressFamily;
@@ -56,34 +31,48 @@ int BindAddress(uint16_t appid, uint8_t mid)
     return bind(HWMB_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
-int BindSocket(uint16_t appid, uint8_t mid)
-{
-    INIT_PRINT("hwmbox_addr values: mid=%d, appid=%d", mid, appid);
-    for (uint32_t failures = 0;; ++failures) {
-        const int ret = BindAddress(appid, mid);
-        if (ret >= 0)
-            return RC_OK;
-        const int error = errno;
-        INIT_PRINT("failed to bind socket!!! [ret=%d, errno=%d: %s]", ret, error, strerror(error));
-        if (IsCountLineDue(failures))
-            INIT_PRINT("bind socket failed for %u times!!!", failures);
-        if (error != EHOSTDOWN) {
-            INIT_PRINT("Critical failure in bind socket!!! [ret=%d, errno=%d: %s]", ret, error,
-                       strerror(error));
-            return RC_ERROR;
-        }
-        INIT_PRINT("APP-CPU's HW_MBOX not ready yet, try again in %d msec...", kRetryMilliseconds);
-        WaitBeforeRetry();
-    }
-}
-
 }  // namespace
 
 int HWMB_initializeSocket(int role, uint16_t appid, uint8_t mid)
 {
-    if (OpenSocket(role) != RC_OK || BindSocket(appid, mid) != RC_OK) {
-        HWMB_PRINT("HWMB_initializeSocket Failed");
-        return RC_ERROR;
+    for (uint32_t failures = 0;; ++failures) {
+        HWMB_socket = socket(kAddressFamily, role, 0);
+        if (HWMB_socket >= 0)
+            break;
+        const int error = errno;
+        HWMB_PRINT("failed to open socket!!! [ret=%d, errno=%d: %s]", HWMB_socket, error,
+                   strerror(error));
+        if (IsCountLineDue(failures))
+            HWMB_PRINT("initialize socket failed for %u times!!!", failures);
+        if (error != ENETDOWN) {
+            HWMB_PRINT("Critical failure in open socket!!! [ret=%d, errno=%d: %s]", HWMB_socket,
+                       error, strerror(error));
+            HWMB_PRINT("HWMB_initializeSocket Failed");
+            return RC_ERROR;
+        }
+        HWMB_PRINT("HW_MBOX not ready yet, try again in %d msec...", kRetryMilliseconds);
+        WaitBeforeRetry();
+    }
+    HWMB_socket = KeepDescriptor(HWMB_socket);
+    HWMB_PRINT("socket successfully opened! [HWMB_socket=%d]", HWMB_socket);
+
+    HWMB_PRINT("hwmbox_addr values: mid=%d, appid=%d", mid, appid);
+    for (uint32_t failures = 0;; ++failures) {
+        const int ret = Bind(appid, mid);
+        if (ret >= 0)
+            break;
+        const int error = errno;
+        HWMB_PRINT("failed to bind socket!!! [ret=%d, errno=%d: %s]", ret, error, strerror(error));
+        if (IsCountLineDue(failures))
+            HWMB_PRINT("bind socket failed for %u times!!!", failures);
+        if (error != EHOSTDOWN) {
+            HWMB_PRINT("Critical failure in bind socket!!! [ret=%d, errno=%d: %s]", ret, error,
+                       strerror(error));
+            HWMB_PRINT("HWMB_initializeSocket Failed");
+            return RC_ERROR;
+        }
+        HWMB_PRINT("APP-CPU's HW_MBOX not ready yet, try again in %d msec...", kRetryMilliseconds);
+        WaitBeforeRetry();
     }
     HWMB_PRINT("socket is ready!!!");
     HWMB_PRINT("HWMB_initializeSocket done");

@@ -21,8 +21,8 @@ void ClearBehind(uint32_t size)
 int HWMB_sendMsg(uint32_t size)
 {
     HWMB_PRINT("Sending message [msgSize=%u]...", size);
-    const size_t length = size < kBufferSize ? size : kBufferSize;
-    const ssize_t sent = send(HWMB_socket, mailbox.transmitBuffer, length, 0);
+    const bool fits = size <= kBufferSize;
+    const ssize_t sent = fits ? send(HWMB_socket, mailbox.transmitBuffer, size, 0) : 0;
     if (sent < 0) {
         const int error = errno;
         HWMB_PRINT("failed to send!!! [ret=%d, errno=%d: %s]", static_cast<int>(sent), error,
@@ -58,7 +58,8 @@ int HWMB_recvMsg(uint32_t* rtnMsgSize)
         mailbox.receiveFailures = 0;
         ClearBehind(*rtnMsgSize);
         HWMB_PRINT("successfully received %u bytes!", *rtnMsgSize);
-        HWMB_dumpBuffer(mailbox.receiveBuffer, static_cast<int>(*rtnMsgSize));
+        HWMB_dumpBuffer(mailbox.receiveBuffer, static_cast<int>(*rtnMsgSize),
+                        static_cast<int>(Readable(*rtnMsgSize)));
         return RC_OK;
     }
 

@@ -97,7 +97,7 @@ TEST_F(HwmbCommander, PadsTenBytesToTwelveWithWhatTheBufferHolds)
 
 TEST_F(HwmbCommander, PadsUpToTheNextMultipleOfFourOnly)
 {
-    const std::pair<long, size_t> sizes[] = {{0, 0}, {1, 4}, {4, 4}, {5, 8}, {4095, 4096}};
+    const std::pair<uint32_t, size_t> sizes[] = {{0, 0}, {1, 4}, {4, 4}, {5, 8}, {4095, 4096}};
     for (const auto& [built, sent] : sizes) {
         builtSize = built;
         platform.mailbox = {Message("PONG")};
@@ -168,6 +168,47 @@ TEST_F(HwmbCommander, RepeatsAnExchangeOfWhichOnlyAPartWasSent)
                           kCommander + "HWMB_sendRecvMsg Done",
                           kCommander + "HWMB_sendRecvMsg failed - errno 0"};
     EXPECT_LINES(Built() + ToSend() + failed + ToReceive() + Replied() + kEnd);
+}
+
+TEST_F(HwmbCommander, TheParserSeesOnlyWhatTheBufferHoldsOfALongerReply)
+{
+    platform.mailbox = {Bytes(HWMB_BUFFER_SIZE, 'r')};
+    platform.mailboxFullLength = HWMB_BUFFER_SIZE + 1;
+    Run(SOCK_COMMANDER);
+    EXPECT_EQ(parsedSize, 4096U);
+    EXPECT_TRUE(transcript.Has(kRecv + "successfully received 4097 bytes!"));
+    EXPECT_TRUE(transcript.Has("[4097]====="));
+    EXPECT_TRUE(transcript.Has(kSendRecv + "Reply Msg is ready in buffer! [totalSize=4097]"));
+}
+
+// The last would be padded to nothing, and nothing can be sent.
+TEST_F(HwmbCommander, EndsWithAMessageThatIsLongerThanTheTransmitBuffer)
+{
+    const std::pair<uint32_t, const char*> sizes[] = {
+        {4097, "4100"}, {8192, "8192"}, {0xFFFFFFFE, "4294967294"}};
+    for (const auto& [built, padded] : sizes) {
+        transcript.Clear();
+        builtSize = built;
+        errno = 0;
+        EXPECT_EQ(Run(SOCK_COMMANDER), -1);
+        const std::string size = padded;
+        EXPECT_LINES(
+            Opened(SOCK_COMMANDER) +
+            Lines{
+                "call builder",
+                kCommander + "CreateMsg Done with msgSize " +
+                    std::to_string(static_cast<int>(built)) + ", payload_len 1702521203",
+                kCommander + "Padded msgSize = " +
+                    std::to_string(static_cast<int>(static_cast<uint32_t>(std::stoul(size)))),
+                kSendRecv + "Send-Recv message...",
+                kSendRecv + "Sending message... [msgSize=" + size + "]",
+                kSend + "Sending message [msgSize=" + size + "]...",
+                kSend + "failed to sent entire message (msgSize=" + size + "), sent only 0 bytes!",
+                kSendRecv + "failed to send Msg!", kCommander + "HWMB_sendRecvMsg Done",
+                kCommander + "HWMB_sendRecvMsg failed - errno 0",
+                kCommander + "HWMB_Commander Failed", "sys close()"});
+    }
+    EXPECT_EQ(parsedSize, 0U);
 }
 
 }  // namespace

@@ -101,17 +101,6 @@ TEST_F(HwmbDumpBuffer, OfACallersBufferIsNotLimited)
     EXPECT_EQ(lines.back(), kDump + " [0x00001010] 7a 7a 7a 7a " + blanks.substr(12) + "   zzzz");
 }
 
-TEST_F(HwmbDumpBuffer, InsideTheReceiveBufferStopsAtItsEnd)
-{
-    platform.mailbox = {Bytes(HWMB_BUFFER_SIZE, 'r')};
-    Run(SOCK_SUBJECT);
-    transcript.Clear();
-    const char* tail = static_cast<const char*>(receiveBuffer) + HWMB_BUFFER_SIZE - 2;
-    HWMB_dumpBuffer(tail, 100);
-    EXPECT_LINES({Opening(tail, 100), kDump + " [0x00000000] 72 72 " + blanks.substr(6) + "   rr",
-                  kClosing});
-}
-
 TEST_F(HwmbDumpBuffer, GoesOnWhenTheFormatterFails)
 {
     const char buffer[] = "ABC";

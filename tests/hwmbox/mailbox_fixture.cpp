@@ -56,7 +56,7 @@ int MailboxTest::Build(void* msg, uint32_t* size)
     MailboxTest& test = *current_;
     test.transmitBuffer = msg;
     memcpy(msg, test.toBuild.data(), test.toBuild.size());
-    *size = static_cast<uint32_t>(test.builtSize < 0 ? test.toBuild.size() : test.builtSize);
+    *size = test.builtSize.value_or(static_cast<uint32_t>(test.toBuild.size()));
     return test.builderResult;
 }
 

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,9 +35,9 @@ protected:
     int Run(int role);
 
     // What the played builder writes into the transmit buffer, the size it reports (the message's
-    // own when negative) and its result.
+    // own when none) and its result.
     Bytes toBuild = Message("PONG");
-    long builtSize = -1;
+    std::optional<uint32_t> builtSize;
     int builderResult = 0;
 
     // What the played parser was given.

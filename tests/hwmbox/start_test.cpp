@@ -1,4 +1,7 @@
 // Opening and binding the mailbox socket, and the choice of the role.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 
 #include "tests/hwmbox/mailbox_fixture.h"
@@ -36,6 +39,49 @@ TEST_F(HwmbStart, KeepsTheClosedDescriptorsNumber)
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
     EXPECT_GE(HWMB_socket, 0);
     EXPECT_EQ(transcript.All().back(), "sys close()");
+}
+
+// The standard streams of a program that closed them, given back at the end.
+class ClosedStreams {
+public:
+    ClosedStreams()
+    {
+        for (int fd = 0; fd <= 2; ++fd) {
+            kept_[fd] = fcntl(fd, F_DUPFD, 3);
+            close(fd);
+        }
+    }
+    ~ClosedStreams()
+    {
+        for (int fd = 0; fd <= 2; ++fd) {
+            dup2(kept_[fd], fd);
+            close(kept_[fd]);
+        }
+    }
+
+private:
+    int kept_[3];
+};
+
+TEST_F(HwmbStart, KeepsTheSocketOffTheStandardStreams)
+{
+    platform.mailbox = {Message("PING")};
+    {
+        const ClosedStreams closed;
+        EXPECT_EQ(Run(SOCK_SUBJECT), 0);
+        EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);  // the place that the socket was moved from
+    }
+    EXPECT_GT(HWMB_socket, STDERR_FILENO);
+    const Lines& all = transcript.All();
+    EXPECT_EQ(all[2], "sys close()");
+    EXPECT_EQ(all[3], Opened(SOCK_SUBJECT)[2]);
+}
+
+TEST_F(HwmbStart, TheSocketIsClosedOnExec)
+{
+    platform.Fail("bind", EADDRINUSE);  // leaves it open
+    Run(SOCK_SUBJECT);
+    EXPECT_EQ(fcntl(HWMB_socket, F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(HwmbStart, FailsAtOnceWhenTheSocketIsRefused)

@@ -218,13 +218,20 @@ TEST_F(HwmbSubject, FailsWhenOnlyAPartOfTheReplyIsSent)
     EXPECT_FALSE(transcript.Has("call parser"));
 }
 
-TEST_F(HwmbSubject, NeverReadsBehindTheTransmitBuffer)
+TEST_F(HwmbSubject, SendsNothingOfAReplyThatIsLongerThanTheTransmitBuffer)
 {
-    builtSize = HWMB_BUFFER_SIZE + 1;
-    EXPECT_EQ(Run(SOCK_SUBJECT), -1);
-    EXPECT_TRUE(transcript.Has("sys send(4096, 0)"));
-    EXPECT_TRUE(transcript.Has(
-        kSend + "failed to sent entire message (msgSize=4097), sent only 4096 bytes!"));
+    for (const uint32_t size : {HWMB_BUFFER_SIZE + 1U, 0xFFFFFFFE}) {
+        transcript.Clear();
+        platform.mailbox = {Message("PING")};
+        builtSize = size;
+        EXPECT_EQ(Run(SOCK_SUBJECT), -1);
+        const std::string bytes = std::to_string(size);
+        EXPECT_LINES(ToSend(size) + Lines{kSend + "Sending message [msgSize=" + bytes + "]...",
+                                          kSend + "failed to sent entire message (msgSize=" +
+                                              bytes + "), sent only 0 bytes!",
+                                          kSubject + "failed to send Msg!",
+                                          kSubject + "HWMB_Subject Failed", "sys close()"});
+    }
 }
 
 TEST_F(HwmbSubject, SendsAReplyOfTheWholeTransmitBuffer)
@@ -259,14 +266,14 @@ TEST_F(HwmbSubject, AShortMessageIsFollowedByZerosNotByAnEarlierOne)
     EXPECT_EQ(parsed, expected);
 }
 
-TEST_F(HwmbSubject, AMessageLongerThanTheBufferIsCutButKeepsItsFullLength)
+TEST_F(HwmbSubject, TheParserSeesOnlyWhatTheBufferHoldsOfALongerMessage)
 {
     Bytes message(HWMB_BUFFER_SIZE);
     std::iota(message.begin(), message.end(), uint8_t{0});
     platform.mailbox = {message};
     platform.mailboxFullLength = 5000;
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
-    EXPECT_EQ(parsedSize, 5000U);
+    EXPECT_EQ(parsedSize, 4096U);
     EXPECT_EQ(parsed, message);
     EXPECT_TRUE(transcript.Has(kRecv + "successfully received 5000 bytes!"));
     EXPECT_TRUE(transcript.Has(kSubject + "Reply Msg is ready in buffer! [totalSize=5000]"));
