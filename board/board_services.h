@@ -119,7 +119,7 @@ OB_EXPORT int OBOS_InitHwSpecificData(struct SwitchBsd* Bsd, struct SwitchVendor
 
 /*
  * Hook for a local source of board data that overrides the mailbox: a non-zero count left in Bsd
- * makes OBOS_InitHwSpecificData keep Bsd as it is. The library's own only logs (severity 3) that it
+ * makes OBOS_InitHwSpecificData keep Bsd as it is; one above OB_MAX_DEVICES counts as 0. The library's own only logs (severity 3) that it
  * is not implemented and returns 0; a program overrides it by defining the same symbol.
  */
 OB_EXPORT int OBOS_InitBsdFromIni(struct SwitchBsd* Bsd);

@@ -54,10 +54,10 @@ inline void ToHostOrder(MainMsg& msg)
     msg.payload_len = be32toh(msg.payload_len);
 }
 
-// The count of a received message is refused above OB_MAX_DEVICES, but an override may leave any.
+// A count that cannot be right counts as none.
 inline int BoundedDeviceCount(uint8_t count)
 {
-    return count < OB_MAX_DEVICES ? count : OB_MAX_DEVICES;
+    return count <= OB_MAX_DEVICES ? count : 0;
 }
 
 // MsgBuilder of the acknowledgement that either family sends.

@@ -62,17 +62,6 @@ int ParseBsd(void* Buffer, uint32_t Length, void* Dest, int DestSize)
     return RC_OK;
 }
 
-void LogBoardEntry(LogCaller caller, int idx, const PhyBoardEntry& entry)
-{
-    EP_INFO_AS(caller,
-               "Board-specific data: \n\t\tExternal Phy Idx: %d\n\t\t\tEnable GPIO pin: %d"
-               "\n\t\t\tReset GPIO pin: %d\n\t\t\tport mode: %s\n\t\t\tport speed: %s"
-               "\n\t\t\tMDIO Bus: %d\n\t\t\tMDIO Address: %d\n\t\t\tGmax Idx: %d\n",
-               idx, entry.enableGpioPin, entry.resetGpioPin, IfaceModeWord(entry.portIfaceMode),
-               IfaceSpeedWord(entry.portIfaceSpeed), static_cast<int8_t>(entry.mdioBus),
-               static_cast<int8_t>(entry.mdioAddr), entry.serdesId);
-}
-
 }  // namespace
 }  // namespace orblink
 
@@ -100,7 +89,15 @@ int EP_InitBoardSpecificData(EthphyBsd* Bsd, PhyVendorRecord* Vendor)
     Vendor[0].size = sizeof(Vendor[0].ulpModeEnabled);
 
     const int count = BoundedDeviceCount(Bsd->numOfPhys);
-    for (int i = 0; i < count; ++i)
-        LogBoardEntry(OB_CALLER, i, Bsd->entry[i]);
+    for (int i = 0; i < count; ++i) {
+        const PhyBoardEntry& entry = Bsd->entry[i];
+        EP_INFO(
+            "Board-specific data: \n\t\tExternal Phy Idx: %d\n\t\t\tEnable GPIO pin: %d"
+            "\n\t\t\tReset GPIO pin: %d\n\t\t\tport mode: %s\n\t\t\tport speed: %s"
+            "\n\t\t\tMDIO Bus: %d\n\t\t\tMDIO Address: %d\n\t\t\tGmax Idx: %d\n",
+            i, entry.enableGpioPin, entry.resetGpioPin, IfaceModeWord(entry.portIfaceMode),
+            IfaceSpeedWord(entry.portIfaceSpeed), static_cast<int8_t>(entry.mdioBus),
+            static_cast<int8_t>(entry.mdioAddr), entry.serdesId);
+    }
     return RC_OK;
 }

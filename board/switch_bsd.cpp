@@ -76,21 +76,6 @@ void FillVendorRecord(SwitchVendorRecord& record, bool portIsolation)
     memcpy(record.vendorParams, params, sizeof(params));
 }
 
-void LogBoardEntry(LogCaller caller, int idx, const SwitchBoardEntry& entry)
-{
-    const HalName halLibName(entry.halLibName);
-    OB_INFO_AS(caller,
-               "Board-specific data: \n\t\tSwitch Idx: %d\n\t\t\tHAL library: %s"
-               "\n\t\t\tEnable GPIO pin: %d\n\t\t\tReset GPIO pin: %d"
-               "\n\t\t\tInternal port pidx: %d\n\t\t\tInternal port mode: %s"
-               "\n\t\t\tInternal port speed: %s\n\t\t\tMDIO Bus: %d"
-               "\n\t\t\tMDIO Address: %d\n\t\t\tGmax Idx: %d\n",
-               idx, halLibName.Text(), entry.enableGpioPin, entry.resetGpioPin,
-               entry.internalPortPidx, IfaceModeWord(entry.internalPortIfaceMode),
-               IfaceSpeedWord(entry.internalPortIfaceSpeed), static_cast<int8_t>(entry.mdioBus),
-               static_cast<int8_t>(entry.mdioAddr), entry.serdesId);
-}
-
 }  // namespace
 }  // namespace orblink
 
@@ -129,8 +114,21 @@ int OBOS_InitHwSpecificData(SwitchBsd* Bsd, SwitchVendorRecord* Vendor)
     StoreMacAddresses(payload.mac);
 
     const int count = BoundedDeviceCount(Bsd->NumOfSwitchDevices);
-    for (int i = 0; i < count; ++i)
-        LogBoardEntry(OB_CALLER, i, Bsd->entry[i]);
+    if (count != Bsd->NumOfSwitchDevices)
+        OB_ERROR("Bad override: device count %d above %d", Bsd->NumOfSwitchDevices, OB_MAX_DEVICES);
+    for (int i = 0; i < count; ++i) {
+        const SwitchBoardEntry& entry = Bsd->entry[i];
+        OB_INFO(
+            "Board-specific data: \n\t\tSwitch Idx: %d\n\t\t\tHAL library: %s"
+            "\n\t\t\tEnable GPIO pin: %d\n\t\t\tReset GPIO pin: %d"
+            "\n\t\t\tInternal port pidx: %d\n\t\t\tInternal port mode: %s"
+            "\n\t\t\tInternal port speed: %s\n\t\t\tMDIO Bus: %d"
+            "\n\t\t\tMDIO Address: %d\n\t\t\tGmax Idx: %d\n",
+            i, HalName(entry.halLibName).Text(), entry.enableGpioPin, entry.resetGpioPin,
+            entry.internalPortPidx, IfaceModeWord(entry.internalPortIfaceMode),
+            IfaceSpeedWord(entry.internalPortIfaceSpeed), static_cast<int8_t>(entry.mdioBus),
+            static_cast<int8_t>(entry.mdioAddr), entry.serdesId);
+    }
     OB_TRACE("<---");
     return RC_OK;
 }

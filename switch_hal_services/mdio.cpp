@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "board/mii_words.h"
+#include "common/mii_words.h"
 #include "common/log.h"
 #include "switch_hal_services/attached_record.h"
 #include "switch_hal_services/orblink_hal_services.h"

@@ -1,22 +1,16 @@
 #include "phy/lifecycle/lane.h"
 
 #include <fcntl.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
+
+#include "board/lane_driver.h"
 
 namespace orblink::phy {
 
 namespace {
-
-constexpr const char* kLaneDriver = "/dev/modphy_drv";
-constexpr unsigned long kResetLane = _IOW(0xBE, 5, uint32_t);
-static_assert(kResetLane == 0x4004BE05);
-
-// Clients of the lane driver: the lanes at 1 Gb/s, then at 2.5 Gb/s.
-constexpr uint32_t kFirstClient = 3;
-constexpr uint32_t kFirstClient2_5 = 5;
 
 // The one HAL library whose PHY tells the state of the lane.
 constexpr const char kLaneAwareHal[] = "libphyk20.so";
@@ -28,9 +22,9 @@ constexpr uint16_t kLaneInOrder = 0x0001;
 
 int _ResetSgmii(uint32_t serdesId, uint32_t speed)
 {
-    if (serdesId > 1)
+    if (serdesId >= kLanes)
         return RC_ERROR;
-    uint32_t client = serdesId + (speed == OB_SPEED_2G5 ? kFirstClient2_5 : kFirstClient);
+    uint32_t client = LaneClient(serdesId, speed == OB_SPEED_2G5);
     const int fd = open(kLaneDriver, O_RDONLY);
     if (fd < 0)
         return EP_ERROR("open failed, errno=%d", errno);

@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "board/mii_words.h"
+#include "common/mii_words.h"
 #include "phy/services/process_socket.h"
 
 namespace orblink::phy {

@@ -56,15 +56,16 @@ TEST_F(SwitchBoardData, AreOverriddenByTheLocalSourceButForTheMacAddresses)
     EXPECT_EQ(mac[4][5], 5);
 }
 
-TEST_F(SwitchBoardData, OfALocalSourceWithTooManySwitchesPrintTwo)
+TEST_F(SwitchBoardData, OfALocalSourceWithTooManySwitchesCountAsNone)
 {
     localSource = [](SwitchBsd* offered) {
         offered->NumOfSwitchDevices = 200;
         return 0;
     };
     EXPECT_EQ(Receive(), 0);
-    EXPECT_TRUE(transcript.Has("Switch Idx: 1"));
-    EXPECT_FALSE(transcript.Has("Switch Idx: 2"));
+    EXPECT_FALSE(transcript.Has("Switch Idx: "));
+    EXPECT_EQ(transcript.Only({"log1"}),
+              Lines{"log1 " + kInit + "Bad override: device count 200 above 2"});
 }
 
 TEST_F(SwitchBoardData, FailWhenTheLocalSourceFails)

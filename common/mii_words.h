@@ -3,6 +3,7 @@
 
 #include <net/if.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -16,6 +17,11 @@ struct MiiWords {
     uint16_t mdioBus;  // an extension of the platform's MDIO driver
 };
 static_assert(sizeof(MiiWords) == 10 && sizeof(MiiWords) <= sizeof(ifreq::ifr_ifru));
+static_assert(offsetof(MiiWords, phyId) == 0);
+static_assert(offsetof(MiiWords, regNum) == 2);
+static_assert(offsetof(MiiWords, valueIn) == 4);
+static_assert(offsetof(MiiWords, valueOut) == 6);
+static_assert(offsetof(MiiWords, mdioBus) == 8);
 
 inline void PutMiiWords(ifreq& request, const MiiWords& words)
 {
