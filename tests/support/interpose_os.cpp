@@ -1,4 +1,4 @@
-// Shared memory, semaphores, files, waits and system(): real where namespaces make them private.
+// Shared memory, semaphores, files, waits and system(): real under names of the process's own.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/sem.h>
@@ -10,6 +10,7 @@
 
 #include "tests/support/interpose.h"
 #include "tests/support/played_files.h"
+#include "tests/support/private_names.h"
 #include "tests/support/scripted_platform.h"
 
 using namespace obtest;
@@ -40,7 +41,8 @@ OB_INTERPOSE(int, shm_open, const char* name, int flags, mode_t mode)
         if (Platform().TakesFailure("shm_open", result))
             return static_cast<int>(result);
     }
-    return Real<int(const char*, int, mode_t)>("shm_open")(name, flags, mode);
+    return Real<int(const char*, int, mode_t)>("shm_open")(PrivateObject(name).c_str(), flags,
+                                                           mode);
 }
 
 OB_INTERPOSE(int, ftruncate, int fd, off_t length)
@@ -74,7 +76,8 @@ OB_INTERPOSE(key_t, ftok, const char* path, int id)
         if (Platform().TakesFailure("ftok", result))
             return static_cast<key_t>(result);
     }
-    return Real<key_t(const char*, int)>("ftok")(path, id);
+    const key_t key = Real<key_t(const char*, int)>("ftok")(PrivatePath(path).c_str(), id);
+    return key == -1 ? -1 : PrivateKey(path, id, key);
 }
 
 OB_INTERPOSE(int, semget, key_t key, int count, int flags)
@@ -110,13 +113,14 @@ OB_INTERPOSE(int, open, const char* path, int flags, ...)
     va_end(args);
     const auto realOpen = Real<int(const char*, int, ...)>("open");
     if (!OB_FROM_LIBRARY)
-        return realOpen(path, flags, mode);
+        return realOpen(PrivatePath(path).c_str(), flags, mode);
     const std::string modeText = (flags & O_CREAT) != 0 ? Text(", %o", mode) : "";
     Record(Text("sys open(%s, %s%s)", path, OpenFlags(flags).c_str(), modeText.c_str()));
     long result = 0;
     if (Platform().TakesFailure("open", result))
         return static_cast<int>(result);
-    return strcmp(path, "/dev/modphy_drv") == 0 ? PlayedDescriptor() : realOpen(path, flags, mode);
+    return strcmp(path, "/dev/modphy_drv") == 0 ? PlayedDescriptor()
+                                                : realOpen(PrivatePath(path).c_str(), flags, mode);
 }
 
 OB_INTERPOSE(int, close, int fd)
@@ -160,7 +164,7 @@ OB_INTERPOSE(int, system, const char* command)
 OB_INTERPOSE(FILE*, fopen, const char* path, const char* mode)
 {
     if (!OB_FROM_LIBRARY)
-        return Real<FILE*(const char*, const char*)>("fopen")(path, mode);
+        return Real<FILE*(const char*, const char*)>("fopen")(PrivatePath(path).c_str(), mode);
     Record(Text("sys fopen(%s, %s)", path, mode));
     long result = 0;
     if (Platform().TakesFailure("fopen", result))

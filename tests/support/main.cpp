@@ -1,13 +1,15 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
-
-#include "tests/support/namespaces.h"
+#include "tests/support/private_names.h"
 
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    if (!testing::GTEST_FLAG(list_tests) && !obtest::EnterPrivateNamespaces())
+    if (testing::GTEST_FLAG(list_tests))
+        return RUN_ALL_TESTS();
+    if (!obtest::TakePrivateNames())
         return 1;
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    obtest::RemovePrivateNames();
+    return result;
 }
