@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblinkctl/help.h"
-#include "tools/orblinkctl/session.h"
+#include "tools/orblinkctl/line/help.h"
+#include "tools/orblinkctl/line/session.h"
 
 namespace {
 

@@ -1,0 +1,200 @@
+// The board as a whole: initialisation, overview, services, exit codes 3, 4, 6 and 7.
+#include "tests/tools/orblinkctl/on_board.h"
+
+namespace onboard {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr char kTwoSwitches[] =
+    "switch family: 2 found\n"
+    "phy family: 0 found\n"
+    "MAC address 02:00:5e:00:00:01\n"
+    "MAC address 02:00:5e:00:00:02\n"
+    "MAC address 02:00:5e:00:00:03\n"
+    "MAC address 02:00:5e:00:00:04\n"
+    "MAC address 02:00:5e:00:00:05\n";
+
+TEST(Board, EveryFamilyMustBeInitialisedFirst)
+{
+    const auto r =
+        OnBoard("two_switches", {"ctl show", "ctl", "ctl port 0:2", "ctl phy", "ctl up 0"});
+    const char* board = "the board is not initialised: run 'orblinkctl init' first";
+    const char* switches = "the switch family is not initialised: run 'orblinkctl init' first";
+    EXPECT_THAT(r[0], Refuses(4, board));
+    EXPECT_THAT(r[1], Refuses(4, board));
+    EXPECT_THAT(r[2], Refuses(4, switches));
+    EXPECT_THAT(r[3], Refuses(4, "the PHY family is not initialised: run 'orblinkctl init' first"));
+    EXPECT_THAT(r[4], Refuses(4, switches));
+}
+
+TEST(Board, IsInitialisedOnce)
+{
+    const auto r = OnBoard("two_switches", {"ctl init", "ctl init", "ctl init --phy"});
+    EXPECT_THAT(r[0], Prints(kTwoSwitches));
+    EXPECT_THAT(r[1], Refuses(4, "the switch family is already initialised"));
+    EXPECT_THAT(r[2], Refuses(4, "the PHY family is already initialised"));
+}
+
+TEST(Board, InitialisationWithoutGoodBoardDataIsAFailure)
+{
+    const char* complaint =
+        "the switch family is initialised, but without devices: no good board data came over the "
+        "mailbox (-v shows the exchange)";
+    const auto refused = OnBoard(
+        "one_switch", {"board fault message-type 99; ctl init --switch", "ctl init --switch"});
+    EXPECT_THAT(refused[0], Fails(1, complaint));
+    EXPECT_THAT(refused[0].err, HasSubstr("Unsupported message type=99\n"));
+    EXPECT_THAT(refused[1], Refuses(4, "the switch family is already initialised"));
+    const auto absent = OnBoard("one_switch", {"board fault receive-error; ctl init --switch"});
+    EXPECT_THAT(absent[0], Fails(1, complaint));
+}
+
+TEST(Board, FamiliesAreInitialisedOneByOne)
+{
+    const auto r =
+        OnBoard("one_switch", {"ctl init --switch --no-defaults -o kv", "ctl show | tail -1",
+                               "ctl switch 0 caps", "ctl init --phy", "ctl port 0:1"});
+    EXPECT_THAT(r[0].out, StartsWith("schema=1\nfamilies.0.family=switch\n"
+                                     "families.0.devices=1\nmac_addresses.0=02:00:5e:00:01:01\n"));
+    EXPECT_THAT(r[1], Prints("PHY family: not initialised\n"));
+    const char* unknown = "the capabilities of switch 0 are not known yet: bring it up first";
+    EXPECT_THAT(r[2], Refuses(4, unknown));
+    EXPECT_THAT(r[3], Prints("phy family: 0 found\n"));
+    EXPECT_THAT(r[4], Refuses(4, unknown));
+}
+
+TEST(Board, ShowsWiringAndStoredSettings)
+{
+    const auto r = OnBoard("one_switch", {"ctl init", "ctl show"});
+    EXPECT_THAT(
+        r[1],
+        Prints("switch 0: never brought up, 8 ports\n"
+               "  HAL liborblink_velmar.so, lane 0, hsgmii 2500, MDIO bus 0 address 16, "
+               "reset pin 18, enable pin none\n"
+               "  internal port 0, pre-reset argument 0\n"
+               "  bridge mode default (TPID 0x8100), IGMP off, MTU 2000, LED mode 3, aging 3, "
+               "service 0\n"
+               "  HAL index 0, configuration valid\n"
+               "PORT  LABEL  ROLE      ENABLED  SPEED  DUPLEX  VLAN  PCP  TAGGING  GROUP  LOCKED"
+               "  EEE  MIRROR  DELAY  DVT\n"
+               "0:0   -      internal  yes      auto   full       1    0        0  -      yes   "
+               "  on   -       off    off\n"
+               "0:1   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "  on   -       off    off\n"
+               "0:2   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "  on   -       off    off\n"
+               "0:3   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "  on   -       off    off\n"
+               "0:4   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "  on   -       off    off\n"
+               "0:5   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "  on   -       off    off\n"
+               "0:6   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "  off  -       off    off\n"
+               "0:7   -      rgmii     yes      auto   full       1    0        0  -      yes   "
+               "  off  -       off    off\n"
+               "no PHYs\n"));
+}
+
+TEST(Board, JsonHoldsTheSameFacts)
+{
+    const auto r = OnBoard("one_switch", {"ctl init", "ctl show --json"});
+    const auto json = Json(r[1]);
+    EXPECT_EQ(json["schema"], 1);
+    ASSERT_EQ(json["switches"].size(), 1U);
+    EXPECT_EQ(json["switches"][0]["board"]["reset_pin"], 18);
+    EXPECT_TRUE(json["switches"][0]["board"]["enable_pin"].is_null());
+    ASSERT_EQ(json["ports"].size(), 8U);
+    EXPECT_TRUE(json["ports"][6]["mirror_to"].is_null());
+    EXPECT_EQ(json["ports"][6]["eee"], false);
+    EXPECT_EQ(json["phys"], nlohmann::json::array());
+    EXPECT_EQ(json["mac_vlans"], nlohmann::json::array());
+}
+
+TEST(Board, WithoutDevicesIsEmptyAndNotAFailure)
+{
+    const auto r = OnBoard("no_devices", {"ctl init >/dev/null", "ctl show", "ctl port",
+                                          "ctl switch --json", "ctl up 0", "ctl phy 0"});
+    EXPECT_THAT(r[0], Prints(""));
+    EXPECT_THAT(r[1], Prints("no switches\nno PHYs\n"));
+    EXPECT_THAT(r[2], Prints("no ports\n"));
+    EXPECT_EQ(Json(r[3])["switches"], nlohmann::json::array());
+    EXPECT_THAT(r[4], Refuses(3, "no switch 0: the board has 0"));
+    EXPECT_THAT(r[5], Refuses(3, "no PHY 0: the board has 0"));
+}
+
+TEST(Board, ObjectsThatAreNotThereAreNamed)
+{
+    const auto r = OnBoardUp("one_switch", {"ctl switch 1", "ctl port 1:2", "ctl mtu 1 1500"});
+    for (const auto& outcome : r)
+        EXPECT_THAT(outcome, Refuses(3, "no switch 1: the board has 1"));
+}
+
+TEST(Board, ServicesAnswer)
+{
+    const auto r = OnBoard(
+        "two_switches", {"ctl init >/dev/null", "ctl board battery", "board battery 3",
+                         "ctl board battery", "board battery 0", "ctl board lane-reset 1 --hsgmii",
+                         "board journal --kind lane | tail -1", "ctl board pin 19 0",
+                         "board journal --kind gpio | tail -1", "ctl board built-in --json",
+                         "ctl board --json", "ctl board mac-addresses"});
+    EXPECT_THAT(r[1], Prints("battery: 0\n"));
+    EXPECT_THAT(r[3], Prints("battery: 3\n"));
+    EXPECT_THAT(r[5], Prints("lane 1: reset 2500\n"));
+    EXPECT_THAT(r[6].out, HasSubstr("6"));
+    EXPECT_THAT(r[7], Prints("pin 19: level 0\n"));
+    EXPECT_THAT(r[8].out, HasSubstr("0"));
+    EXPECT_EQ(Json(r[9])["board_entries"][0]["internal_port"], 4);
+    EXPECT_EQ(Json(r[10])["switches"][1]["reset_pin"], 19);
+    EXPECT_TRUE(Json(r[10])["mac_addresses"].is_null());
+    EXPECT_THAT(r[11], Fails(1,
+                             "board (only the process that initialised the board knows the "
+                             "addresses): ORBLINK_GetMacAddresses failed"));
+}
+
+// While the application CPU is silent the initialisation waits, and holds the semaphore.
+TEST(Board, ABusyFamilyIsReportedInTime)
+{
+    const auto r =
+        OnBoard("one_switch", {"board fault silent --times 0; ctl init --switch >/dev/null & "
+                               "until [ -e /dev/shm/obos_orblink_driver ]; do sleep 0.01; done",
+                               "ctl --wait 0.05 port", "ctl --wait 0 up 0",
+                               "board fault clear; ctl --wait 10 switch 0 service"});
+    ASSERT_EQ(r[0].code, 0) << r[0].err;
+    const char* busy = "the switch family is busy: another call has been holding it";
+    EXPECT_THAT(r[1], Refuses(7, busy));
+    EXPECT_THAT(r[2], Refuses(7, busy));
+    EXPECT_THAT(r[3], Prints("SWITCH  SERVICE\n     0        0\n"));
+}
+
+// Even root obeys file modes once it has no capabilities.
+TEST(Board, MissingPermissionIsNotMissingInitialisation)
+{
+    const std::string powerless = "setpriv --bounding-set=-all orblinkctl ";
+    const auto r =
+        OnBoard("one_switch",
+                {"ctl init >/dev/null", "chmod 0 /var/tmp/orblink_sem", powerless + "port",
+                 powerless + "show", "chmod 600 /var/tmp/orblink_sem",
+                 "chmod 0 /dev/shm/obos_orblink_driver", powerless + "up 0", powerless + "phy"});
+    const char* refused =
+        "no permission to use the switch family (/var/tmp/orblink_sem): Permission denied";
+    EXPECT_THAT(r[2], Refuses(6, refused));
+    EXPECT_THAT(r[3], Refuses(6, refused));
+    EXPECT_THAT(r[6], Refuses(6,
+                              "no permission to use the switch family "
+                              "(/dev/shm/obos_orblink_driver): Permission denied"));
+    EXPECT_THAT(r[7], Prints("no phys\n"));
+}
+
+TEST(Board, AHolderThatLetsGoIsWaitedFor)
+{
+    const auto r = OnBoard(
+        "one_switch",
+        {"ctl init >/dev/null", "(ctl up 0 >/dev/null) & ctl --wait 5 switch 0 service; wait"});
+    EXPECT_THAT(r[1], Prints("SWITCH  SERVICE\n     0        0\n"));
+}
+
+}  // namespace
+}  // namespace onboard

@@ -1,0 +1,185 @@
+// Batches, completion, the manual page and what a start costs.
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <sstream>
+
+#include "tests/tools/orblinkctl/on_board.h"
+
+namespace onboard {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Batch, StopsAtTheFirstFailureAndNamesTheLine)
+{
+    const auto r = OnBoardUp(
+        "one_switch",
+        {"printf '# a comment\\nport 1 vlan 5\\n\\nport 1 vlan 4095\\nport 1 pcp 3\\n' >b; "
+         "ctl batch b",
+         "ctl batch b --keep-going", "ctl port 1 vlan -o kv | grep pcp",
+         "printf 'port 1:1 vlan 5\\nbatch b\\n' | ctl batch --keep-going",
+         "printf 'port 1 vlan 7 # behind a command\\n' | ctl batch -", "ctl batch absent"});
+    EXPECT_EQ(r[0].code, 2);
+    EXPECT_EQ(r[0].out, "port 0:1: vlan 5\n");
+    EXPECT_EQ(r[0].err, "orblinkctl: b:4: bad VID '4095': allowed is 1 to 4094\n");
+    EXPECT_EQ(r[1].code, 2);
+    EXPECT_EQ(r[1].out, "port 0:1: vlan 5\nport 0:1: pcp 3\n");
+    EXPECT_EQ(r[1].err, r[0].err);
+    EXPECT_THAT(r[2], Prints("ports.0.pcp=3\n"));
+    EXPECT_EQ(r[3].code, 3);
+    EXPECT_EQ(r[3].err,
+              "orblinkctl: stdin:1: no switch 1: the board has 1\n"
+              "orblinkctl: stdin:2: a batch cannot run another one\n");
+    EXPECT_THAT(r[4], Prints("port 0:1: vlan 7\n"));
+    EXPECT_THAT(r[5], Refuses(2, "absent: No such file or directory"));
+}
+
+TEST(Batch, HandsItsOptionsToItsLines)
+{
+    const auto r = OnBoardUp("one_switch", {"echo 'port 1 mirror' | ctl -o kv batch"});
+    EXPECT_THAT(r[0], Prints("schema=1\nports.0.switch=0\nports.0.port=1\n"
+                             "ports.0.mirror_to=null\n"));
+}
+
+// Settings of a switch in reset are stored only, so that the cost of a command itself is compared.
+TEST(Batch, IsFiftyTimesFasterThanOneProcessEach)
+{
+    const auto r = OnBoardUp(
+        "one_switch",
+        {"ctl down 0 >/dev/null; for i in $(seq 500); do echo port 1 vlan 5; "
+         "echo port 1 vlan 6; done >b",
+         "s=$(date +%s%N); ctl batch b >/dev/null; e=$(date +%s%N); echo $(( (e - s) / 1000 ))",
+         "s=$(date +%s%N); for i in $(seq 10); do ctl port 1 vlan 5; ctl port 1 vlan 6; done "
+         ">/dev/null; e=$(date +%s%N); echo $(( (e - s) / 20 ))"});
+    const double batch = std::stod(r[1].out);
+    const double single = std::stod(r[2].out);
+    RecordProperty("nanoseconds_in_batch", std::to_string(batch));
+    RecordProperty("nanoseconds_alone", std::to_string(single));
+    EXPECT_GE(single, 50 * batch);
+}
+
+TEST(Completion, OffersWhatTheTableHas)
+{
+    std::vector<std::string> commands = {"ctl help --json"};
+    const auto table = Json(OnBoard("no_devices", commands)[0])["commands"];
+    std::vector<std::string> expected;
+    commands.clear();
+    for (const auto& command : table) {
+        std::vector<std::string> words;
+        std::istringstream synopsis(command["synopsis"].get<std::string>());
+        for (std::string word; synopsis >> word && word[0] >= 'a' && word[0] <= 'z';)
+            words.push_back(word);
+        if (words.empty())
+            continue;
+        expected.push_back(words.back());
+        std::string line = "ctl --complete";
+        for (size_t i = 0; i + 1 < words.size(); ++i)
+            line += " " + words[i];
+        commands.push_back(line + " ''");
+    }
+    const auto r = OnBoard("no_devices", commands);
+    for (size_t i = 0; i < r.size(); ++i)
+        EXPECT_THAT("\n" + r[i].out, HasSubstr("\n" + expected[i] + "\n")) << r[i].command;
+    EXPECT_GT(r.size(), 80U);
+}
+
+TEST(Completion, OffersValuesAndOptions)
+{
+    const auto r =
+        OnBoard("no_devices", {"ctl --complete port 0:1 speed 10", "ctl --complete mac --v",
+                               "ctl --complete up 0 --d", "ctl --complete -o ''",
+                               "ctl --complete port 0:1 vl", "ctl --complete -o json po"});
+    EXPECT_THAT(r[0], Prints("10\n100\n1000\n10000\n"));
+    EXPECT_THAT(r[1], Prints("--vlan\n--version\n"));
+    EXPECT_THAT(r[2], Prints("--defaults\n"));
+    EXPECT_THAT(r[3], Prints("text\njson\nkv\n"));
+    EXPECT_THAT(r[4], Prints("vlan\n"));
+    EXPECT_THAT(r[5], Prints("port\n"));
+}
+
+TEST(Completion, TheScriptWorksInBash)
+{
+    const auto r = OnBoard(
+        "no_devices",
+        {"bash -c 'eval \"$(orblinkctl completion bash)\"; COMP_WORDS=(orblinkctl port 1 sp); "
+         "COMP_CWORD=3; _orblinkctl; echo \"${COMPREPLY[@]}\"'",
+         "bash -c 'eval \"$(orblinkctl completion bash)\"; COMP_WORDS=(orblinkctl port 1:); "
+         "COMP_CWORD=2; _orblinkctl; echo \"${COMPREPLY[@]}\"'",
+         "ctl completion zsh | head -1", "ctl completion fish"});
+    EXPECT_THAT(r[0], Prints("speed\n"));
+    EXPECT_THAT(r[1], Prints("0 1 2 3 4 5 6 7\n"));
+    EXPECT_THAT(r[2], Prints("#compdef orblinkctl\n"));
+    EXPECT_THAT(r[3], Refuses(2, "bad SHELL 'fish': allowed is bash or zsh"));
+}
+
+std::string Roff(const std::string& text)
+{
+    std::string out;
+    for (const char c : text)
+        out += c == '-' ? "\\-" : std::string(1, c);
+    return out;
+}
+
+TEST(Manual, NamesEveryCommandOptionAndExitCode)
+{
+    const auto r = OnBoard("no_devices", {"ctl help --json", "ctl manual", "ctl --help"});
+    const std::string& manual = r[1].out;
+    const auto table = Json(r[0]);
+    for (const auto& command : table["commands"]) {
+        const auto synopsis = command["synopsis"].get<std::string>();
+        EXPECT_THAT(manual,
+                    HasSubstr(".B orblinkctl" + Roff(synopsis.empty() ? "" : " " + synopsis) +
+                              "\n" + Roff(command["summary"].get<std::string>()) + "\n"));
+        for (const auto& option : command["options"])
+            EXPECT_THAT(manual, HasSubstr("\n" + Roff(option.get<std::string>()) + ": "));
+    }
+    for (const char* code : {"0", "1", "2", "3", "4", "5", "6", "7", "9"}) {
+        EXPECT_THAT(manual, HasSubstr(std::string(".B ") + code + "\n"));
+        EXPECT_THAT(r[2].out, HasSubstr(code));
+    }
+}
+
+// Time of the fastest of many starts, in microseconds; the others were disturbed.
+double FastestStart(const std::vector<const char*>& command)
+{
+    using Clock = std::chrono::steady_clock;
+    double fastest = 1e9;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    for (int i = 0; i < 300; ++i) {
+        pid_t child = 0;
+        const auto begin = Clock::now();
+        EXPECT_EQ(posix_spawn(&child, command[0], &actions, nullptr,
+                              const_cast<char* const*>(command.data()), environ),
+                  0);
+        waitpid(child, nullptr, 0);
+        const std::chrono::duration<double, std::micro> taken = Clock::now() - begin;
+        fastest = std::min(fastest, taken.count());
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    return fastest;
+}
+
+TEST(Start, CostsLittleMoreThanLoadingTheLibraries)
+{
+#ifndef NDEBUG
+    GTEST_SKIP() << "only an optimised program is measured";
+#endif
+    const std::string build = std::getenv("ORBLINK_BUILD");
+    const std::string program = build + "/bin/orblinkctl";
+    const std::string baseline = build + "/tests/start_baseline";
+    const double alone = FastestStart({baseline.c_str(), nullptr});
+    const double whole = FastestStart({program.c_str(), "--version", nullptr});
+    RecordProperty("baseline_us", std::to_string(alone));
+    RecordProperty("version_us", std::to_string(whole));
+    EXPECT_LE(whole, 1.3 * alone);
+}
+
+}  // namespace
+}  // namespace onboard

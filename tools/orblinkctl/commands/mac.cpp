@@ -1,0 +1,88 @@
+// The MAC table.
+#include <algorithm>
+#include <cctype>
+#include <nlohmann/json.hpp>
+
+#include "tools/orblinkctl/commands/tables.h"
+#include "tools/orblinkctl/commands/targets.h"
+#include "tools/orblinkctl/facts/mac_table.h"
+#include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/output/model_text.h"
+
+namespace ctl {
+
+namespace {
+
+std::string LowerCase(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+bool Passes(const Call& call, const Model& entry)
+{
+    // An entry of an unknown layout is never filtered out.
+    if (entry.contains("raw"))
+        return true;
+    if (call.Has("--vlan") && entry["vlan"] != call.As<unsigned>("--vlan"))
+        return false;
+    if (call.Has("--prefix") &&
+        !entry["mac"].get<std::string>().starts_with(LowerCase(call.Word("--prefix"))))
+        return false;
+    if (!call.Has("--port"))
+        return true;
+    const PortId port = *FindPort(call.Word("--port"));
+    return entry["switch"] == port.device && entry["port"] == port.port;
+}
+
+Model ListMacs(Call& call)
+{
+    const auto region = ReadSwitches();
+    if (call.Has("--port"))
+        RequirePort(region, *FindPort(call.Word("--port")));
+    Model entries = Model::array();
+    for (const unsigned device : SwitchesOf(call, region)) {
+        if (!call.Has("SWITCH") && !IsEnabled(region.device[device]))
+            continue;
+        for (auto& entry : MacEntries(region.device[device], device))
+            if (Passes(call, entry))
+                entries.push_back(std::move(entry));
+    }
+    Model model;
+    if (call.Has("--count"))
+        model["count"] = entries.size();
+    else
+        model["entries"] = std::move(entries);
+    return model;
+}
+
+Model ShowTable(Call& call)
+{
+    const SwitchTarget target(call);
+    MacTable table;
+    Check(ORBLINK_GetMacTable(target.device, &table), target.object, "ORBLINK_GetMacTable");
+    Model model;
+    model["entries"] = Model::array();
+    for (uint32_t i = 0; i < std::min<uint32_t>(table.count, OB_MAC_TABLE_ENTRIES); ++i)
+        model["entries"].push_back(MacEntryModel(target.Record(), target.device, table.entry[i]));
+    model["more"] = table.overflow != 0;
+    return model;
+}
+
+constexpr Command kCommands[] = {
+    {"mac [SWITCH]", "--vlan --port --prefix --count", "the MAC table of the enabled switches",
+     "ORBLINK_ForEachMacEntry", ListMacs, PrintModel},
+    {"mac SWITCH table", "",
+     "the first 256 entries, copied at one moment, and whether there are more",
+     "ORBLINK_GetMacTable", ShowTable, PrintModel},
+};
+
+}  // namespace
+
+std::span<const Command> MacCommands()
+{
+    return kCommands;
+}
+
+}  // namespace ctl

@@ -1,0 +1,14 @@
+// The MAC tables of the switches.
+#pragma once
+
+#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/facts/model.h"
+
+namespace ctl {
+
+// All entries of one switch.
+Model MacEntries(const SwitchDeviceRecord& record, unsigned device);
+
+Model MacEntryModel(const SwitchDeviceRecord& record, unsigned device, const MacEntry& entry);
+
+}  // namespace ctl

@@ -1,0 +1,40 @@
+#include "tools/orblinkctl/facts/model.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ctl {
+
+Model Change(std::string_view object, std::string_view setting, Model value, bool applied)
+{
+    Model change;
+    change["object"] = object;
+    change["setting"] = setting;
+    change["value"] = std::move(value);
+    change["applied"] = applied;
+    Model model;
+    model["changes"] = Model::array({change});
+    return model;
+}
+
+std::string Text(const Model& value)
+{
+    if (value.is_null())
+        return "-";
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+std::string OnOff(const Model& value)
+{
+    if (value.is_null())
+        return "-";
+    return value.get<bool>() ? "on" : "off";
+}
+
+std::string YesNo(const Model& value)
+{
+    if (value.is_null())
+        return "-";
+    return value.get<bool>() ? "yes" : "no";
+}
+
+}  // namespace ctl

@@ -1,0 +1,84 @@
+#include "tools/orblinkctl/facts/rates.h"
+
+#include <nlohmann/json.hpp>
+
+#include "tools/orblinkctl/facts/counters.h"
+#include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/facts/switch_model.h"
+#include "tools/orblinkctl/facts/words.h"
+
+namespace ctl {
+
+namespace {
+
+struct Rate {
+    const char* name;
+    const char* counter;
+};
+
+constexpr Rate kRates[] = {
+    {"receive_bytes_per_second", "etherStatsOctets"},
+    {"receive_frames_per_second", "etherStatsPkts"},
+    {"transmit_bytes_per_second", "aOctetsTransmittedOK"},
+    {"transmit_frames_per_second", "aFramesTransmittedOK"},
+};
+
+Model Counters(const SwitchDeviceRecord& record, PortId id)
+{
+    try {
+        return IsEnabled(record) ? PortCounters(record, id) : Model();
+    } catch (const Failure& failure) {
+        if (failure.code != kFailed)
+            throw;
+        DropHeldLogLines();
+        return nullptr;
+    }
+}
+
+Model OneRate(const Model& before, const Model& after, const char* counter, double seconds)
+{
+    if (!before.is_object() || !after.is_object() || !before.contains(counter) ||
+        !after.contains(counter) || seconds <= 0)
+        return nullptr;
+    const auto first = before[counter].get<uint64_t>();
+    const auto last = after[counter].get<uint64_t>();
+    // Somebody set the counters to 0 in between.
+    if (last < first)
+        return nullptr;
+    return static_cast<uint64_t>(static_cast<double>(last - first) / seconds + 0.5);
+}
+
+}  // namespace
+
+CounterSample TakeSample()
+{
+    const auto region = ReadSwitches();
+    CounterSample sample{std::chrono::steady_clock::now(), LivePorts(region)};
+    for (auto& port : sample.ports) {
+        const PortId id{port["switch"].get<unsigned>(), port["port"].get<unsigned>()};
+        port["counters"] = Counters(region.device[id.device], id);
+    }
+    return sample;
+}
+
+Model Rates(const CounterSample& before, const CounterSample& after)
+{
+    const double seconds = std::chrono::duration<double>(after.when - before.when).count();
+    Model list = Model::array();
+    for (size_t i = 0; i < after.ports.size(); ++i) {
+        const Model& port = after.ports[i];
+        Model entry;
+        for (const char* key : {"switch", "port", "label", "link", "link_speed"})
+            entry[key] = port[key];
+        const Model none;
+        const Model& old = i < before.ports.size() ? before.ports[i]["counters"] : none;
+        for (const auto& rate : kRates)
+            entry[rate.name] = OneRate(old, port["counters"], rate.counter, seconds);
+        list.push_back(std::move(entry));
+    }
+    return list;
+}
+
+}  // namespace ctl

@@ -1,0 +1,13 @@
+// A TOML file as a model.
+#pragma once
+
+#include <string>
+
+#include "tools/orblinkctl/facts/model.h"
+
+namespace ctl {
+
+// Fails with file:line:column and what the reader expected there.
+Model ReadTomlFile(const std::string& path);
+
+}  // namespace ctl

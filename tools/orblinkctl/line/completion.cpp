@@ -1,0 +1,114 @@
+// Completion: the shell's script asks the program, which answers from the command table.
+#include <algorithm>
+
+#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/line/grammar.h"
+#include "tools/orblinkctl/line/help.h"
+#include "tools/orblinkctl/line/vocabulary.h"
+
+namespace ctl {
+
+namespace {
+
+constexpr char kBash[] = R"SH(_orblinkctl() {
+    local word=${COMP_WORDS[COMP_CWORD]}
+    mapfile -t COMPREPLY < <(orblinkctl --complete "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
+    case $word in
+        *:*) COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}") ;;
+    esac
+}
+complete -o default -F _orblinkctl orblinkctl
+)SH";
+
+constexpr char kZsh[] = R"SH(#compdef orblinkctl
+_orblinkctl() {
+    local -a found
+    found=(${(f)" $(orblinkctl-- complete "${(@)words[2,CURRENT]}" 2 > / dev / null) "})
+                        compadd -
+                        a found
+}
+compdef _orblinkctl orblinkctl
+)SH";
+
+const OptionDefinition* FindOption(const std::string& word)
+{
+    for (const auto& option : Options())
+        if (word == option.name)
+            return &option;
+    return nullptr;
+}
+
+// The words without the options and their arguments.
+std::vector<std::string> PlainWords(const std::vector<std::string>& words)
+{
+    std::vector<std::string> plain;
+    for (size_t i = 0; i < words.size(); ++i) {
+        const auto* option = FindOption(words[i]);
+        if (option == nullptr)
+            plain.push_back(words[i]);
+        else if (*option->argument != '\0')
+            ++i;
+    }
+    return plain;
+}
+
+void AddOnce(std::vector<std::string>& list, const std::string& entry)
+{
+    if (std::find(list.begin(), list.end(), entry) == list.end())
+        list.push_back(entry);
+}
+
+std::vector<std::string> NextWords(const std::vector<std::string>& plain)
+{
+    std::vector<std::string> next;
+    for (const auto* command : CommandsUnder(plain)) {
+        const auto synopsis = SynopsisWords(*command);
+        if (synopsis.size() <= plain.size())
+            continue;
+        const auto& word = synopsis[plain.size()];
+        if (word.literal)
+            AddOnce(next, word.name);
+        else
+            for (const auto& candidate : SplitWords(ArgumentNamed(word.name).candidates))
+                AddOnce(next, candidate);
+    }
+    return next;
+}
+
+std::vector<std::string> OptionWords(const std::vector<std::string>& plain)
+{
+    std::vector<std::string> names;
+    for (const auto* command : CommandsUnder(plain))
+        for (const auto& name : SplitWords(command->options))
+            AddOnce(names, name);
+    for (const auto& option : Options())
+        if (option.global)
+            AddOnce(names, option.name);
+    return names;
+}
+
+}  // namespace
+
+std::vector<std::string> Completions(std::vector<std::string> words)
+{
+    const std::string unfinished = words.empty() ? "" : words.back();
+    if (!words.empty())
+        words.pop_back();
+    const auto* option = words.empty() ? nullptr : FindOption(words.back());
+    std::vector<std::string> all;
+    if (option != nullptr && *option->argument != '\0')
+        all = SplitWords(ArgumentNamed(option->argument).candidates);
+    else if (unfinished.starts_with("-"))
+        all = OptionWords(PlainWords(words));
+    else
+        all = NextWords(PlainWords(words));
+    std::erase_if(all, [&](const std::string& word) { return !word.starts_with(unfinished); });
+    return all;
+}
+
+std::string CompletionScript(const std::string& shell)
+{
+    return shell == "zsh" ? kZsh : kBash;
+}
+
+}  // namespace ctl

@@ -1,0 +1,157 @@
+#include "tools/orblinkctl/line/grammar.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "tools/orblinkctl/line/vocabulary.h"
+
+namespace ctl {
+
+namespace {
+
+bool StandsFor(const SynopsisWord& expected, const std::string& word)
+{
+    return !expected.literal || expected.name == word;
+}
+
+// How many of the typed words the command takes, from the left.
+size_t Matching(const std::vector<SynopsisWord>& synopsis, const std::vector<std::string>& words)
+{
+    size_t count = 0;
+    while (count < synopsis.size() && count < words.size() &&
+           StandsFor(synopsis[count], words[count]))
+        ++count;
+    return count;
+}
+
+size_t Literals(const std::vector<SynopsisWord>& synopsis)
+{
+    return static_cast<size_t>(
+        std::count_if(synopsis.begin(), synopsis.end(), [](const auto& w) { return w.literal; }));
+}
+
+bool Complete(const std::vector<SynopsisWord>& synopsis, size_t count)
+{
+    return count >= synopsis.size() || synopsis[count].optional;
+}
+
+struct ParsedCommand {
+    const Command* command;
+    std::vector<SynopsisWord> synopsis;
+};
+
+std::vector<ParsedCommand> ParseAll()
+{
+    std::vector<ParsedCommand> all;
+    for (const auto& group : CommandGroups())
+        for (const auto& command : group.commands)
+            all.push_back({&command, SynopsisWords(command)});
+    return all;
+}
+
+const std::vector<ParsedCommand>& AllCommands()
+{
+    static const std::vector<ParsedCommand> all = ParseAll();
+    return all;
+}
+
+std::string Joined(const std::vector<std::string>& words, size_t count)
+{
+    std::string text;
+    for (size_t i = 0; i < count; ++i)
+        text += (i == 0 ? "" : " ") + words[i];
+    return text;
+}
+
+void AddOnce(std::vector<std::string>& list, const std::string& entry)
+{
+    if (std::find(list.begin(), list.end(), entry) == list.end())
+        list.push_back(entry);
+}
+
+std::string Listed(const std::vector<std::string>& list)
+{
+    std::string text;
+    for (const auto& entry : list)
+        text += (text.empty() ? "" : ", ") + entry;
+    return text;
+}
+
+// What may follow the first `count` words.
+std::vector<std::string> Expected(const std::vector<std::string>& words, size_t count)
+{
+    std::vector<std::string> expected;
+    for (const auto& [command, synopsis] : AllCommands())
+        if (Matching(synopsis, words) >= count && synopsis.size() > count)
+            AddOnce(expected, synopsis[count].name);
+    return expected;
+}
+
+[[noreturn]] void NoSuchCommand(const std::vector<std::string>& words)
+{
+    size_t longest = 0;
+    for (const auto& [command, synopsis] : AllCommands())
+        longest = std::max(longest, Matching(synopsis, words));
+    const std::string after = longest == 0 ? "" : " after '" + Joined(words, longest) + "'";
+    const auto expected = Expected(words, longest);
+    if (longest == words.size())
+        throw Failure{kUsage, "incomplete" + after + ": expected " + Listed(expected)};
+    const std::string allowed = expected.empty() ? "nothing" : Listed(expected);
+    throw Failure{kUsage, "unexpected '" + words[longest] + "'" + after + ": expected " + allowed};
+}
+
+void CheckWord(const std::string& name, const std::string& word)
+{
+    const Argument& argument = ArgumentNamed(name);
+    if (!Accepts(argument, word))
+        throw Failure{kUsage, "bad " + name + " '" + word + "': allowed is " + argument.allowed};
+}
+
+}  // namespace
+
+std::vector<SynopsisWord> SynopsisWords(const Command& command)
+{
+    std::vector<SynopsisWord> result;
+    for (auto& text : SplitWords(command.synopsis)) {
+        const bool optional = text.front() == '[';
+        if (optional)
+            text = text.substr(1, text.find(']') - 1);
+        const bool literal = std::islower(static_cast<unsigned char>(text.front())) != 0;
+        result.push_back({std::move(text), literal, optional});
+    }
+    return result;
+}
+
+Call MatchWords(const std::vector<std::string>& words)
+{
+    const ParsedCommand* best = nullptr;
+    for (const auto& parsed : AllCommands()) {
+        const auto& synopsis = parsed.synopsis;
+        if (Matching(synopsis, words) != words.size() || !Complete(synopsis, words.size()))
+            continue;
+        if (best == nullptr || Literals(synopsis) > Literals(best->synopsis))
+            best = &parsed;
+    }
+    if (best == nullptr)
+        NoSuchCommand(words);
+    Call call(*best->command);
+    for (size_t i = 0; i < words.size(); ++i) {
+        const auto& expected = best->synopsis[i];
+        if (expected.literal)
+            continue;
+        CheckWord(expected.name, words[i]);
+        call.values[expected.name] = words[i];
+    }
+    return call;
+}
+
+std::vector<const Command*> CommandsUnder(const std::vector<std::string>& words)
+{
+    std::vector<const Command*> found;
+    for (const auto& [command, synopsis] : AllCommands())
+        if (Matching(synopsis, words) == words.size())
+            found.push_back(command);
+    return found;
+}
+
+}  // namespace ctl

@@ -1,0 +1,112 @@
+#include "tools/orblinkctl/line/help.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/line/command.h"
+#include "tools/orblinkctl/line/grammar.h"
+#include "tools/orblinkctl/line/vocabulary.h"
+
+namespace ctl {
+
+namespace {
+
+constexpr char kUsageLine[] = "Usage: orblinkctl [OPTION]... [COMMAND [WORD]...]\n";
+
+std::string Padded(std::string text, size_t width)
+{
+    text.resize(std::max(width, text.size()), ' ');
+    return text;
+}
+
+std::string OptionHead(const OptionDefinition& option)
+{
+    std::string head = option.name;
+    if (*option.argument != '\0')
+        head += std::string(" ") + option.argument;
+    return head;
+}
+
+void AddOption(std::string& out, const OptionDefinition& option)
+{
+    out += "  " + Padded(OptionHead(option), 26) + "  " + option.help + "\n";
+    if (*option.argument != '\0')
+        out += "  " + std::string(26, ' ') + "  " + option.argument + ": " +
+               ArgumentNamed(option.argument).allowed + "\n";
+}
+
+void AddGlobalOptions(std::string& out)
+{
+    out += "\nOptions of every command:\n";
+    for (const auto& option : Options())
+        if (option.global)
+            AddOption(out, option);
+}
+
+std::string OverviewHelp()
+{
+    std::string out = std::string(kUsageLine) +
+                      "Controls the external Ethernet switches and PHYs of the board.\n"
+                      "Without a command: an overview of the board.\n";
+    for (const auto& group : CommandGroups()) {
+        out += std::string("\n") + group.title + ":\n";
+        for (const auto& command : group.commands)
+            if (*command.synopsis != '\0')
+                out += "  " + Padded(command.synopsis, 42) + "  " + command.summary + "\n";
+    }
+    AddGlobalOptions(out);
+    out +=
+        "\nExit codes: 0 done, 1 the library or the board failed, 2 usage, 3 no such object,\n"
+        "4 not or already initialised, 5 not supported, 6 permission, 7 busy, 9 differences.\n";
+    return out;
+}
+
+void AddCommand(std::string& out, const Command& command)
+{
+    out += std::string("orblinkctl ") + command.synopsis + "\n    " + command.summary + "\n";
+    for (const auto& word : SynopsisWords(command))
+        if (!word.literal)
+            out += "    " + Padded(word.name, 24) + "  " + ArgumentNamed(word.name).allowed + "\n";
+    for (const auto& name : SplitWords(command.options))
+        out += "    " + Padded(OptionHead(OptionNamed(name)), 24) + "  " + OptionNamed(name).help +
+               "\n";
+}
+
+}  // namespace
+
+std::string VersionText()
+{
+    return "orblinkctl " ORBLINKCTL_VERSION "\n";
+}
+
+std::string HelpText(const std::vector<std::string>& words)
+{
+    if (words.empty())
+        return OverviewHelp();
+    const auto commands = CommandsUnder(words);
+    if (commands.empty())
+        MatchWords(words);
+    std::string out;
+    for (const auto* command : commands)
+        AddCommand(out, *command);
+    AddGlobalOptions(out);
+    return out;
+}
+
+Model CommandModel(const std::vector<std::string>& words)
+{
+    Model model;
+    model["commands"] = Model::array();
+    for (const auto* command : CommandsUnder(words)) {
+        Model entry;
+        entry["synopsis"] = command->synopsis;
+        entry["options"] = SplitWords(command->options);
+        entry["summary"] = command->summary;
+        entry["operations"] = SplitWords(command->operations);
+        model["commands"].push_back(std::move(entry));
+    }
+    return model;
+}
+
+}  // namespace ctl

@@ -1,0 +1,200 @@
+#include "tools/orblinkctl/line/session.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/line/grammar.h"
+#include "tools/orblinkctl/line/help.h"
+#include "tools/orblinkctl/line/vocabulary.h"
+#include "tools/orblinkctl/output/file.h"
+#include "tools/orblinkctl/output/text.h"
+
+namespace ctl {
+
+namespace {
+
+Settings settings;
+CommandLine currentLine;
+
+bool Given(const CommandLine& line, const char* option)
+{
+    return line.options.find(option) != line.options.end();
+}
+
+LogMode LogModeOf(const Settings& wanted)
+{
+    if (wanted.quiet)
+        return LogMode::kSilent;
+    if (wanted.verbosity == 0)
+        return LogMode::kFailures;
+    return wanted.verbosity == 1 ? LogMode::kProgress : LogMode::kTrace;
+}
+
+Format FormatOf(const CommandLine& line)
+{
+    if (Given(line, "--json"))
+        return Format::kJson;
+    if (!Given(line, "-o"))
+        return Format::kText;
+    const std::string& word = line.options.at("-o");
+    return word == "json" ? Format::kJson : word == "kv" ? Format::kKeyValue : Format::kText;
+}
+
+void Adopt(const CommandLine& line)
+{
+    settings.format = FormatOf(line);
+    settings.verbosity = line.verbosity;
+    settings.quiet = Given(line, "-q");
+    settings.color = Given(line, "--color") ? line.options.at("--color") : "auto";
+    settings.wait = Given(line, "--wait") ? std::strtod(line.options.at("--wait").c_str(), nullptr)
+                                          : kUsualWait;
+    SetBusyWait(settings.wait);
+    if (Given(line, "--names"))
+        UseNamesFile(line.options.at("--names"));
+    TakeLogLines(LogModeOf(settings));
+}
+
+void TakeOption(Call& call, const std::string& name, const std::string& text)
+{
+    if (OptionNamed(name).global)
+        return;
+    for (const auto& own : SplitWords(call.command->options)) {
+        if (own == name) {
+            call.values[name] = text;
+            return;
+        }
+    }
+    throw Failure{kUsage, "option " + name + " does not belong to '" +
+                              std::string(call.command->synopsis) + "'"};
+}
+
+ExitCode RunCall(Call& call)
+{
+    if (call.command->run != nullptr)
+        return call.command->run(call);
+    const Model model = call.command->query(call);
+    WriteOut(Rendered(call, model));
+    return call.exitCode;
+}
+
+// Lines that were held back for a command that ended without a failure of its own.
+void ShowHeldLines(ExitCode code)
+{
+    for (const auto& line : HeldLogLines())
+        if (code == kFailed)
+            std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+ExitCode RunParsed(const CommandLine& line)
+{
+    currentLine = line;
+    Adopt(line);
+    if (Given(line, "--version")) {
+        WriteOut(VersionText());
+        return kDone;
+    }
+    if (Given(line, "--help")) {
+        WriteOut(HelpText(line.words));
+        return kDone;
+    }
+    Call call = Resolve(line);
+    const ExitCode code = RunCall(call);
+    ShowHeldLines(code);
+    return code;
+}
+
+template <typename Run>
+ExitCode Guarded(const std::string& where, Run run)
+{
+    try {
+        return run();
+    } catch (const Failure& failure) {
+        Complain(failure, where);
+        return failure.code;
+    } catch (const std::exception& error) {
+        Complain({kFailed, error.what()}, where);
+        return kFailed;
+    }
+}
+
+}  // namespace
+
+const Settings& CurrentSettings()
+{
+    return settings;
+}
+
+Call Resolve(const CommandLine& line)
+{
+    Call call = MatchWords(line.words);
+    for (const auto& [name, text] : line.options)
+        TakeOption(call, name, text);
+    return call;
+}
+
+std::string Rendered(const Call& call, const Model& model)
+{
+    std::string out;
+    if (settings.format == Format::kText) {
+        call.command->print(model, out);
+        return out;
+    }
+    Model whole;
+    whole["schema"] = kSchema;
+    whole.update(model);
+    return settings.format == Format::kJson
+               ? whole.dump(2, ' ', false, Model::error_handler_t::replace) + "\n"
+               : KeyValueLines(whole);
+}
+
+void Complain(const Failure& failure, const std::string& where)
+{
+    const auto lines = HeldLogLines();
+    if (settings.jsonErrors) {
+        Model error;
+        error["schema"] = kSchema;
+        error["error"]["code"] = failure.code;
+        error["error"]["text"] = where + failure.text;
+        error["error"]["log"] = lines;
+        std::fprintf(stderr, "%s\n", error.dump().c_str());
+        return;
+    }
+    for (const auto& line : lines)
+        std::fprintf(stderr, "%s\n", line.c_str());
+    std::fprintf(stderr, "orblinkctl: %s%s\n", where.c_str(), failure.text.c_str());
+}
+
+ExitCode RunLine(const std::vector<std::string>& arguments)
+{
+    settings.jsonErrors =
+        std::find(arguments.begin(), arguments.end(), "--json-errors") != arguments.end();
+    return Guarded("", [&] { return RunParsed(ParseCommandLine(arguments)); });
+}
+
+ExitCode RunBatchLine(const std::vector<std::string>& arguments, const std::string& where,
+                      const CommandLine& batch)
+{
+    return Guarded(where, [&] {
+        CommandLine line = ParseCommandLine(arguments);
+        for (const auto& [name, text] : batch.options)
+            if (OptionNamed(name).global)
+                line.options.emplace(name, text);
+        line.verbosity = std::max(line.verbosity, batch.verbosity);
+        return RunParsed(line);
+    });
+}
+
+const CommandLine& CurrentLine()
+{
+    return currentLine;
+}
+
+}  // namespace ctl

@@ -1,0 +1,12 @@
+// The whole board as text.
+#pragma once
+
+#include <string>
+
+#include "tools/orblinkctl/facts/model.h"
+
+namespace ctl {
+
+void PrintBoard(const Model& model, std::string& out);
+
+}  // namespace ctl
