@@ -128,8 +128,13 @@ OB_INTERPOSE(int, close, int fd)
     if (OB_FROM_LIBRARY) {
         Record("sys close()");
         long result = 0;
-        if (Platform().TakesFailure("close", result))
+        if (Platform().TakesFailure("close", result)) {
+            // The descriptor is gone all the same, as with the kernel.
+            const int error = errno;
+            Real<int(int)>("close")(fd);
+            errno = error;
             return static_cast<int>(result);
+        }
     }
     return Real<int(int)>("close")(fd);
 }
