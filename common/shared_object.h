@@ -1,4 +1,4 @@
-// A shared-memory object before it is mapped.
+// A POSIX shared-memory object that the processes of a family map.
 #pragma once
 
 #include <sys/stat.h>
@@ -7,8 +7,34 @@
 
 namespace orblink {
 
-// A creator that failed half-way leaves an object without its size: touching its mapping would end
-// the process with the semaphore held.
+enum class CreateStep { kDone, kShmOpen, kFtruncate };
+
+struct SharedObject {
+    CreateStep failed;  // kDone, or the step that failed
+    int error;          // its errno
+};
+
+// Gives the object its size; one that exists is used as it is.
+SharedObject CreateSharedObject(const char* name, size_t size);
+
+enum class MapStep { kDone, kShmOpen, kOwner, kSize, kMmap };
+
+struct SharedMapping {
+    void* address;   // null unless done
+    MapStep failed;  // kDone, or the step that failed
+    int error;       // its errno, where the step is a call
+    uid_t owner;     // of the object, where the owner was refused
+};
+
+// Maps the object for reading and writing, for the life of the process; so long its descriptor
+// stays open. Two objects are refused:
+//  - one that root does not own, in a process whose effective user is root: its contents name
+//    libraries to load;
+//  - one that is shorter than the size, as a creator that failed half-way leaves it: touching its
+//    mapping would end the process with the family's semaphore held.
+SharedMapping MapSharedObject(const char* name, size_t size);
+
+// True for an object that MapSharedObject refuses for its size.
 inline bool IsCutShort(int fd, size_t size)
 {
     struct stat object = {};

@@ -208,15 +208,15 @@ TEST_F(HwmbStart, AHostDownAtSocketIsCritical)
     EXPECT_THAT(transcript.Only({"wait"}), testing::IsEmpty());
 }
 
-TEST_F(HwmbStart, AWaitCutShortByASignalStartsOver)
+TEST_F(HwmbStart, AWaitCutShortByASignalGoesOnForTheRest)
 {
+    const auto kRest = testing::MatchesRegex(R"(wait usleep\(9[0-9]{5}\))");
     platform.Fail("socket", ENETDOWN);
     platform.FailEach("usleep", EINTR, 2);
     platform.mailbox = {Message("PING")};
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
     EXPECT_THAT(transcript.Only({"wait", "sys socket"}),
-                ElementsAre(kSocket, "wait usleep(1000000)", "wait usleep(1000000)",
-                            "wait usleep(1000000)", kSocket));
+                ElementsAre(kSocket, "wait usleep(1000000)", kRest, kRest, kSocket));
 }
 
 TEST_F(HwmbStart, AWaitThatFailsOtherwiseIsNotRepeated)

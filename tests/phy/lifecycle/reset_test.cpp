@@ -191,9 +191,10 @@ TEST_F(PhyReset, AWaitCutShortIsResumed)
     Init(PlainBoard());
     platform.Fail("usleep", EINTR);
     EXPECT_EQ(ETHPHY_ResetDisable(0, 0), 0);
-    EXPECT_THAT(
-        transcript.Only({"wait"}),
-        testing::ElementsAre("wait usleep(300000)", "wait usleep(300000)", "wait usleep(100000)"));
+    EXPECT_THAT(transcript.Only({"wait"}),
+                testing::ElementsAre("wait usleep(300000)",
+                                     testing::MatchesRegex(R"(wait usleep\(29[0-9]{4}\))"),
+                                     "wait usleep(100000)"));
 }
 
 // ---- Configuration and failures.

@@ -1,0 +1,26 @@
+// The System V semaphore of a family: a set of one, whose key comes from a file.
+#pragma once
+
+namespace orblink {
+
+enum class SemaphoreStep { kDone, kOpen, kFtok, kSemget };
+
+struct SemaphoreSet {
+    int id;                // -1 unless done
+    SemaphoreStep failed;  // kDone, or the step that failed
+    int error;             // its errno
+};
+
+// Opens the set that exists. The key file only has to be there.
+SemaphoreSet OpenSemaphoreSet(const char* keyFile);
+
+// Creates it, and the key file with it; fails while it exists. Its value is 0.
+SemaphoreSet CreateSemaphoreSet(const char* keyFile);
+
+// 0, or the errno of semop.
+int OperateSemaphore(int id, short operation, short flags);
+
+// An error that says that the set is gone, so that the id is of no further use.
+bool MeansSetIsGone(int error);
+
+}  // namespace orblink
