@@ -8,8 +8,8 @@
 #include <optional>
 #include <vector>
 
+#include "virtual_board/chips/vs08/forwarding.h"
 #include "virtual_board/datapath/packet_memory.h"
-#include "virtual_board/vswitch_forwarding.h"
 
 namespace vboard::datapath {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "virtual_board/mdio_device.h"
+#include "virtual_board/description/mac_address.h"
 
 namespace vboard::datapath {
 

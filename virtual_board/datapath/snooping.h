@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "virtual_board/chips/vs08/forwarding.h"
 #include "virtual_board/datapath/membership.h"
-#include "virtual_board/vswitch_forwarding.h"
 
 namespace vboard::datapath {
 

@@ -10,10 +10,10 @@
 #include <optional>
 #include <span>
 
+#include "virtual_board/chips/vs08/chip.h"
 #include "virtual_board/datapath/egress_queues.h"
 #include "virtual_board/datapath/frame.h"
 #include "virtual_board/datapath/snooping.h"
-#include "virtual_board/vswitch_chip.h"
 
 namespace vboard::datapath {
 

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-#include "virtual_board/wire.h"
+#include "virtual_board/board/wire.h"
 
 namespace vboard::preload {
 

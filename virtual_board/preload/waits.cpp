@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "virtual_board/board/wire.h"
 #include "virtual_board/preload/next.h"
-#include "virtual_board/wire.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include "hals/phy/ethphy_ieee8023.h"
 #include "phy/ethphy_hal.h"
-#include "tests/phy_hal/model_fixture.h"
+#include "tests/virtual_board/chips/ieee8023/model_fixture.h"
 
 namespace vboard {
 

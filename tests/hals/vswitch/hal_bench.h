@@ -8,7 +8,7 @@
 #include "hals/vswitch/vswitch_hal.h"
 #include "hals/vswitch/vswitch_ioctl.h"
 #include "switch/orblink_hal.h"
-#include "virtual_board/vswitch_chip.h"
+#include "virtual_board/chips/vs08/chip.h"
 
 class HalBench {
 public:

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <functional>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <vector>
 

@@ -1,9 +1,10 @@
 // Random operations through the real HAL on the model of the VS08 chip.
 #include <algorithm>
 #include <cstring>
+#include <nlohmann/json.hpp>
 
 #include "tests/switch/operations/random_calls.h"
-#include "virtual_board/vswitch_chip.h"
+#include "virtual_board/chips/vs08/chip.h"
 
 using namespace obtest;
 using nlohmann::json;

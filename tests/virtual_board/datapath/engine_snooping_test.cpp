@@ -1,0 +1,263 @@
+// IGMP and MLD snooping.
+#include "tests/virtual_board/datapath/lan_bench.h"
+
+using namespace lan;
+using std::chrono::seconds;
+
+namespace {
+
+using Group = std::array<uint8_t, 4>;
+constexpr Group kGroup1 = {239, 1, 1, 1};
+constexpr Group kGroup2 = {239, 2, 2, 2};
+constexpr Group kAllRouters = {224, 0, 0, 2};
+
+MacAddress GroupMac(const Group& group)
+{
+    return {0x01, 0x00, 0x5E, static_cast<uint8_t>(group[1] & 0x7F), group[2], group[3]};
+}
+
+Octets Ipv4(const MacAddress& source, const Group& to, uint8_t protocol, const Octets& data)
+{
+    const auto total = static_cast<unsigned>(24 + data.size());
+    return From(source, GroupMac(to),
+                Words({0x0800, 0x4600, total, 0, 0}) + Octets{1, protocol, 0, 0, 10, 0, 0, 1} +
+                    Octets(to.begin(), to.end()) + Octets{0x94, 4, 0, 0} + data);
+}
+
+Octets Data(const Group& group)
+{
+    return Ipv4(kC, group, 17, Octets(20));
+}
+
+Octets Igmp(uint8_t type, const Group& group, const Group& to)
+{
+    return Ipv4(kA, to, 2, Octets{type, 0, 0, 0} + Octets(group.begin(), group.end()));
+}
+
+Octets Report(const Group& group)
+{
+    return Igmp(0x16, group, group);
+}
+
+Octets Leave(const Group& group)
+{
+    return Igmp(0x17, group, kAllRouters);
+}
+
+Octets Query()
+{
+    return Igmp(0x11, {}, {224, 0, 0, 1});
+}
+
+Octets RecordV3(uint8_t type, const Group& group, unsigned sources)
+{
+    return Octets{type, 0, 0, static_cast<uint8_t>(sources)} + Octets(group.begin(), group.end()) +
+           Octets(4 * sources);
+}
+
+Octets ReportV3(unsigned count, const Octets& records)
+{
+    return Ipv4(kA, {224, 0, 0, 22}, 2, Octets{0x22, 0, 0, 0, 0, 0} + Words({count}) + records);
+}
+
+const Octets kGroup6 = {0xFF, 0x15, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x12, 0x34};
+const Octets kAllNodes = {0xFF, 0x02, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+const Octets kAllMldRouters = {0xFF, 0x02, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x16};
+
+Octets Ipv6(const Octets& to, uint8_t next, const Octets& data)
+{
+    const MacAddress mac = {0x33, 0x33, to[12], to[13], to[14], to[15]};
+    return From(kA, mac,
+                Words({0x86DD, 0x6000, 0, static_cast<unsigned>(data.size())}) + Octets{next, 1} +
+                    Octets(16, 0xFE) + to + data);
+}
+
+Octets Data6(const Octets& to)
+{
+    return Ipv6(to, 17, Octets(20));
+}
+
+Octets Mld(const Octets& to, const Octets& message)
+{
+    return Ipv6(to, 0, Octets{58, 0, 5, 2, 0, 0, 1, 0} + message);
+}
+
+Octets Mld1(uint8_t type, const Octets& group, const Octets& to)
+{
+    return Mld(to, Octets{type, 0, 0, 0, 0, 0, 0, 0} + group);
+}
+
+Octets Mld2(uint8_t record, const Octets& group)
+{
+    return Mld(kAllMldRouters, Octets{143, 0, 0, 0, 0, 0, 0, 1, record, 0, 0, 0} + group);
+}
+
+class IgmpSnooping : public Lan {
+protected:
+    void SetUp() override { Write(kSnooping, 1); }
+};
+
+class MldSnooping : public Lan {
+protected:
+    void SetUp() override { Write(kSnooping, 2); }
+};
+
+constexpr const char* kAll = "0 1 2 4 5 6 7";  // from port 3
+
+}  // namespace
+
+TEST_F(Lan, WithoutSnoopingMulticastIsFlooded)
+{
+    Hear(1, Report(kGroup1));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), kAll);
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), kAll);
+}
+
+TEST_F(IgmpSnooping, SendsAGroupToItsMembersAndTheInternalPortOnly)
+{
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0");
+    Hear(1, Report(kGroup1));
+    Hear(2, Igmp(0x12, kGroup1, kGroup1));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1 2");
+    EXPECT_EQ(Ports(3, Data(kGroup2)), "0");
+}
+
+TEST_F(IgmpSnooping, ALeaveEndsTheMembershipOfItsPort)
+{
+    Hear(1, Report(kGroup1));
+    Hear(2, Report(kGroup1));
+    EXPECT_EQ(Ports(1, Leave(kGroup1)), "0");
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0 2");
+}
+
+TEST_F(IgmpSnooping, AMembershipEnds260SecondsAfterItsLastReport)
+{
+    Hear(1, Report(kGroup1));
+    bench.Wait(seconds(200));
+    Hear(1, Report(kGroup1));
+    bench.Wait(seconds(259));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1");
+    bench.Wait(seconds(1));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0");
+}
+
+TEST_F(IgmpSnooping, ReportsAndGroupsGoWhereQueriersAreHeardFor255Seconds)
+{
+    EXPECT_EQ(Ports(3, Report(kGroup1)), "0");
+    EXPECT_EQ(Ports(5, Query()), "0 1 2 3 4 6 7");
+    EXPECT_EQ(Ports(3, Report(kGroup1)), "0 5");
+    EXPECT_EQ(Ports(3, Data(kGroup2)), "0 5");
+    bench.Wait(seconds(254));
+    EXPECT_EQ(Ports(3, Data(kGroup2)), "0 5");
+    bench.Wait(seconds(1));
+    EXPECT_EQ(Ports(3, Data(kGroup2)), "0");
+}
+
+TEST_F(IgmpSnooping, LocalGroupsAndBroadcastAreNotRestricted)
+{
+    EXPECT_EQ(Ports(3, Data({224, 0, 0, 251})), kAll);
+    EXPECT_EQ(Ports(3, Data({224, 0, 1, 1})), "0");
+    EXPECT_EQ(Ports(3, From(kA, kBroadcast)), kAll);
+    EXPECT_EQ(Ports(3, From(kA, GroupMac(kGroup1))), kAll);  // not IPv4
+}
+
+TEST_F(IgmpSnooping, FollowsTheRecordsOfVersion3)
+{
+    const Octets both = RecordV3(4, kGroup1, 0) + RecordV3(1, kGroup2, 2);
+    EXPECT_EQ(Ports(1, ReportV3(2, both)), "0");
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1");
+    EXPECT_EQ(Ports(3, Data(kGroup2)), "0 1");
+    Hear(1, ReportV3(2, RecordV3(6, kGroup2, 1) + RecordV3(3, kGroup1, 0)));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0");
+    EXPECT_EQ(Ports(3, Data(kGroup2)), "0 1");
+}
+
+TEST_F(IgmpSnooping, ARecordThatIsCutShortIsIgnored)
+{
+    Octets frame = ReportV3(3, RecordV3(4, kGroup1, 0) + Octets{4, 0, 0, 9, 239, 2, 2, 2});
+    Hear(1, frame);
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1");
+    EXPECT_EQ(Ports(3, Data(kGroup2)), "0");
+}
+
+TEST_F(IgmpSnooping, MembershipIsPerVlan)
+{
+    for (unsigned p : {1u, 2u, 3u})
+        WritePort(p, kTagging, 1);
+    for (unsigned p : {4u, 5u})
+        WritePort(p, kVid, 50);
+    Hear(4, Report(kGroup1));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0");
+    EXPECT_EQ(Ports(5, Data(kGroup1)), "0 4");
+}
+
+TEST_F(IgmpSnooping, TurningItOffForgetsTheMembers)
+{
+    Hear(1, Report(kGroup1));
+    Write(kSnooping, 0);
+    Write(kSnooping, 1);
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0");
+}
+
+TEST_F(IgmpSnooping, TurningMldOnKeepsTheMembers)
+{
+    Hear(1, Report(kGroup1));
+    Write(kSnooping, 3);
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1");
+}
+
+TEST_F(IgmpSnooping, LeavesIpv6Alone)
+{
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), kAll);
+}
+
+TEST_F(IgmpSnooping, AFullTableTakesUpNewGroupsOnceOldOnesEnd)
+{
+    for (unsigned i = 0; i < 1024; ++i)
+        Hear(1, Report({239, 9, static_cast<uint8_t>(i >> 8), static_cast<uint8_t>(i)}));
+    Hear(1, Report(kGroup1));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0");
+    EXPECT_EQ(Ports(3, Data({239, 9, 3, 255})), "0 1");
+    bench.Wait(seconds(260));
+    Hear(1, Report(kGroup1));
+    EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1");
+}
+
+TEST_F(MldSnooping, FollowsVersion1)
+{
+    EXPECT_EQ(Ports(1, Mld1(131, kGroup6, kGroup6)), "0");
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), "0 1");
+    Hear(1, Mld1(132, kGroup6, kAllMldRouters));
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), "0");
+}
+
+TEST_F(MldSnooping, FollowsVersion2)
+{
+    EXPECT_EQ(Ports(1, Mld2(4, kGroup6)), "0");
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), "0 1");
+    Hear(1, Mld2(3, kGroup6));
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), "0");
+}
+
+TEST_F(MldSnooping, HearsQueriers)
+{
+    EXPECT_EQ(Ports(5, Mld1(130, Octets(16), kAllNodes)), "0 1 2 3 4 6 7");
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), "0 5");
+}
+
+TEST_F(MldSnooping, DoesNotRestrictAllNodesOrIpv4)
+{
+    EXPECT_EQ(Ports(3, Data6(kAllNodes)), kAll);
+    EXPECT_EQ(Ports(3, Data(kGroup1)), kAll);
+}
+
+TEST_F(MldSnooping, SurvivesMessagesOfEveryLength)
+{
+    Write(kSnooping, 3);
+    for (const Octets& whole : {Mld2(4, kGroup6), Mld1(131, kGroup6, kGroup6), Report(kGroup1),
+                                ReportV3(9, RecordV3(4, kGroup1, 200))}) {
+        for (size_t size = 14; size <= whole.size(); ++size)
+            Hear(1, Octets(whole.begin(), whole.begin() + static_cast<long>(size)));
+    }
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), "0 1");
+}

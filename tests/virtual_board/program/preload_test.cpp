@@ -1,0 +1,272 @@
+// Programs that know nothing of a virtual board make the library's platform calls on one.
+
+#include <gmock/gmock.h>
+
+#include "tests/virtual_board/program/vboard_process.h"
+
+namespace vboard_test {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+// Board time runs a thousand times faster, so that the chips are up after the first call or two.
+constexpr char kFast[] = "--time-scale 0.001";
+constexpr char kWaitUntilUp[] = "sleep 0.02\n";
+
+TEST(Preload, ReadsAndWritesAChipRegister)
+{
+    auto outcome = OnBoard("two_switches.toml",
+                           std::string(kWaitUntilUp) +
+                               "$CLIENT mii nsgmii0 0 16 0\n"
+                               "$CLIENT mii nsgmii0 0 16 4 0x1234\n"
+                               "$CLIENT mii nsgmii1 0 16 4\n",
+                           kFast);
+    EXPECT_EQ(Printed(outcome), "0x5608\nwritten\n0x1234\n");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(Preload, ServesBothAbisOnOneBoard)
+{
+    auto outcome = OnBoard("two_switches.toml",
+                           std::string(kWaitUntilUp) +
+                               "$CLIENT mii nsgmii0 1 16 4 0x4321\n"
+                               "$OTHER mii nsgmii0 1 16 4\n"
+                               "$OTHER gmac nsgmii1 nsgmii1 55 4 1\n"
+                               "$OTHER mailbox ack\n"
+                               "$OTHER write 0 0\n"
+                               "$CLIENT read 0\n"
+                               "$OTHER read 2\n"
+                               "$OTHER lane 5\n",
+                           kFast);
+    EXPECT_EQ(Printed(outcome),
+              "written\n0x4321\nresult 0\nreceived 184 of type 10 length 176\nsent 8\nwritten\n"
+              "1 of value 0\n1 of value 0\nreset\n");
+}
+
+TEST(Preload, LoadsWithoutAWordWhenTheOtherAbiIsNotThere)
+{
+    auto outcome = Shell(
+        "mkdir -p $0.d/bin $0.d/lib\n"
+        "cp $VBOARD $0.d/bin\n"
+        "cp $(dirname $VBOARD)/../lib/liborblink-vboard-preload.so $0.d/lib\n"
+        "$0.d/bin/orblink-vboard run --board $BOARDS/no_devices.toml -- "
+        "$CLIENT read 2\n");
+    EXPECT_EQ(Printed(outcome), "1 of value 0\n");
+}
+
+TEST(Preload, AnAbsentDeviceReadsAllOnes)
+{
+    auto outcome = OnBoard("two_switches.toml",
+                           "$CLIENT mii nsgmii0 0 9 2\n$CLIENT mii nsgmii0 0 9 0 0x8000\n");
+    EXPECT_EQ(Printed(outcome), "0xffff\nwritten\n");
+}
+
+TEST(Preload, LeavesOtherInterfacesToTheKernel)
+{
+    auto outcome = OnBoard("two_switches.toml",
+                           "$CLIENT mii lo 0 16 0\n$CLIENT mii nsgmii2 0 16 0\n"
+                           "$VBOARD control journal --kind mdio\n");
+    EXPECT_EQ(Printed(outcome), "ioctl: EOPNOTSUPP\nioctl: ENODEV\n");
+}
+
+TEST(Preload, RefusalOfTheChipIsEioWithTheReasonInTheJournal)
+{
+    auto outcome = OnBoard("two_switches.toml",
+                           "$CLIENT write 0 0\n"
+                           "$CLIENT mii nsgmii0 0 16 4\n"
+                           "$VBOARD control journal --kind mdio\n",
+                           kFast);
+    EXPECT_THAT(outcome.output, HasSubstr("ioctl: EIO\n"));
+    EXPECT_THAT(outcome.output, testing::ContainsRegex("mdio +read bus=0 address=16 "
+                                                       "reg=0x0004 -> EIO \\(.*reset.*\\)"));
+}
+
+TEST(Preload, BothFamiliesGetTheirBoardDataOnceEach)
+{
+    auto outcome = OnBoard("two_switches.toml",
+                           "$CLIENT mailbox ack\n$CLIENT mailbox ack\n$CLIENT mailbox ack now\n"
+                           "$VBOARD control state | grep ^mailbox\n");
+    EXPECT_EQ(Printed(outcome),
+              "received 184 of type 10 length 176\nsent 8\n"
+              "received 128 of type 11 length 120\nsent 8\n"
+              "recv: EAGAIN\n"
+              "mailbox: switch=acknowledged phy=acknowledged\n");
+}
+
+TEST(Preload, WithoutTheRightAcknowledgementTheDataComesAgain)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT mailbox silent\n$CLIENT mailbox wrong\n$CLIENT mailbox ack\n");
+    EXPECT_EQ(Printed(outcome),
+              "received 184 of type 10 length 176\n"
+              "received 184 of type 10 length 176\nsent 5\n"
+              "received 184 of type 10 length 176\nsent 8\n");
+}
+
+TEST(Preload, WithoutMsgTruncTheLengthIsWhatWasTaken)
+{
+    auto outcome = OnBoard("one_switch.toml", "$CLIENT mailbox ack short\n");
+    EXPECT_EQ(Printed(outcome), "received 10 of type 10 length 176\nsent 8\n");
+}
+
+TEST(Preload, AReceiveBlocksUntilTheApplicationCpuSends)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$VBOARD control fault silent\n"
+                           "$CLIENT mailbox ack > $0.out &\n"
+                           "sleep 0.3; kill -0 $! && echo still waiting\n"
+                           "$VBOARD control fault clear\n"
+                           "wait $!; cat $0.out\n");
+    EXPECT_EQ(Printed(outcome), "still waiting\nreceived 184 of type 10 length 176\nsent 8\n");
+}
+
+TEST(Preload, ASignalInterruptsAReceiveAndTheNextOneGetsTheMessage)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$VBOARD control fault silent\n"
+                           "$CLIENT mailbox ack interrupted > $0.out &\n"
+                           "sleep 0.4\n"
+                           "$VBOARD control fault clear\n"
+                           "wait $!; cat $0.out\n");
+    EXPECT_EQ(Printed(outcome), "received 184 of type 10 length 176\nwas interrupted\nsent 8\n");
+}
+
+TEST(Preload, ErrnosOfAMailboxThatIsNotUp)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$VBOARD control fault mailbox-down\n"
+                           "$VBOARD control fault app-cpu-down\n"
+                           "$VBOARD control fault receive-error\n"
+                           "$VBOARD control fault send-error EPIPE\n"
+                           "for i in 1 2 3 4 5; do $CLIENT mailbox ack; done\n");
+    EXPECT_EQ(Printed(outcome),
+              "socket: ENETDOWN\nbind: EHOSTDOWN\nrecv: ECONNREFUSED\n"
+              "received 184 of type 10 length 176\nsend: EPIPE\n"
+              "received 184 of type 10 length 176\nsent 8\n");
+}
+
+TEST(Preload, AnyRoleNumberMayBeBoundButOnlyTheAddressOfTheBoardData)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT bind 0 12 && $CLIENT bind 2 12 && echo ok\n"
+                           "$CLIENT bind 1 13\n");
+    EXPECT_EQ(Printed(outcome), "ok\nbind: EADDRNOTAVAIL\n");
+}
+
+TEST(Preload, ResetAttributesCarryAWriteErrorToTheFlush)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT write 1 0; $CLIENT read 1\n"
+                           "$CLIENT write 1 7; $CLIENT read 1\n"
+                           "$VBOARD control fault attr-error ENOSPC; $CLIENT write 1 1\n"
+                           "$VBOARD control fault attr-open EACCES; $CLIENT write 1 1\n"
+                           "$CLIENT write 2 1\n");
+    EXPECT_EQ(Printed(outcome),
+              "written\n1 of value 0\n"
+              "fflush: EINVAL\nnot written\n1 of value 0\n"
+              "fflush: ENOSPC\nnot written\n"
+              "fopen: EACCES\n"
+              "fopen: EACCES\n");
+}
+
+TEST(Preload, AttributesServeAShellToo)
+{
+    std::string pin = "'/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:00/sgmii0_reset'";
+    auto outcome = OnBoard("one_switch.toml", "cat " + pin + "; echo 0 > " + pin + "; cat " + pin +
+                                                  "\n"
+                                                  "$VBOARD control journal --kind gpio\n");
+    EXPECT_THAT(outcome.output, HasSubstr("1\n0\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("write attribute=sgmii0_reset pin=18 text=0 -> ok"));
+}
+
+TEST(Preload, TheSystemStateIsTheBattery)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT read 2; $VBOARD control battery on; $CLIENT read 2\n"
+                           "$VBOARD control battery 7; $CLIENT read 2\n"
+                           "$VBOARD control fault state-text; $CLIENT read 2\n"
+                           "$VBOARD control fault attr-open; $CLIENT read 2\n"
+                           "$VBOARD control battery off; $CLIENT read 2\n");
+    EXPECT_EQ(Printed(outcome),
+              "1 of value 0\n1 of value 1\n1 of value 7\n0 of value -1\nfopen: ENOENT\n"
+              "1 of value 0\n");
+}
+
+TEST(Preload, LaneDriver)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT lane 3; $CLIENT lane 6; $CLIENT lane 6; $CLIENT lane 7\n"
+                           "$VBOARD control fault lane-open; $CLIENT lane 4\n"
+                           "$VBOARD control fault lane-error; $CLIENT lane 4\n"
+                           "$VBOARD control state | grep laneResets\n");
+    EXPECT_EQ(Printed(outcome),
+              "reset\nreset\nreset\nioctl: EINVAL\nopen: ENOENT\nioctl: EIO\n"
+              "laneResets: 3=1 4=0 5=0 6=2\n");
+}
+
+TEST(Preload, GmacReconfiguration)
+{
+    auto outcome =
+        OnBoard("one_switch.toml",
+                "$CLIENT gmac nsgmii1 nsgmii1 55 5 1\n"
+                "$CLIENT gmac nsgmii1 nsgmii0 55 5 1\n"
+                "$CLIENT gmac nsgmii1 nsgmii1 54 5 1\n"
+                "$VBOARD control fault gmac-result; $CLIENT gmac nsgmii1 nsgmii1 55 2 0\n"
+                "$VBOARD control fault gmac-error; $CLIENT gmac nsgmii1 nsgmii1 55 2 0\n"
+                "$VBOARD control state | grep nsgmii1\n");
+    EXPECT_EQ(Printed(outcome),
+              "result 0\nioctl: EINVAL\nioctl: EINVAL\nresult -1\nioctl: EOPNOTSUPP\n"
+              "  nsgmii1: up=true speed=5 duplex=1 reconfigurations=1\n");
+}
+
+TEST(Preload, IfconfigOfTheInternalInterfaces)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT system 'ifconfig nsgmii0 down'\n"
+                           "$VBOARD control state | grep nsgmii0\n"
+                           "$CLIENT system 'ifconfig nsgmii0 up'\n"
+                           "$VBOARD control fault interface-error; $CLIENT system 'ifconfig "
+                           "nsgmii0 down'\n"
+                           "$VBOARD control state | grep nsgmii0\n"
+                           "$CLIENT system 'exit 3'\n");
+    EXPECT_EQ(Printed(outcome),
+              "status 0\n  nsgmii0: up=false speed=0 duplex=0 reconfigurations=0\nstatus 0\n"
+              "system: EAGAIN\n  nsgmii0: up=true speed=0 duplex=0 reconfigurations=0\n"
+              "status 768\n");
+}
+
+double Milliseconds(const std::string& options, const std::string& call)
+{
+    return std::stod(Printed(OnBoard("no_devices.toml", "$CLIENT " + call + "\n", options)));
+}
+
+TEST(Preload, WaitsFollowTheTimeScale)
+{
+    EXPECT_GE(Milliseconds("", "usleep 30000"), 30);
+    double shortened = Milliseconds("--time-scale 0.01", "sleep 3");
+    EXPECT_GE(shortened, 30);
+    EXPECT_LT(shortened, 1000);
+    EXPECT_GE(Milliseconds("--time-scale 3", "usleep 20000"), 60);
+    EXPECT_LT(Milliseconds("--time-scale 0.001", "usleep 900000"), 500);
+}
+
+TEST(Preload, AShortenedWaitCountsInFullOnTheBoard)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT read 2; $CLIENT sleep 3 >/dev/null; $CLIENT read 2\n"
+                           "$VBOARD control journal --kind attr --json\n",
+                           "--time-scale 0.01");
+    std::string text = outcome.output;
+    auto time = [&] {
+        text = text.substr(text.find("\"timeNs\": ") + 10);
+        return std::stoll(text);
+    };
+    auto first = time();
+    auto second = time();
+    EXPECT_GE(second - first, 3'000'000'000);
+}
+
+}  // namespace
+}  // namespace vboard_test

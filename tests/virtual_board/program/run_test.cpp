@@ -1,0 +1,168 @@
+// `orblink-vboard run`: namespaces, exit status, signals, complaints.
+
+#include <gmock/gmock.h>
+#include <sys/ipc.h>
+#include <sys/sem.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+
+#include "tests/virtual_board/program/vboard_process.h"
+
+namespace vboard_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+TEST(Run, PassesTheExitStatusOn)
+{
+    EXPECT_EQ(OnBoard("no_devices.toml", "exit 0").status, 0);
+    EXPECT_EQ(OnBoard("no_devices.toml", "exit 42").status, 42);
+    EXPECT_EQ(OnBoard("no_devices.toml", "kill -KILL $$").status, 128 + 9);
+}
+
+TEST(Run, SaysWhyACommandDoesNotStart)
+{
+    auto missing = Shell("$RUN --board $BOARDS/no_devices.toml -- /no/such/program");
+    EXPECT_EQ(missing.status, 127);
+    EXPECT_THAT(missing.output,
+                HasSubstr("orblink-vboard: cannot run /no/such/program: No such file"));
+    auto directory = Shell("$RUN --board $BOARDS/no_devices.toml -- /tmp");
+    EXPECT_EQ(directory.status, 126);
+}
+
+TEST(Run, UsageErrorsAreTwo)
+{
+    EXPECT_EQ(Shell("$VBOARD").status, 2);
+    EXPECT_EQ(Shell("$RUN -- true").status, 2);
+    EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml").status, 2);
+    EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml --time-scale 0 -- true").status, 2);
+    EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml --nonsense -- true").status, 2);
+    EXPECT_EQ(Shell("$VBOARD --help").status, 0);
+}
+
+TEST(Run, ALibraryDirectoryMustHaveTheLibrary)
+{
+    auto outcome = Shell("$RUN --board $BOARDS/phy.toml --lib-dir /etc -- true");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.output, "orblink-vboard: no liborblink-vboard-preload.so in /etc\n");
+}
+
+TEST(Run, AMistakeInTheBoardFileIsNamedWithItsPlace)
+{
+    std::string path = TemporaryPath("bad.toml");
+    std::ofstream{path} << "battery = \"on\"\nbatery = 1\n";
+    auto outcome = Shell("$RUN --board " + path + " -- true");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.output,
+                HasSubstr(path + ":1:11: battery: expected an integer from 0 to 2147483647\n"));
+    EXPECT_THAT(outcome.output, HasSubstr(path + ":2:1: unknown key 'batery': expected one of "));
+}
+
+TEST(Run, EveryShippedBoardLoads)
+{
+    for (const char* board :
+         {"no_devices.toml", "one_switch.toml", "phy.toml", "two_switches.toml"})
+        EXPECT_EQ(OnBoard(board, "exit 0").status, 0) << board;
+}
+
+TEST(Run, SharedMemoryAndSemaphoresAreOfTheBoardAlone)
+{
+    constexpr key_t kKey = 0x4F425601;
+    unlink("/dev/shm/vboard_run_test");
+    unlink("/var/tmp/vboard_run_test");
+    ASSERT_EQ(semget(kKey, 1, 0), -1);
+    auto outcome = OnBoard("no_devices.toml",
+                           "$CLIENT shared /dev/shm/vboard_run_test 0x4F425601\n"
+                           "touch /var/tmp/vboard_run_test\n"
+                           "ls -d /dev/shm/vboard_run_test /var/tmp/vboard_run_test\n");
+    EXPECT_EQ(Printed(outcome), "made\n/dev/shm/vboard_run_test\n/var/tmp/vboard_run_test\n");
+    EXPECT_NE(access("/dev/shm/vboard_run_test", F_OK), 0);
+    EXPECT_NE(access("/var/tmp/vboard_run_test", F_OK), 0);
+    EXPECT_EQ(semget(kKey, 1, 0), -1);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(Run, WhatIsThereOutsideIsNotSeenInside)
+{
+    auto outcome = OnBoard("no_devices.toml", "ls -A /dev/shm /var/tmp | grep -v :");
+    EXPECT_THAT(Printed(outcome), MatchesRegex("\n*"));
+}
+
+TEST(Run, WorksForAnOrdinaryUser)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "not root: every other test shows it";
+    std::string drop = "setpriv --reuid 65534 --regid 65534 --clear-groups ";
+    if (Shell(drop + "test -x $VBOARD -a -x $CLIENT -a -r $BOARDS/phy.toml").status != 0)
+        GTEST_SKIP() << "the build tree is closed to user 65534";
+    if (Shell(drop + "unshare -Ur true").status != 0)
+        GTEST_SKIP() << "user namespaces are not allowed here";
+    std::string script = TemporaryPath("script_of_user");
+    std::ofstream{script} << "id -u; $CLIENT shared /dev/shm/of_user 0x4F425602; $CLIENT read 2\n";
+    auto outcome = Shell(drop + "$RUN --board $BOARDS/phy.toml -- sh " + script);
+    EXPECT_EQ(Printed(outcome), "65534\nmade\n1 of value 0\n");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(Run, SeveralProcessesSeeOneBoard)
+{
+    auto outcome =
+        OnBoard("no_devices.toml",
+                "for i in 1 2 3 4 5 6 7 8; do\n"
+                "  (for j in 1 2 3 4 5 6 7 8 9 10; do $CLIENT lane 3 >/dev/null; done) &\n"
+                "done; wait; $VBOARD control state | grep laneResets\n");
+    EXPECT_EQ(Printed(outcome), "laneResets: 3=80 4=0 5=0 6=0\n");
+}
+
+TEST(Run, ASignalReachesTheCommand)
+{
+    auto outcome = Shell(
+        "echo 'trap \"exit 9\" TERM; echo ready > $0.ready; while :; do sleep 0.05; done' > "
+        "$0.run\n"
+        "$RUN --board $BOARDS/no_devices.toml -- sh $0.run &\n"
+        "until test -e $0.run.ready; do sleep 0.05; done\n"
+        "kill -TERM $!; wait $!; echo status $?\n");
+    EXPECT_EQ(Printed(outcome), "status 9\n");
+}
+
+TEST(Run, TheSocketIsWhereItWasAskedForAndGoesWithTheBoard)
+{
+    std::string socket = TemporaryPath("board.sock");
+    auto outcome =
+        Shell("$RUN --socket " + socket +
+              " --board $BOARDS/one_switch.toml -- sh -c 'touch $0.ready; exec sleep 30' $0 &\n"
+              "until test -e $0.ready; do sleep 0.05; done\n"
+              "$VBOARD control --socket " +
+              socket +
+              " battery 5\n"
+              "$VBOARD control --socket " +
+              socket +
+              " state | grep battery\n"
+              "kill -TERM $!; wait $!; echo status $?\n");
+    EXPECT_EQ(Printed(outcome), "battery: 5\nstatus 143\n");
+    EXPECT_NE(access(socket.c_str(), F_OK), 0);
+}
+
+TEST(Run, LeavesNothingBehind)
+{
+    auto outcome =
+        OnBoard("no_devices.toml", "dirname $ORBLINK_VBOARD; ls $ORBLINK_VBOARD >/dev/null");
+    std::string directory = Printed(outcome);
+    ASSERT_THAT(directory, MatchesRegex("/.*orblink-vboard\\.[0-9]+\n"));
+    directory.pop_back();
+    EXPECT_NE(access(directory.c_str(), F_OK), 0);
+}
+
+TEST(Run, KeepsWhatTheEnvironmentPreloadsAlready)
+{
+    auto outcome = Shell(
+        "LD_LIBRARY_PATH=/given $RUN --board $BOARDS/no_devices.toml -- "
+        "sh -c 'echo $LD_LIBRARY_PATH'");
+    EXPECT_THAT(Printed(outcome), MatchesRegex("/.*orblink-vboard\\.[0-9]+/\\$LIB:/given\n"));
+}
+
+}  // namespace
+}  // namespace vboard_test

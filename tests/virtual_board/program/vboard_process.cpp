@@ -1,0 +1,79 @@
+#include "tests/virtual_board/program/vboard_process.h"
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace vboard_test {
+namespace {
+
+std::string BuildDir()
+{
+    const char* given = getenv("ORBLINK_BUILD");
+    if (given != nullptr)
+        return given;
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+}
+
+// The shell may be of either ABI, whatever the build is.
+std::string RunWithBothAbis()
+{
+    return BuildDir() + "/bin/orblink-vboard run --lib-dir " + BuildDir() + "/lib --lib-dir " +
+           BuildDir() + "/tests/other_abi";
+}
+
+}  // namespace
+
+Outcome Shell(const std::string& script)
+{
+    setenv("VBOARD", (BuildDir() + "/bin/orblink-vboard").c_str(), 1);
+    setenv("RUN", RunWithBothAbis().c_str(), 1);
+    setenv("CLIENT", (BuildDir() + "/tests/vboard_client").c_str(), 1);
+    setenv("OTHER", (BuildDir() + "/tests/vboard_client_other").c_str(), 1);
+    setenv("BOARDS", ORBLINK_BOARDS, 1);
+    std::string path = TemporaryPath("script");
+    std::ofstream{path} << script;
+    FILE* pipe = popen(("sh " + path + " 2>&1").c_str(), "r");
+    Outcome outcome{-1, {}};
+    char part[4096];
+    for (size_t size; (size = fread(part, 1, sizeof part, pipe)) > 0;)
+        outcome.output.append(part, size);
+    int status = pclose(pipe);
+    if (WIFEXITED(status))
+        outcome.status = WEXITSTATUS(status);
+    return outcome;
+}
+
+Outcome OnBoard(const std::string& board, const std::string& script, const std::string& options)
+{
+    std::string path = TemporaryPath("inner");
+    std::ofstream{path} << script;
+    return Shell("exec $RUN --board $BOARDS/" + board + " " + options + " -- sh " + path);
+}
+
+std::string Printed(const Outcome& outcome)
+{
+    size_t start = outcome.output.find("orblink-vboard: board \"");
+    if (start == std::string::npos)
+        return outcome.output;
+    size_t end = outcome.output.find('\n', start);
+    return outcome.output.substr(0, start) + outcome.output.substr(end + 1);
+}
+
+std::string TemporaryPath(const std::string& name)
+{
+    static std::string directory = [] {
+        std::string pattern = "/tmp/vboard_test.XXXXXX";
+        return std::string(mkdtemp(pattern.data()));
+    }();
+    static struct Remover {
+        ~Remover() { std::filesystem::remove_all(directory); }
+    } remover;
+    std::filesystem::permissions(directory, std::filesystem::perms(0755));
+    return directory + "/" + name;
+}
+
+}  // namespace vboard_test

@@ -1,0 +1,219 @@
+#include "virtual_board/board/board_server.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+namespace vboard {
+namespace {
+
+constexpr size_t kControlPacket = 32768;
+
+[[noreturn]] void Fail(const std::string& what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+UniqueFd Listen(const std::string& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        errno = ENAMETOOLONG;
+        Fail(path);
+    }
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    UniqueFd fd{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
+    if (!fd || bind(fd.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+        Fail(path);
+    if (listen(fd.Get(), SOMAXCONN) != 0)
+        Fail(path);
+    return fd;
+}
+
+pid_t PeerPid(int fd)
+{
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
+bool IsControl(std::span<const uint8_t> packet, wire::Request& request)
+{
+    if (packet.size() < sizeof request)
+        return false;
+    memcpy(&request, packet.data(), sizeof request);
+    return request.magic == wire::kMagic && request.op == wire::Op::kControl;
+}
+
+// Until something is ready, or until the traffic has to go on.
+int Wait(std::vector<pollfd>& polled, const Background* traffic)
+{
+    const auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
+    timespec time{};
+    if (limit) {
+        time.tv_sec = static_cast<time_t>(limit->count() / 1'000'000'000);
+        time.tv_nsec = static_cast<long>(limit->count() % 1'000'000'000);
+    }
+    return ppoll(polled.data(), polled.size(), limit ? &time : nullptr, nullptr);
+}
+
+}  // namespace
+
+BoardServer::BoardServer(VirtualBoard& board, std::string path)
+    : board_{board}, path_{std::move(path)}, listener_{Listen(path_)}
+{
+}
+
+BoardServer::~BoardServer()
+{
+    unlink(path_.c_str());
+}
+
+void BoardServer::Accept()
+{
+    for (;;) {
+        UniqueFd fd{accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
+        if (!fd)
+            return;
+        Client client{PeerPid(fd.Get())};
+        sessions_.push_back({std::move(fd), client});
+        ReadPackets(sessions_.back());
+    }
+}
+
+void BoardServer::ReadPackets(Session& session)
+{
+    static uint8_t packet[sizeof(wire::Request) + wire::kMaxData];
+    while (!session.gone) {
+        ssize_t size = recv(session.fd.Get(), packet, sizeof packet, 0);
+        if (size > 0)
+            HandlePacket(session, {packet, static_cast<size_t>(size)});
+        else if (size < 0 && errno == EINTR)
+            continue;
+        else if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
+            return;
+        else
+            session.gone = true;
+    }
+}
+
+void BoardServer::HandlePacket(Session& session, std::span<const uint8_t> packet)
+{
+    wire::Request request{};
+    bool fresh = session.client.role == Client::Role::kNone;
+    if (fresh && IsControl(packet, request))
+        return HandleControl(session, packet.subspan(sizeof request));
+    if (auto answer = board_.Handle(session.client, packet))
+        Queue(session, *answer);
+    else
+        session.waitingSince = nextTicket_++;
+}
+
+void BoardServer::HandleControl(Session& session, std::span<const uint8_t> json)
+{
+    Json command = Json::parse(json.begin(), json.end(), nullptr, false);
+    std::string text = board_.Control(command).dump();
+    for (size_t at = 0; at < text.size(); at += kControlPacket) {
+        std::string part = text.substr(at, kControlPacket);
+        session.outbox.emplace_back(part.begin(), part.end());
+    }
+    session.closing = true;
+    Flush(session);
+}
+
+void BoardServer::Queue(Session& session, const Answer& answer)
+{
+    wire::Reply reply{answer.result, answer.error, static_cast<uint32_t>(answer.data.size())};
+    std::vector<uint8_t> packet(sizeof reply);
+    memcpy(packet.data(), &reply, sizeof reply);
+    packet.insert(packet.end(), answer.data.begin(), answer.data.end());
+    session.outbox.push_back(std::move(packet));
+    session.waitingSince = 0;
+    Flush(session);
+}
+
+void BoardServer::Flush(Session& session)
+{
+    while (!session.outbox.empty()) {
+        const auto& packet = session.outbox.front();
+        if (send(session.fd.Get(), packet.data(), packet.size(), MSG_NOSIGNAL) < 0) {
+            session.gone = errno != EAGAIN && errno != EINTR;
+            return;
+        }
+        session.outbox.pop_front();
+    }
+    session.gone = session.gone || session.closing;
+}
+
+void BoardServer::ServeWaiting()
+{
+    std::vector<Session*> waiting;
+    for (Session& session : sessions_)
+        if (session.waitingSince != 0 && !session.gone)
+            waiting.push_back(&session);
+    std::ranges::sort(waiting, std::less<>{}, &Session::waitingSince);
+    for (Session* session : waiting)
+        if (auto answer = board_.Retry(session->client))
+            Queue(*session, *answer);
+}
+
+void BoardServer::DropGone()
+{
+    for (auto session = sessions_.begin(); session != sessions_.end();) {
+        if (!session->gone) {
+            ++session;
+            continue;
+        }
+        board_.Closed(session->client);
+        session = sessions_.erase(session);
+    }
+}
+
+void BoardServer::PollOnce(int wakeFd, bool& woken)
+{
+    std::vector<pollfd> polled = {{wakeFd, POLLIN, 0}, {listener_.Get(), POLLIN, 0}};
+    std::vector<Session*> order;
+    for (Session& session : sessions_) {
+        short events = session.outbox.empty() ? POLLIN : POLLOUT;
+        polled.push_back({session.fd.Get(), events, 0});
+        order.push_back(&session);
+    }
+    Background* traffic = board_.Traffic();
+    if (traffic != nullptr)
+        polled.push_back({traffic->Fd(), POLLIN, 0});
+    if (Wait(polled, traffic) < 0)
+        return;
+    if (traffic != nullptr)
+        traffic->Serve();
+    woken = polled[0].revents != 0;
+    for (size_t i = 0; i < order.size(); ++i) {
+        short happened = polled[i + 2].revents;
+        if ((happened & POLLOUT) != 0)
+            Flush(*order[i]);
+        if ((happened & (POLLIN | POLLHUP | POLLERR)) != 0)
+            ReadPackets(*order[i]);
+    }
+    if (polled[1].revents != 0)
+        Accept();
+}
+
+void BoardServer::Run(int wakeFd, const std::function<bool()>& stop)
+{
+    for (;;) {
+        bool woken = false;
+        PollOnce(wakeFd, woken);
+        DropGone();
+        ServeWaiting();
+        DropGone();
+        if (woken && stop())
+            return;
+    }
+}
+
+}  // namespace vboard

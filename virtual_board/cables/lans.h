@@ -1,0 +1,60 @@
+// The cables of a board whose ports are TAP interfaces, and the hosts at their ends.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "virtual_board/board/background.h"
+#include "virtual_board/board/board_clock.h"
+#include "virtual_board/board/journal.h"
+#include "virtual_board/board/mdio_controller.h"
+#include "virtual_board/cables/tap_port.h"
+#include "virtual_board/datapath/switch_engine.h"
+
+namespace vboard::cables {
+
+class Lans : public Background {
+public:
+    // Makes the interfaces and namespaces of every VS08 on the board. Throws std::system_error.
+    Lans(const BoardDescription& spec, const std::vector<Device>& devices, const BoardClock& clock);
+    ~Lans() override;
+
+    int Fd() const override { return events.Get(); }
+    std::optional<std::chrono::nanoseconds> Wait() const override;
+    void Serve() override;
+
+    // [{"host", "interface", "port", "address"}]
+    Json Show() const;
+    std::string HostNames() const;
+    // The descriptor of a host's namespace; -1: no such host.
+    int NetworkOf(const std::string& host) const;
+
+private:
+    struct Port {
+        PortDescription spec;
+        std::string name;  // "sw0:2"
+        std::unique_ptr<TapPort> tap;
+    };
+    struct Lan;
+    struct Host {
+        std::string name;
+        UniqueFd network;
+    };
+
+    Lan& MakeLan(const SwitchDescription& spec, const Device& device, VswitchChip& chip);
+    void MakeHosts(Lan& lan);
+    void Watch(Lan& lan, unsigned port);
+    void Add(int fd, uint64_t mark);
+    void Handle(uint64_t mark);
+    void ReadFrames(Lan& lan, unsigned port);
+    void FollowInterface(Lan& lan, unsigned port);
+
+    const BoardClock& clock;
+    UniqueFd events;
+    std::vector<std::unique_ptr<Lan>> lans;
+    std::vector<Host> hosts;
+};
+
+}  // namespace vboard::cables

@@ -1,0 +1,160 @@
+#include "virtual_board/cables/tap_port.h"
+
+#include <fcntl.h>
+#include <linux/if_tun.h>
+#include <linux/netlink.h>
+#include <linux/rtnetlink.h>
+#include <net/if.h>
+#include <net/if_arp.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <system_error>
+
+#include "virtual_board/description/interface_address.h"
+
+namespace vboard::cables {
+namespace {
+
+// The kernel's header of this name clashes with the C library's <net/if.h>.
+struct Ipv6Request {
+    in6_addr address;
+    uint32_t prefix;
+    int interface;
+};
+
+[[noreturn]] void Fail(const std::string& what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+ifreq RequestFor(const std::string& interface)
+{
+    ifreq request{};
+    interface.copy(request.ifr_name, IFNAMSIZ - 1);
+    return request;
+}
+
+UniqueFd OpenTap(const std::string& interface)
+{
+    UniqueFd fd{open("/dev/net/tun", O_RDWR | O_NONBLOCK | O_CLOEXEC)};
+    if (!fd)
+        Fail("ports = \"tap\": cannot open /dev/net/tun");
+    ifreq request = RequestFor(interface);
+    request.ifr_flags = IFF_TAP | IFF_NO_PI;
+    if (ioctl(fd.Get(), TUNSETIFF, &request) != 0)
+        Fail("ports = \"tap\": cannot make the interface " + interface);
+    return fd;
+}
+
+UniqueFd WatchLinks()
+{
+    UniqueFd fd{socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE)};
+    sockaddr_nl address{};
+    address.nl_family = AF_NETLINK;
+    address.nl_groups = RTMGRP_LINK;
+    if (!fd || bind(fd.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+        Fail("cannot watch interfaces");
+    return fd;
+}
+
+void Request(int fd, unsigned long code, void* request, const std::string& interface)
+{
+    if (ioctl(fd, code, request) != 0)
+        Fail("cannot configure the interface " + interface);
+}
+
+void SetIpv4(ifreq request, unsigned long code, in_addr value, const std::string& interface)
+{
+    const UniqueFd fd{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr = value;
+    memcpy(&request.ifr_addr, &address, sizeof address);
+    Request(fd.Get(), code, &request, interface);
+}
+
+void SetAddress(const std::string& interface, const InterfaceAddress& given)
+{
+    if (given.family == AF_INET) {
+        const uint32_t mask = given.prefix == 0 ? 0 : ~uint32_t{0} << (32 - given.prefix);
+        SetIpv4(RequestFor(interface), SIOCSIFADDR, given.v4, interface);
+        SetIpv4(RequestFor(interface), SIOCSIFNETMASK, {htonl(mask)}, interface);
+        return;
+    }
+    const UniqueFd fd{socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    Ipv6Request request{given.v6, given.prefix,
+                        static_cast<int>(if_nametoindex(interface.c_str()))};
+    Request(fd.Get(), SIOCSIFADDR, &request, interface);
+}
+
+void SetMac(int fd, const std::string& interface, const MacAddress& mac)
+{
+    ifreq request = RequestFor(interface);
+    request.ifr_hwaddr.sa_family = ARPHRD_ETHER;
+    memcpy(request.ifr_hwaddr.sa_data, mac.data(), mac.size());
+    Request(fd, SIOCSIFHWADDR, &request, interface);
+}
+
+void TakeUp(int fd, const std::string& interface)
+{
+    ifreq request = RequestFor(interface);
+    Request(fd, SIOCGIFFLAGS, &request, interface);
+    request.ifr_flags |= IFF_UP;
+    Request(fd, SIOCSIFFLAGS, &request, interface);
+}
+
+// A host without an IPv6 address does not speak unasked.
+void Silence(const std::string& interface)
+{
+    std::ofstream{"/proc/sys/net/ipv6/conf/" + interface + "/disable_ipv6"} << "1\n";
+}
+
+}  // namespace
+
+void TakeLoopbackUp()
+{
+    const UniqueFd fd{socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+    TakeUp(fd.Get(), "lo");
+}
+
+TapPort::TapPort(const PortDescription& spec)
+    : interface(spec.interface), frames(OpenTap(spec.interface)), changes(WatchLinks())
+{
+    const auto address = ParseInterfaceAddress(spec.address);
+    if (spec.mac)
+        SetMac(changes.Get(), interface, *spec.mac);
+    if (!address || address->family != AF_INET6)
+        Silence(interface);
+    TakeUp(changes.Get(), interface);
+    if (address)
+        SetAddress(interface, *address);
+}
+
+std::span<const uint8_t> TapPort::Read(std::span<uint8_t> room)
+{
+    const ssize_t size = read(frames.Get(), room.data(), room.size());
+    return room.first(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+}
+
+void TapPort::Write(std::span<const iovec> frame)
+{
+    // What an interface does not take is lost, as on a cable.
+    [[maybe_unused]] const ssize_t taken =
+        writev(frames.Get(), frame.data(), static_cast<int>(frame.size()));
+}
+
+bool TapPort::IsUp()
+{
+    char message[8192];
+    while (recv(changes.Get(), message, sizeof message, 0) > 0 || errno == ENOBUFS) {
+    }
+    ifreq request = RequestFor(interface);
+    return ioctl(changes.Get(), SIOCGIFFLAGS, &request) == 0 && (request.ifr_flags & IFF_UP) != 0;
+}
+
+}  // namespace vboard::cables

@@ -1,0 +1,41 @@
+// A TAP interface: the cable between a port of the switch and a network namespace.
+#pragma once
+
+#include <sys/uio.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "virtual_board/board/unique_fd.h"
+#include "virtual_board/description/board_description.h"
+
+namespace vboard::cables {
+
+// In the calling thread's network namespace, so that a host reaches itself.
+void TakeLoopbackUp();
+
+class TapPort {
+public:
+    // Makes the interface in the calling thread's network namespace, configures it and takes it
+    // up. Throws std::system_error.
+    explicit TapPort(const PortDescription& spec);
+
+    int FrameFd() const { return frames.Get(); }
+    // Readable when the interface may have come up or gone down.
+    int ChangeFd() const { return changes.Get(); }
+
+    // The next frame that was sent into the interface; empty: none is waiting.
+    std::span<const uint8_t> Read(std::span<uint8_t> room);
+    // A frame arrives at the interface; lost when that is down.
+    void Write(std::span<const iovec> frame);
+    // Takes note of the changes so far.
+    bool IsUp();
+
+private:
+    std::string interface;
+    UniqueFd frames;
+    UniqueFd changes;
+};
+
+}  // namespace vboard::cables

@@ -1,0 +1,19 @@
+// The client side of `orblink-vboard control`.
+#pragma once
+
+#include <string>
+
+#include "virtual_board/board/journal.h"
+
+namespace vboard {
+
+// Sends a command to the board at the path and returns its answer. Throws std::system_error when
+// no board answers there.
+Json AskBoard(const std::string& path, const Json& command);
+
+// The same facts as the JSON, for a person.
+std::string StateText(const Json& answer);
+std::string JournalText(const Json& answer);
+std::string RegistersText(const Json& answer);
+
+}  // namespace vboard
