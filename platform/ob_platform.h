@@ -43,8 +43,15 @@ typedef struct OBPLAT_LogSite {
  * into liborblink.
  *
  * Shipped: a site whose severity is above the level costs one compare and no formatting; the
- * others go to the program's handler, or to syslog(3) with severity 1 as LOG_ERR, 2 as
- * LOG_NOTICE, 3 as LOG_INFO, 9 as LOG_DEBUG.
+ * others go to the program's handler, or to the local log daemon (/dev/log, one datagram a line,
+ * "<8 * facility + level>program: text", facility LOG_USER) with severity 1 as LOG_ERR, 2 as
+ * LOG_NOTICE, 3 as LOG_INFO, 9 as LOG_DEBUG. A line of more than 2047 bytes is cut.
+ *
+ * The sink never waits: a line that the daemon cannot take at once is lost, and the next one that
+ * gets through begins with "[N lines lost] ". A daemon that does not keep up has little room: the
+ * kernel queues net.unix.max_dgram_qlen lines (10 by default) for it. Where there was no daemon it
+ * is looked for again after 10 ms. One descriptor is kept, above 2 and closed on exec; a program may
+ * close it. errno stays as it is. Any thread may log, and so may the child of a fork.
  */
 void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func, int Zero, const char* Format, ...)
     __attribute__((format(printf, 4, 5)));
@@ -53,8 +60,8 @@ void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func, int Zero, const ch
 typedef void (*OBPLAT_LogHandler)(const OBPLAT_LogSite* Site, const char* Func, const char* Format,
                                   va_list Args);
 
-/* Installs a handler in place of syslog; null brings syslog back. Not to be called while another
- * thread logs. */
+/* Installs a handler in place of the log daemon; null brings the daemon back. Lines that other
+ * threads log meanwhile may still go to the former one. */
 void OBPLAT_SetLogHandler(OBPLAT_LogHandler Handler);
 
 /* Sets the highest severity number that is still logged; 3 at the start. */
