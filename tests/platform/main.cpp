@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/platform/log_daemon.h"
-#include "tests/support/namespaces.h"
+#include "tests/platform/namespaces.h"
 
 int main(int argc, char** argv)
 {
