@@ -4,7 +4,6 @@
 #include <linux/net.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
-#include <sys/un.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -14,8 +13,6 @@
 
 namespace obplatform {
 namespace {
-
-constexpr sockaddr_un kDaemon = {AF_UNIX, "/dev/log"};
 
 // Straight to the kernel: a program that takes over socket() and its like, to play a device, must
 // not find the sink's own calls among those of the code that logs.
@@ -117,7 +114,8 @@ bool Send(int fd, const char* data, size_t size)
 
 bool Connect(int fd)
 {
-    return SocketCall(kConnect, long{fd}, Word(&kDaemon), long{sizeof(kDaemon)}) == 0;
+    const sockaddr_un daemon = LogDaemonAddress();
+    return SocketCall(kConnect, long{fd}, Word(&daemon), long{sizeof(daemon)}) == 0;
 }
 
 bool HasNoListener(int error)

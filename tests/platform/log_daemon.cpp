@@ -1,35 +1,36 @@
 #include "tests/platform/log_daemon.h"
 
-#include <sys/mount.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <stdexcept>
 
-namespace obtest {
+namespace obplatform {
 
-bool EnterPrivateDev()
+sockaddr_un LogDaemonAddress()
 {
-    if (mount("tmpfs", "/dev", "tmpfs", 0, nullptr) == 0)
-        return true;
-    perror("/dev");
-    return false;
+    static const pid_t test = getpid();  // of the program, also in a child
+    sockaddr_un address = {AF_UNIX, ""};
+    snprintf(address.sun_path, sizeof(address.sun_path), "/tmp/orblink-log-%d", test);
+    return address;
 }
+
+}  // namespace obplatform
+
+namespace obtest {
 
 void LogDaemon::Start()
 {
-    const sockaddr_un address = {AF_UNIX, "/dev/log"};
     fd_ = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
-        throw std::runtime_error("bind /dev/log");
+    if (bind(fd_, reinterpret_cast<const sockaddr*>(&address_), sizeof(address_)) != 0)
+        throw std::runtime_error(address_.sun_path);
 }
 
 void LogDaemon::Stop()
 {
     close(fd_);
-    unlink("/dev/log");
+    unlink(address_.sun_path);
 }
 
 std::vector<std::string> LogDaemon::Drain() const

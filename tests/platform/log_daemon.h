@@ -1,17 +1,20 @@
-// A log daemon of the test's own: the socket /dev/log, in a /dev that only the test sees.
+// A log daemon of the test's own, at a place of its own.
 #pragma once
 
 #include <string>
 #include <vector>
 
-namespace obtest {
+#include "platform/log_socket.h"
 
-// Covers /dev for the rest of the process; false, with a line, where that is not allowed.
-bool EnterPrivateDev();
+namespace obtest {
 
 class LogDaemon {
 public:
-    LogDaemon() { Start(); }
+    explicit LogDaemon(const sockaddr_un& address = obplatform::LogDaemonAddress())
+        : address_(address)
+    {
+        Start();
+    }
     ~LogDaemon() { Stop(); }
     LogDaemon(const LogDaemon&) = delete;
     LogDaemon& operator=(const LogDaemon&) = delete;
@@ -23,6 +26,7 @@ public:
     std::vector<std::string> Drain() const;
 
 private:
+    sockaddr_un address_;
     int fd_ = -1;
 };
 

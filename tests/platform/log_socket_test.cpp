@@ -1,9 +1,11 @@
 // What happens between the log sink and the daemon's socket. The kernel queues few datagrams for a
 // daemon that does not read.
-#include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -186,6 +188,30 @@ TEST(LogSocket, WorksInTheChildOfAFork)
     waitpid(child, nullptr, 0);
     Log(3);
     EXPECT_THAT(daemon.Drain(), ElementsAre(Line(1), Line(2), Line(3)));
+}
+
+// The library itself, in a child that has a /dev of its own.
+TEST(LogSocket, TheLibrarysDaemonIsTheLocalOne)
+{
+    constexpr int kNotAllowed = 77;
+    const pid_t child = fork();
+    if (child == 0) {
+        if (unshare(CLONE_NEWNS) != 0 ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("tmpfs", "/dev", "tmpfs", 0, nullptr) != 0)
+            _exit(kNotAllowed);
+        const LogDaemon daemon{{AF_UNIX, "/dev/log"}};
+        void* const library = dlopen(OBTEST_PLATFORM, RTLD_NOW);
+        const auto log = reinterpret_cast<decltype(&OBPLAT_Log)>(dlsym(library, "OBPLAT_Log"));
+        static const OBPLAT_LogSite site = {OBPLAT_SEVERITY_ERROR, 3, OBPLAT_MODULE_PHY, 1};
+        log(&site, "SomeStep", 0, "value=%d", 5);
+        _exit(daemon.Drain() == std::vector{Line(5)} ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotAllowed)
+        GTEST_SKIP() << "no mount namespace";
+    EXPECT_EQ(status, 0);
 }
 
 // Every line arrives whole or is counted, and the threads share one descriptor.
