@@ -15,6 +15,10 @@
 
 using namespace obtest;
 
+// There when the program is built to find data races: a semaphore orders threads as a mutex does.
+extern "C" __attribute__((weak)) void __tsan_acquire(void* address);
+extern "C" __attribute__((weak)) void __tsan_release(void* address);
+
 namespace {
 
 void Record(const std::string& line)
@@ -102,7 +106,12 @@ OB_INTERPOSE(int, semop, int id, sembuf* operations, size_t count)
         if (Platform().TakesFailure("semop", result))
             return static_cast<int>(result);
     }
-    return Real<int(int, sembuf*, size_t)>("semop")(id, operations, count);
+    if (operations->sem_op > 0 && __tsan_release != nullptr)
+        __tsan_release(&Platform());
+    const int done = Real<int(int, sembuf*, size_t)>("semop")(id, operations, count);
+    if (operations->sem_op < 0 && done == 0 && __tsan_acquire != nullptr)
+        __tsan_acquire(&Platform());
+    return done;
 }
 
 OB_INTERPOSE(int, open, const char* path, int flags, ...)
@@ -145,7 +154,9 @@ OB_INTERPOSE(int, usleep, unsigned microseconds)
         return Real<int(unsigned)>("usleep")(microseconds);
     Record(Text("wait usleep(%u)", microseconds));
     long result = 0;
-    return Platform().TakesFailure("usleep", result) ? static_cast<int>(result) : 0;
+    if (Platform().TakesFailure("usleep", result))
+        return static_cast<int>(result);
+    return Platform().realWaits ? Real<int(unsigned)>("usleep")(microseconds) : 0;
 }
 
 OB_INTERPOSE(unsigned, sleep, unsigned seconds)
@@ -154,7 +165,9 @@ OB_INTERPOSE(unsigned, sleep, unsigned seconds)
         return Real<unsigned(unsigned)>("sleep")(seconds);
     Record(Text("wait sleep(%u)", seconds));
     long result = 0;
-    return Platform().TakesFailure("sleep", result) ? static_cast<unsigned>(result) : 0;
+    if (Platform().TakesFailure("sleep", result))
+        return static_cast<unsigned>(result);
+    return Platform().realWaits ? Real<unsigned(unsigned)>("sleep")(seconds) : 0;
 }
 
 OB_INTERPOSE(int, system, const char* command)

@@ -58,6 +58,9 @@ public:
     // Text of the system-state attribute; none = the file is missing.
     std::optional<std::string> systemState;
 
+    // Waits take the time that they say.
+    bool realWaits = false;
+
     // HAL libraries by the name given to dlopen: which of the scripted libraries stands for it
     // ("a", "b", "phy-a", "phy-b", "empty" without the symbol, or a path).
     std::map<std::string, std::string> libraries;

@@ -22,15 +22,24 @@ class Transcript {
 public:
     void Add(std::string line)
     {
+        if (quiet)
+            return;
         lines_.push_back(std::move(line));
         if (watch)
             watch(lines_.back());
     }
 
+    // Keeps nothing: for what runs long, or in several threads.
+    bool quiet = false;
+
     // Called with each line as it is added, before the call that it stands for is carried out.
     std::function<void(const std::string& line)> watch;
 
-    void AddFormat(std::string format) { formats_.push_back(std::move(format)); }
+    void AddFormat(std::string format)
+    {
+        if (!quiet)
+            formats_.push_back(std::move(format));
+    }
     void Clear()
     {
         lines_.clear();
