@@ -9,11 +9,10 @@
 #ifndef ORBLINK_BOARD_BOARD_SERVICES_H
 #define ORBLINK_BOARD_BOARD_SERVICES_H
 
-#include <assert.h>
-#include <stddef.h>
 #include <stdint.h>
 
 #include "common/export.h"
+#include "common/format.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -27,8 +26,6 @@ extern "C" {
 
 /* A pin number that means that there is no pin. */
 #define OB_NO_GPIO_PIN 0xFFFFFFFFU
-
-#pragma pack(push, 1)
 
 /* One switch's wiring, as in the board data (there in network byte order). */
 struct SwitchBoardEntry {
@@ -85,24 +82,45 @@ struct PhyVendorRecord {
     uint32_t ulpModeEnabled; /* 1 = ultra-low-power mode */
 };
 
-#pragma pack(pop)
+OB_FORMAT_AT(struct SwitchBoardEntry, halLibName, 0);
+OB_FORMAT_AT(struct SwitchBoardEntry, serdesId, 32);
+OB_FORMAT_AT(struct SwitchBoardEntry, enableGpioPin, 36);
+OB_FORMAT_AT(struct SwitchBoardEntry, resetGpioPin, 40);
+OB_FORMAT_AT(struct SwitchBoardEntry, internalPortPidx, 44);
+OB_FORMAT_AT(struct SwitchBoardEntry, mdioAddr, 48);
+OB_FORMAT_AT(struct SwitchBoardEntry, mdioBus, 49);
+OB_FORMAT_AT(struct SwitchBoardEntry, internalPortIfaceSpeed, 52);
+OB_FORMAT_AT(struct SwitchBoardEntry, internalPortIfaceMode, 56);
+OB_FORMAT_AT(struct SwitchBoardEntry, preResetArg, 60);
+OB_FORMAT_AT(struct SwitchBoardEntry, reservedWord, 64);
+OB_FORMAT_SIZE(struct SwitchBoardEntry, 68);
 
-static_assert(sizeof(struct SwitchBoardEntry) == 68, "format");
-static_assert(offsetof(struct SwitchBoardEntry, mdioAddr) == 48, "format");
-static_assert(offsetof(struct SwitchBoardEntry, mdioBus) == 49, "format");
-static_assert(offsetof(struct SwitchBoardEntry, internalPortIfaceSpeed) == 52, "format");
-static_assert(offsetof(struct SwitchBoardEntry, internalPortIfaceMode) == 56, "format");
-static_assert(offsetof(struct SwitchBoardEntry, preResetArg) == 60, "format");
-static_assert(sizeof(struct SwitchBsd) == 140, "format");
-static_assert(offsetof(struct SwitchBsd, NumOfSwitchDevices) == 136, "format");
-static_assert(sizeof(struct PhyBoardEntry) == 56, "format");
-static_assert(offsetof(struct PhyBoardEntry, mdioBus) == 44, "format");
-static_assert(offsetof(struct PhyBoardEntry, mdioAddr) == 45, "format");
-static_assert(offsetof(struct PhyBoardEntry, portIfaceSpeed) == 48, "format");
-static_assert(sizeof(struct EthphyBsd) == 116, "format");
-static_assert(offsetof(struct EthphyBsd, numOfPhys) == 112, "format");
-static_assert(sizeof(struct SwitchVendorRecord) == 36, "format");
-static_assert(sizeof(struct PhyVendorRecord) == 8, "format");
+OB_FORMAT_AT(struct SwitchBsd, entry[0], 0);
+OB_FORMAT_AT(struct SwitchBsd, entry[1], 68);
+OB_FORMAT_AT(struct SwitchBsd, NumOfSwitchDevices, 136);
+OB_FORMAT_SIZE(struct SwitchBsd, 140);
+
+OB_FORMAT_AT(struct PhyBoardEntry, halLibName, 0);
+OB_FORMAT_AT(struct PhyBoardEntry, serdesId, 32);
+OB_FORMAT_AT(struct PhyBoardEntry, enableGpioPin, 36);
+OB_FORMAT_AT(struct PhyBoardEntry, resetGpioPin, 40);
+OB_FORMAT_AT(struct PhyBoardEntry, mdioBus, 44);
+OB_FORMAT_AT(struct PhyBoardEntry, mdioAddr, 45);
+OB_FORMAT_AT(struct PhyBoardEntry, portIfaceSpeed, 48);
+OB_FORMAT_AT(struct PhyBoardEntry, portIfaceMode, 52);
+OB_FORMAT_SIZE(struct PhyBoardEntry, 56);
+
+OB_FORMAT_AT(struct EthphyBsd, entry[0], 0);
+OB_FORMAT_AT(struct EthphyBsd, entry[1], 56);
+OB_FORMAT_AT(struct EthphyBsd, numOfPhys, 112);
+OB_FORMAT_SIZE(struct EthphyBsd, 116);
+
+OB_FORMAT_AT(struct SwitchVendorRecord, vendorParamSize, 0);
+OB_FORMAT_AT(struct SwitchVendorRecord, vendorParams, 4);
+OB_FORMAT_SIZE(struct SwitchVendorRecord, 36);
+OB_FORMAT_AT(struct PhyVendorRecord, size, 0);
+OB_FORMAT_AT(struct PhyVendorRecord, ulpModeEnabled, 4);
+OB_FORMAT_SIZE(struct PhyVendorRecord, 8);
 
 /*
  * Waits for the switch board data (message type 10) on the mailbox and acknowledges it.

@@ -7,6 +7,7 @@
 #include <endian.h>
 
 #include "board/board_services.h"
+#include "common/format.h"
 
 namespace orblink {
 
@@ -19,8 +20,6 @@ constexpr uint8_t kBsdMid = 0;
 
 constexpr int kMacCount = 5;
 constexpr int kMacSize = 6;
-
-#pragma pack(push, 1)
 
 struct MainMsg {
     uint32_t msg_type;
@@ -39,14 +38,23 @@ struct PhyBsdPayload {
     uint32_t ulpModeEnabled;  // stays in wire order: only ever tested against zero
 };
 
-#pragma pack(pop)
+OB_FORMAT_AT(MainMsg, msg_type, 0);
+OB_FORMAT_AT(MainMsg, payload_len, 4);
+OB_FORMAT_SIZE(MainMsg, 8);
 
-static_assert(sizeof(MainMsg) == 8);
-static_assert(sizeof(SwitchBsdPayload) == 176);
-static_assert(offsetof(SwitchBsdPayload, portIsolationEnabled) == 140);
-static_assert(offsetof(SwitchBsdPayload, mac) == 144);
-static_assert(sizeof(PhyBsdPayload) == 120);
-static_assert(offsetof(PhyBsdPayload, ulpModeEnabled) == 116);
+OB_FORMAT_AT(SwitchBsdPayload, bsd, 0);
+OB_FORMAT_AT(SwitchBsdPayload, portIsolationEnabled, 140);
+OB_FORMAT_AT(SwitchBsdPayload, mac[0], 144);
+OB_FORMAT_AT(SwitchBsdPayload, mac[1], 150);
+OB_FORMAT_AT(SwitchBsdPayload, mac[2], 156);
+OB_FORMAT_AT(SwitchBsdPayload, mac[3], 162);
+OB_FORMAT_AT(SwitchBsdPayload, mac[4], 168);
+OB_FORMAT_AT(SwitchBsdPayload, padding, 174);
+OB_FORMAT_SIZE(SwitchBsdPayload, 176);
+
+OB_FORMAT_AT(PhyBsdPayload, bsd, 0);
+OB_FORMAT_AT(PhyBsdPayload, ulpModeEnabled, 116);
+OB_FORMAT_SIZE(PhyBsdPayload, 120);
 
 inline void ToHostOrder(MainMsg& msg)
 {

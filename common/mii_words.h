@@ -3,9 +3,10 @@
 
 #include <net/if.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include "common/format.h"
 
 namespace orblink {
 
@@ -17,11 +18,11 @@ struct MiiWords {
     uint16_t mdioBus;  // an extension of the platform's MDIO driver
 };
 static_assert(sizeof(MiiWords) == 10 && sizeof(MiiWords) <= sizeof(ifreq::ifr_ifru));
-static_assert(offsetof(MiiWords, phyId) == 0);
-static_assert(offsetof(MiiWords, regNum) == 2);
-static_assert(offsetof(MiiWords, valueIn) == 4);
-static_assert(offsetof(MiiWords, valueOut) == 6);
-static_assert(offsetof(MiiWords, mdioBus) == 8);
+OB_FORMAT_AT(MiiWords, phyId, 0);
+OB_FORMAT_AT(MiiWords, regNum, 2);
+OB_FORMAT_AT(MiiWords, valueIn, 4);
+OB_FORMAT_AT(MiiWords, valueOut, 6);
+OB_FORMAT_AT(MiiWords, mdioBus, 8);
 
 inline void PutMiiWords(ifreq& request, const MiiWords& words)
 {

@@ -8,11 +8,10 @@
 #ifndef ORBLINK_HWMBOX_HWMBOX_H
 #define ORBLINK_HWMBOX_HWMBOX_H
 
-#include <assert.h>
-#include <stddef.h>
 #include <stdint.h>
 
 #include "common/export.h"
+#include "common/format.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -38,11 +37,11 @@ struct hwmbox_addr {
 };
 #pragma pack(pop)
 
-static_assert(sizeof(struct hwmbox_addr) == 16, "format");
-static_assert(offsetof(struct hwmbox_addr, family) == 0, "format");
-static_assert(offsetof(struct hwmbox_addr, mid) == 2, "format");
-static_assert(offsetof(struct hwmbox_addr, appid) == 3, "format");
-static_assert(offsetof(struct hwmbox_addr, zero) == 5, "format");
+OB_FORMAT_AT(struct hwmbox_addr, family, 0);
+OB_FORMAT_AT(struct hwmbox_addr, mid, 2);
+OB_FORMAT_AT(struct hwmbox_addr, appid, 3);
+OB_FORMAT_AT(struct hwmbox_addr, zero, 5);
+OB_FORMAT_SIZE(struct hwmbox_addr, 16);
 
 /*
  * Writes one message into the transmit buffer (Msg, HWMB_BUFFER_SIZE bytes, not cleared between

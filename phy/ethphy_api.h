@@ -17,12 +17,11 @@
 #ifndef ORBLINK_PHY_ETHPHY_API_H
 #define ORBLINK_PHY_ETHPHY_API_H
 
-#include <assert.h>
-#include <stddef.h>
 #include <stdint.h>
 
 #include "board/board_services.h"
 #include "common/export.h"
+#include "common/format.h"
 #include "common/iface.h"
 
 #ifdef __cplusplus
@@ -78,30 +77,41 @@ struct PhyDeviceRegion {
     uint8_t unused[3];
 };
 
-static_assert(sizeof(struct PhyProvConfig) == 28, "format");
-static_assert(sizeof(struct PhyDeviceRecord) == 104, "format");
-static_assert(offsetof(struct PhyDeviceRecord, config.hwState) == 4, "format");
-static_assert(offsetof(struct PhyDeviceRecord, config.word8) == 8, "format");
-static_assert(offsetof(struct PhyDeviceRecord, config.word12) == 12, "format");
-static_assert(offsetof(struct PhyDeviceRecord, config.word16) == 16, "format");
-static_assert(offsetof(struct PhyDeviceRecord, config.adminState) == 20, "format");
-static_assert(offsetof(struct PhyDeviceRecord, config.word24) == 24, "format");
-static_assert(offsetof(struct PhyDeviceRecord, config.word28) == 28, "format");
-static_assert(offsetof(struct PhyDeviceRecord, bsdValid) == 32, "format");
-static_assert(offsetof(struct PhyDeviceRecord, board) == 36, "format");
-static_assert(offsetof(struct PhyDeviceRecord, board.serdesId) == 68, "format");
-static_assert(offsetof(struct PhyDeviceRecord, board.mdioBus) == 80, "format");
-static_assert(offsetof(struct PhyDeviceRecord, board.mdioAddr) == 81, "format");
-static_assert(offsetof(struct PhyDeviceRecord, board.portIfaceSpeed) == 84, "format");
-static_assert(offsetof(struct PhyDeviceRecord, board.portIfaceMode) == 88, "format");
-static_assert(offsetof(struct PhyDeviceRecord, capsValid) == 92, "format");
-static_assert(offsetof(struct PhyDeviceRecord, caps) == 96, "format");
-static_assert(offsetof(struct PhyDeviceRecord, halIdx) == 100, "format");
-static_assert(offsetof(struct PhyDeviceRecord, postResetMark) == 101, "format");
-static_assert(sizeof(struct PhyDeviceRegion) == 1332, "format");
-static_assert(offsetof(struct PhyDeviceRegion, vendor) == 208, "format");
-static_assert(offsetof(struct PhyDeviceRegion, halPrivData) == 224, "format");
-static_assert(offsetof(struct PhyDeviceRegion, NumOfPhys) == 1328, "format");
+OB_FORMAT_AT(struct PhyProvConfig, hwState, 0);
+OB_FORMAT_SIZE(struct PhyProvConfig, 28);
+
+OB_FORMAT_AT(struct PhyDeviceRecord, word0, 0);
+OB_FORMAT_AT(struct PhyDeviceRecord, config.hwState, 4);
+OB_FORMAT_AT(struct PhyDeviceRecord, config.word8, 8);
+OB_FORMAT_AT(struct PhyDeviceRecord, config.word12, 12);
+OB_FORMAT_AT(struct PhyDeviceRecord, config.word16, 16);
+OB_FORMAT_AT(struct PhyDeviceRecord, config.adminState, 20);
+OB_FORMAT_AT(struct PhyDeviceRecord, config.word24, 24);
+OB_FORMAT_AT(struct PhyDeviceRecord, config.word28, 28);
+OB_FORMAT_AT(struct PhyDeviceRecord, bsdValid, 32);
+OB_FORMAT_AT(struct PhyDeviceRecord, board, 36);
+OB_FORMAT_AT(struct PhyDeviceRecord, board.serdesId, 68);
+OB_FORMAT_AT(struct PhyDeviceRecord, board.mdioBus, 80);
+OB_FORMAT_AT(struct PhyDeviceRecord, board.mdioAddr, 81);
+OB_FORMAT_AT(struct PhyDeviceRecord, board.portIfaceSpeed, 84);
+OB_FORMAT_AT(struct PhyDeviceRecord, board.portIfaceMode, 88);
+OB_FORMAT_AT(struct PhyDeviceRecord, capsValid, 92);
+OB_FORMAT_AT(struct PhyDeviceRecord, caps, 96);
+OB_FORMAT_AT(struct PhyDeviceRecord, halIdx, 100);
+OB_FORMAT_AT(struct PhyDeviceRecord, postResetMark, 101);
+OB_FORMAT_SIZE(struct PhyDeviceRecord, 104);
+
+OB_FORMAT_AT(struct PhyDeviceRegion, phy[0], 0);
+OB_FORMAT_AT(struct PhyDeviceRegion, phy[1], 104);
+OB_FORMAT_AT(struct PhyDeviceRegion, vendor[0], 208);
+OB_FORMAT_AT(struct PhyDeviceRegion, vendor[0].ulpModeEnabled, 212);
+OB_FORMAT_AT(struct PhyDeviceRegion, vendor[1], 216);
+OB_FORMAT_AT(struct PhyDeviceRegion, vendor[1].ulpModeEnabled, 220);
+OB_FORMAT_AT(struct PhyDeviceRegion, halPrivData[0], 224);
+OB_FORMAT_AT(struct PhyDeviceRegion, halPrivData[1], 776);
+OB_FORMAT_AT(struct PhyDeviceRegion, NumOfPhys, 1328);
+OB_FORMAT_AT(struct PhyDeviceRegion, unused, 1329);
+OB_FORMAT_SIZE(struct PhyDeviceRegion, 1332);
 
 /* ---- Initialisation and queries ------------------------------------------------------------- */
 

@@ -93,9 +93,12 @@ struct GmacReconfigRequest {
     int32_t Result; /* the driver's answer; negative = not done */
 };
 
-static_assert(sizeof(struct GmacReconfigRequest) == 32, "format");
-static_assert(offsetof(struct GmacReconfigRequest, Command) == 16, "format");
-static_assert(offsetof(struct GmacReconfigRequest, Result) == 28, "format");
+OB_FORMAT_AT(struct GmacReconfigRequest, IfName, 0);
+OB_FORMAT_AT(struct GmacReconfigRequest, Command, 16);
+OB_FORMAT_AT(struct GmacReconfigRequest, Speed, 20);
+OB_FORMAT_AT(struct GmacReconfigRequest, Duplex, 24);
+OB_FORMAT_AT(struct GmacReconfigRequest, Result, 28);
+OB_FORMAT_SIZE(struct GmacReconfigRequest, 32);
 
 #define EP_GMAC_RECONFIGURE 55
 

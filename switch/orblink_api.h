@@ -20,12 +20,11 @@
 #ifndef ORBLINK_SWITCH_ORBLINK_API_H
 #define ORBLINK_SWITCH_ORBLINK_API_H
 
-#include <assert.h>
-#include <stddef.h>
 #include <stdint.h>
 
 #include "board/board_services.h"
 #include "common/export.h"
+#include "common/format.h"
 #include "common/iface.h"
 
 #ifdef __cplusplus
@@ -50,8 +49,6 @@ extern "C" {
 /* SwitchDeviceRecord.state; 0 = never brought up. */
 #define OB_STATE_RESET 1
 #define OB_STATE_ENABLED 2
-
-#pragma pack(push, 1)
 
 /* Capabilities, filled by the HAL's GetSwitchCaps; bytes without a name are the HAL's own. */
 struct SwitchCaps {
@@ -144,51 +141,90 @@ struct MacTable {
     uint32_t overflow; /* 1 when the chip held more */
 };
 
-#pragma pack(pop)
+OB_FORMAT_AT(struct SwitchCaps, capsFlags, 0);
+OB_FORMAT_AT(struct SwitchCaps, numOfPorts, 6);
+OB_FORMAT_AT(struct SwitchCaps, port[0].portIfaceType, 8);
+OB_FORMAT_AT(struct SwitchCaps, port[1].portIfaceType, 20);
+OB_FORMAT_AT(struct SwitchCaps, port[2].portIfaceType, 32);
+OB_FORMAT_AT(struct SwitchCaps, port[3].portIfaceType, 44);
+OB_FORMAT_AT(struct SwitchCaps, port[4].portIfaceType, 56);
+OB_FORMAT_AT(struct SwitchCaps, port[5].portIfaceType, 68);
+OB_FORMAT_AT(struct SwitchCaps, port[6].portIfaceType, 80);
+OB_FORMAT_AT(struct SwitchCaps, port[7].portIfaceType, 92);
+OB_FORMAT_AT(struct SwitchCaps, port[0].portHasPhy, 12);
+OB_FORMAT_AT(struct SwitchCaps, port[0].halDefined, 16);
+OB_FORMAT_AT(struct SwitchCaps, port[7].portHasPhy, 96);
+OB_FORMAT_AT(struct SwitchCaps, port[7].halDefined, 100);
+OB_FORMAT_SIZE(struct SwitchCaps, 104);
 
-static_assert(sizeof(struct SwitchCaps) == 104, "format");
-static_assert(offsetof(struct SwitchCaps, numOfPorts) == 6, "format");
-static_assert(offsetof(struct SwitchCaps, port) == 8, "format");
-static_assert(sizeof(struct MacToVlanEntry) == 16, "format");
-static_assert(offsetof(struct MacToVlanEntry, Mac) == 2, "format");
-static_assert(offsetof(struct MacToVlanEntry, Mask) == 8, "format");
-static_assert(offsetof(struct MacToVlanEntry, LogPort) == 10, "format");
-static_assert(offsetof(struct MacToVlanEntry, EnableMapping) == 12, "format");
-static_assert(sizeof(struct SwitchProvConfig) == 732, "format");
-static_assert(sizeof(struct SwitchDeviceRecord) == 932, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, caps) == 4, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, configValid) == 108, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config) == 112, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.InProviderBridgedMode) == 116, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.groupId) == 120, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.groupIdLock) == 152, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.lanPortVlan) == 184, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.lanPortPcp) == 200, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.egressTagging) == 208, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.link) == 240, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.enabledPorts) == 304, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.rgmiiDelayPorts) == 305, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.STagTpid) == 306, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.igmpSnooping) == 308, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.eeePorts) == 312, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.mirrorDst) == 313, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.ledMode) == 321, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.macAging) == 324, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.mtuSize) == 328, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, config.macToVlanTable) == 332, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, bsdValid) == 844, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, board) == 848, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, halIdx) == 916, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, rxResetAfterSerdes) == 920, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, serviceStatus) == 924, "format");
-static_assert(offsetof(struct SwitchDeviceRecord, dvtPorts) == 928, "format");
-static_assert(sizeof(struct SwitchDeviceRegion) == 5740, "format");
-static_assert(offsetof(struct SwitchDeviceRegion, vendor) == 1864, "format");
-static_assert(offsetof(struct SwitchDeviceRegion, NumOfSwitches) == 1936, "format");
-static_assert(offsetof(struct SwitchDeviceRegion, halPrivData) == 1937, "format");
-static_assert(sizeof(struct MacEntry) == 24, "format");
-static_assert(sizeof(struct MacTable) == 6152, "format");
-static_assert(offsetof(struct MacTable, count) == 6144, "format");
+OB_FORMAT_AT(struct MacToVlanEntry, VlanId, 0);
+OB_FORMAT_AT(struct MacToVlanEntry, Mac, 2);
+OB_FORMAT_AT(struct MacToVlanEntry, Mask, 8);
+OB_FORMAT_AT(struct MacToVlanEntry, LogPort, 10);
+OB_FORMAT_AT(struct MacToVlanEntry, EnableMapping, 12);
+OB_FORMAT_SIZE(struct MacToVlanEntry, 16);
+
+OB_FORMAT_AT(struct SwitchDeviceRecord, capsValid, 0);
+OB_FORMAT_AT(struct SwitchDeviceRecord, caps, 4);
+OB_FORMAT_AT(struct SwitchDeviceRecord, configValid, 108);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config, 112);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.state, 112);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.InProviderBridgedMode, 116);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.groupId, 120);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.groupIdLock, 152);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.lanPortVlan, 184);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.lanPortPcp, 200);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.egressTagging, 208);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.link[0].linkSpeed, 240);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.link[0].linkFullDuplex, 244);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.link[1].linkSpeed, 248);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.link[7].linkFullDuplex, 300);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.enabledPorts, 304);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.rgmiiDelayPorts, 305);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.STagTpid, 306);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.igmpSnooping, 308);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.eeePorts, 312);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.mirrorDst, 313);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.ledMode, 321);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.macAging, 324);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.mtuSize, 328);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.macToVlanTable[0], 332);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.macToVlanTable[1], 348);
+OB_FORMAT_AT(struct SwitchDeviceRecord, config.macToVlanTable[31], 828);
+OB_FORMAT_AT(struct SwitchDeviceRecord, bsdValid, 844);
+OB_FORMAT_AT(struct SwitchDeviceRecord, board, 848);
+OB_FORMAT_AT(struct SwitchDeviceRecord, board.internalPortPidx, 892);
+OB_FORMAT_AT(struct SwitchDeviceRecord, board.mdioAddr, 896);
+OB_FORMAT_AT(struct SwitchDeviceRecord, board.mdioBus, 897);
+OB_FORMAT_AT(struct SwitchDeviceRecord, board.internalPortIfaceSpeed, 900);
+OB_FORMAT_AT(struct SwitchDeviceRecord, board.internalPortIfaceMode, 904);
+OB_FORMAT_AT(struct SwitchDeviceRecord, halIdx, 916);
+OB_FORMAT_AT(struct SwitchDeviceRecord, rxResetAfterSerdes, 920);
+OB_FORMAT_AT(struct SwitchDeviceRecord, serviceStatus, 924);
+OB_FORMAT_AT(struct SwitchDeviceRecord, dvtPorts, 928);
+OB_FORMAT_SIZE(struct SwitchDeviceRecord, 932);
+OB_FORMAT_SIZE(struct SwitchProvConfig, 732);
+
+OB_FORMAT_AT(struct SwitchDeviceRegion, device[0], 0);
+OB_FORMAT_AT(struct SwitchDeviceRegion, device[1], 932);
+OB_FORMAT_AT(struct SwitchDeviceRegion, vendor[0].vendorParamSize, 1864);
+OB_FORMAT_AT(struct SwitchDeviceRegion, vendor[0].vendorParams, 1868);
+OB_FORMAT_AT(struct SwitchDeviceRegion, vendor[1].vendorParamSize, 1900);
+OB_FORMAT_AT(struct SwitchDeviceRegion, vendor[1].vendorParams, 1904);
+OB_FORMAT_AT(struct SwitchDeviceRegion, NumOfSwitches, 1936);
+OB_FORMAT_AT(struct SwitchDeviceRegion, halPrivData[0], 1937);
+OB_FORMAT_AT(struct SwitchDeviceRegion, halPrivData[1], 3837);
+OB_FORMAT_AT(struct SwitchDeviceRegion, unused, 5737);
+OB_FORMAT_SIZE(struct SwitchDeviceRegion, 5740);
+
+OB_FORMAT_AT(struct MacEntry, data, 0);
+OB_FORMAT_AT(struct MacEntry, contextWord, 20);
+OB_FORMAT_SIZE(struct MacEntry, 24);
+OB_FORMAT_AT(struct MacTable, entry[1], 24);
+OB_FORMAT_AT(struct MacTable, entry[255], 6120);
+OB_FORMAT_AT(struct MacTable, count, 6144);
+OB_FORMAT_AT(struct MacTable, overflow, 6148);
+OB_FORMAT_SIZE(struct MacTable, 6152);
 
 /* Called once per MAC table entry, with the switch semaphore held; non-zero = go on. */
 typedef uint32_t (*MacEntryCallback)(struct MacEntry* Entry);
