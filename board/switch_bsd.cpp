@@ -59,7 +59,8 @@ int ParseBsd(void* Buffer, uint32_t Length, void* Dest, int DestSize)
     if (count > OB_MAX_DEVICES)
         return OB_ERROR("Bad message: device count %d above %d", count, OB_MAX_DEVICES);
     if (memcpy_s(Dest, static_cast<size_t>(DestSize), received, sizeof(*received)) != 0)
-        return OB_ERROR_MARKED("Runtime-constraint violation error in function kova_memcpy_s");
+        return OB_ERROR_TWICE(
+            "%s:%d ERROR: %s:%d: Runtime-constraint violation error in function kova_memcpy_s");
 
     auto& payload = *static_cast<SwitchBsdPayload*>(Dest);
     for (int i = 0; i < count; ++i)
@@ -108,7 +109,8 @@ int OBOS_InitHwSpecificData(SwitchBsd* Bsd, SwitchVendorRecord* Vendor)
         OB_INFO("MII devices config overridden by ini!");
     } else {
         if (memcpy_s(Bsd, sizeof(*Bsd), &payload.bsd, sizeof(payload.bsd)) != 0)
-            return OB_ERROR_MARKED("Runtime-constraint violation error in function kova_memcpy_s");
+            return OB_ERROR_TWICE(
+                "%s:%d ERROR: %s:%d: Runtime-constraint violation error in function kova_memcpy_s");
         FillVendorRecord(Vendor[0], payload.portIsolationEnabled != 0);
     }
     StoreMacAddresses(payload.mac);

@@ -1,12 +1,27 @@
-// Log lines. Every place that logs owns one static descriptor; formats are checked by the compiler.
+// Log lines. Every place that logs owns one static record: severity, 3, module, source line. The
+// name and the line that a record carries are those of the operation that one reads; formats are
+// checked by the compiler.
 //
-//   OB_TRACE OB_INFO OB_NOTICE OB_ERROR     switch side: "%s:%d " with function and line goes first
-//   EP_TRACE EP_INFO EP_NOTICE EP_ERROR     PHY side: the bare message
-//   EP_TRACE_AT EP_INFO_AT EP_ERROR_AT      PHY side, with "%s:%d " first
+//   macro                                   goes before the format   the operation is
+//   OB_ERROR OB_NOTICE OB_INFO OB_TRACE     "%s:%d "                 the function itself
+//   OB_ERROR_AS OB_NOTICE_AS OB_INFO_AS
+//   OB_TRACE_AS                             "%s:%d "                 the caller handed over
+//   EP_ERROR EP_INFO EP_TRACE               nothing                  the function itself
+//   EP_ERROR_AT EP_INFO_AT EP_TRACE_AT      "%s:%d "                 the function itself
+//   EP_ERROR_AS EP_INFO_AS                  nothing                  the caller handed over
+//   EP_ERROR_AT_AS                          "%s:%d "                 the caller handed over
+//   OB_ERROR_TWICE                          function, line, function, line as first arguments
+//   EP_ERROR_PLACED EP_TRACE_PLACED         function, line as first arguments
 //
-// Each yields RC_ERROR, so that a failing check reads: return OB_ERROR("Invalid Vid=%d", vid);
-// Code that several operations share logs in the name of the operation: the _AS forms take the
-// OB_CALLER that it was given.
+// The last three rows are for prefixes of another form: the format is given whole.
+//
+// OB_ is the switch side's module, EP_ the PHY side's. Severities: ERROR 1, NOTICE 2, INFO 3,
+// TRACE 9. Only the ERROR forms have a value, RC_ERROR, so that a failing check reads
+//     return OB_ERROR("Invalid Vid=%d", vid);
+// the others are statements.
+//
+// OB_CALLER and EP_CALLER name the operation, and the line where they stand, for code that logs for
+// others.
 #pragma once
 
 #include "common/result.h"
@@ -14,73 +29,85 @@
 
 namespace orblink {
 
-// The operation on whose behalf shared code logs.
+// The record of a place that logs for itself. Internal linkage: one for each place, not one for all
+// files that log in the same line.
+template <uint32_t severity, uint32_t module, uint32_t line>
+static constexpr OBPLAT_LogSite kLogSite = {severity, 3U, module, line};
+
+// The records of a place on whose behalf shared code logs, whichever line that is.
+struct LogSites {
+    OBPLAT_LogSite error;
+    OBPLAT_LogSite notice;
+    OBPLAT_LogSite info;
+    OBPLAT_LogSite trace;
+};
+
+template <uint32_t module, uint32_t line>
+static constexpr LogSites kLogSites = {{OBPLAT_SEVERITY_ERROR, 3U, module, line},
+                                       {OBPLAT_SEVERITY_NOTICE, 3U, module, line},
+                                       {OBPLAT_SEVERITY_INFO, 3U, module, line},
+                                       {OBPLAT_SEVERITY_TRACE, 3U, module, line}};
+
+// An operation, and the line of it at which shared code was called.
 struct LogCaller {
     const char* func;
+    const LogSites* sites;
+
+    int Line() const { return static_cast<int>(sites->error.Line); }
 };
+
+// The value of a line that reports a failure.
+inline int Failed()
+{
+    return RC_ERROR;
+}
 
 }  // namespace orblink
 
-#define OB_CALLER (::orblink::LogCaller{__func__})
+#define OB_CALLER OB_CALLER_OF(OBPLAT_MODULE_SWITCH)
+#define EP_CALLER OB_CALLER_OF(OBPLAT_MODULE_PHY)
+#define OB_CALLER_OF(module) \
+    (::orblink::LogCaller{__func__, &::orblink::kLogSites<module, __LINE__>})
 
-// The lambda gives each use a static of its own inside an expression.
-#define OB_LOG_SITE(severity, module, func, format, ...)                                        \
-    ([&](const char* obFunc) -> int {                                                           \
-        static constexpr OBPLAT_LogSite obSite = {severity, 3U, module, __LINE__};              \
-        OBPLAT_Log(&obSite, obFunc, 0, format __VA_OPT__(, ) __VA_ARGS__);                      \
-        return ::orblink::RC_ERROR;                                                             \
-    }(func))
+#define OB_LOG(severity, module, ...) \
+    OBPLAT_Log(&::orblink::kLogSite<severity, module, __LINE__>, __func__, 0, __VA_ARGS__)
+#define OB_LOG_AT(severity, module, format, ...) \
+    OB_LOG(severity, module, "%s:%d " format, __func__, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+#define OB_LOG_AS(caller, severity, ...) \
+    OBPLAT_Log(&(caller).sites->severity, (caller).func, 0, __VA_ARGS__)
+#define OB_LOG_AT_AS(caller, severity, format, ...)             \
+    OB_LOG_AS(caller, severity, "%s:%d " format, (caller).func, \
+              (caller).Line() __VA_OPT__(, ) __VA_ARGS__)
+#define OB_FAILED(logged) (logged, ::orblink::Failed())
 
-#define OB_LOG_PREFIXED(severity, module, func, format, ...) \
-    OB_LOG_SITE(severity, module, func, "%s:%d" format, obFunc, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+#define OB_ERROR(...) OB_FAILED(OB_LOG_AT(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_SWITCH, __VA_ARGS__))
+#define OB_ERROR_TWICE(format, ...)                                                           \
+    OB_FAILED(OB_LOG(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_SWITCH, format, __func__, __LINE__, \
+                     __func__, __LINE__ __VA_OPT__(, ) __VA_ARGS__))
+#define OB_NOTICE(...) OB_LOG_AT(OBPLAT_SEVERITY_NOTICE, OBPLAT_MODULE_SWITCH, __VA_ARGS__)
+#define OB_INFO(...) OB_LOG_AT(OBPLAT_SEVERITY_INFO, OBPLAT_MODULE_SWITCH, __VA_ARGS__)
+#define OB_TRACE(...) OB_LOG_AT(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_SWITCH, __VA_ARGS__)
 
-// Function name and line given twice.
-#define OB_LOG_DOUBLY_PREFIXED(severity, func, between, format, ...)                           \
-    OB_LOG_PREFIXED(severity, OBPLAT_MODULE_SWITCH, func, between "%s:%d" format, obFunc, __LINE__ \
-                    __VA_OPT__(, ) __VA_ARGS__)
+#define OB_ERROR_AS(caller, ...) OB_FAILED(OB_LOG_AT_AS(caller, error, __VA_ARGS__))
+#define OB_NOTICE_AS(caller, ...) OB_LOG_AT_AS(caller, notice, __VA_ARGS__)
+#define OB_INFO_AS(caller, ...) OB_LOG_AT_AS(caller, info, __VA_ARGS__)
+#define OB_TRACE_AS(caller, ...) OB_LOG_AT_AS(caller, trace, __VA_ARGS__)
 
-#define OB_LOG(severity, func, format, ...) \
-    OB_LOG_PREFIXED(severity, OBPLAT_MODULE_SWITCH, func, " " format __VA_OPT__(, ) __VA_ARGS__)
+#define EP_ERROR(...) OB_FAILED(OB_LOG(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_PHY, __VA_ARGS__))
+#define EP_INFO(...) OB_LOG(OBPLAT_SEVERITY_INFO, OBPLAT_MODULE_PHY, __VA_ARGS__)
+#define EP_TRACE(...) OB_LOG(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_PHY, __VA_ARGS__)
 
-#define OB_ERROR_AS(caller, ...) OB_LOG(OBPLAT_SEVERITY_ERROR, (caller).func, __VA_ARGS__)
-#define OB_NOTICE_AS(caller, ...) OB_LOG(OBPLAT_SEVERITY_NOTICE, (caller).func, __VA_ARGS__)
-#define OB_INFO_AS(caller, ...) OB_LOG(OBPLAT_SEVERITY_INFO, (caller).func, __VA_ARGS__)
-#define OB_TRACE_AS(caller, ...) OB_LOG(OBPLAT_SEVERITY_TRACE, (caller).func, __VA_ARGS__)
+#define EP_ERROR_AT(...) OB_FAILED(OB_LOG_AT(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_PHY, __VA_ARGS__))
+#define EP_INFO_AT(...) OB_LOG_AT(OBPLAT_SEVERITY_INFO, OBPLAT_MODULE_PHY, __VA_ARGS__)
+#define EP_TRACE_AT(...) OB_LOG_AT(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_PHY, __VA_ARGS__)
 
-#define OB_ERROR(...) OB_LOG(OBPLAT_SEVERITY_ERROR, __func__, __VA_ARGS__)
-#define OB_NOTICE(...) OB_LOG(OBPLAT_SEVERITY_NOTICE, __func__, __VA_ARGS__)
-#define OB_INFO(...) OB_LOG(OBPLAT_SEVERITY_INFO, __func__, __VA_ARGS__)
-#define OB_TRACE(...) OB_LOG(OBPLAT_SEVERITY_TRACE, __func__, __VA_ARGS__)
+#define EP_ERROR_AS(caller, ...) OB_FAILED(OB_LOG_AS(caller, error, __VA_ARGS__))
+#define EP_INFO_AS(caller, ...) OB_LOG_AS(caller, info, __VA_ARGS__)
+#define EP_ERROR_AT_AS(caller, ...) OB_FAILED(OB_LOG_AT_AS(caller, error, __VA_ARGS__))
 
-// "%s:%d %s:%d ..." and "%s:%d ERROR: %s:%d: ..."
-#define OB_ERROR_TWICE_AS(caller, ...) \
-    OB_LOG_DOUBLY_PREFIXED(OBPLAT_SEVERITY_ERROR, (caller).func, " ", " " __VA_ARGS__)
-#define OB_ERROR_TWICE(...) OB_ERROR_TWICE_AS(OB_CALLER, __VA_ARGS__)
-#define OB_ERROR_MARKED(...) \
-    OB_LOG_DOUBLY_PREFIXED(OBPLAT_SEVERITY_ERROR, __func__, " ERROR: ", ": " __VA_ARGS__)
-
-#define EP_LOG(severity, func, format, ...) \
-    OB_LOG_SITE(severity, OBPLAT_MODULE_PHY, func, format __VA_OPT__(, ) __VA_ARGS__)
-#define EP_LOG_AT(severity, func, format, ...) \
-    OB_LOG_PREFIXED(severity, OBPLAT_MODULE_PHY, func, format __VA_OPT__(, ) __VA_ARGS__)
-
-#define EP_ERROR_AS(caller, ...) EP_LOG(OBPLAT_SEVERITY_ERROR, (caller).func, __VA_ARGS__)
-#define EP_ERROR_AT_AS(caller, ...) EP_LOG_AT(OBPLAT_SEVERITY_ERROR, (caller).func, " " __VA_ARGS__)
-
-#define EP_ERROR(...) EP_LOG(OBPLAT_SEVERITY_ERROR, __func__, __VA_ARGS__)
-#define EP_INFO_AS(caller, ...) EP_LOG(OBPLAT_SEVERITY_INFO, (caller).func, __VA_ARGS__)
-#define EP_INFO(...) EP_LOG(OBPLAT_SEVERITY_INFO, __func__, __VA_ARGS__)
-#define EP_TRACE(...) EP_LOG(OBPLAT_SEVERITY_TRACE, __func__, __VA_ARGS__)
-
-#define EP_ERROR_AT(...) EP_LOG_AT(OBPLAT_SEVERITY_ERROR, __func__, " " __VA_ARGS__)
-#define EP_INFO_AT(...) EP_LOG_AT(OBPLAT_SEVERITY_INFO, __func__, " " __VA_ARGS__)
-#define EP_TRACE_AT(...) EP_LOG_AT(OBPLAT_SEVERITY_TRACE, __func__, " " __VA_ARGS__)
-
-// "%s:%d: ..." and "%s.%d ..."
-#define EP_ERROR_AT_COLON_AS(caller, ...) \
-    EP_LOG_AT(OBPLAT_SEVERITY_ERROR, (caller).func, ": " __VA_ARGS__)
-#define EP_ERROR_AT_COLON(...) EP_LOG_AT(OBPLAT_SEVERITY_ERROR, __func__, ": " __VA_ARGS__)
-#define EP_TRACE_AT_COLON(...) EP_LOG_AT(OBPLAT_SEVERITY_TRACE, __func__, ": " __VA_ARGS__)
-#define EP_ERROR_AT_POINT(format, ...)                                               \
-    OB_LOG_SITE(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_PHY, __func__, "%s.%d " format, \
-                obFunc, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+#define EP_ERROR_PLACED(format, ...)                                             \
+    OB_FAILED(OB_LOG(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_PHY, format, __func__, \
+                     __LINE__ __VA_OPT__(, ) __VA_ARGS__))
+#define EP_TRACE_PLACED(format, ...)                                   \
+    OB_LOG(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_PHY, format, __func__, \
+           __LINE__ __VA_OPT__(, ) __VA_ARGS__)

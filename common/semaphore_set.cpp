@@ -40,10 +40,10 @@ SemaphoreSet CreateSemaphoreSet(const char* keyFile)
     return FindSet(keyFile, O_RDWR | O_CREAT, IPC_CREAT | IPC_EXCL | kAccess);
 }
 
-int OperateSemaphore(int id, short operation, short flags)
+bool OperateSemaphore(int id, short operation, short flags)
 {
     sembuf change = {.sem_num = 0, .sem_op = operation, .sem_flg = flags};
-    return semop(id, &change, 1) == 0 ? 0 : errno;
+    return semop(id, &change, 1) == 0;
 }
 
 bool MeansSetIsGone(int error)

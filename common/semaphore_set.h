@@ -17,8 +17,8 @@ SemaphoreSet OpenSemaphoreSet(const char* keyFile);
 // Creates it, and the key file with it; fails while it exists. Its value is 0.
 SemaphoreSet CreateSemaphoreSet(const char* keyFile);
 
-// 0, or the errno of semop.
-int OperateSemaphore(int id, short operation, short flags);
+// False, with errno set, when semop fails.
+bool OperateSemaphore(int id, short operation, short flags);
 
 // An error that says that the set is gone, so that the id is of no further use.
 bool MeansSetIsGone(int error);

@@ -1,13 +1,14 @@
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <cerrno>
 
-#include "common/mii_words.h"
+#include "common/descriptor.h"
 #include "common/log.h"
-#include "switch_hal_services/attached_record.h"
+#include "common/mii_words.h"
+#include "common/read_once.h"
+#include "switch_hal_services/attached_switch.h"
 #include "switch_hal_services/orblink_hal_services.h"
 
 using namespace orblink;
@@ -19,49 +20,38 @@ constexpr uint8_t kNone = 0xFF;
 // Whichever switch is meant: only the bus id and the address differ between switches.
 constexpr char kInterface[] = "nsgmii0";
 
-int RunOnSocket(LogCaller caller, int fd, unsigned long request, MiiWords& words, uint8_t devIdx)
+// Fills in where the switch is on the bus.
+int AddressSwitch(LogCaller caller, uint8_t devIdx, MiiWords& words)
 {
+    const SwitchBoardEntry* const board = AttachedBoardEntry(devIdx);
+    if (board == nullptr)
+        return OB_ERROR_AS(caller, "Illegal params, DevIdx=%d", devIdx);
+    const uint8_t bus = ReadOnce(board->mdioBus);
+    if (bus == kNone)
+        return OB_ERROR_AS(caller, "%s:%d Invalid MDIO bus, check board specific data, DevIdx=%d",
+                           caller.func, caller.Line(), devIdx);
+    const uint8_t address = ReadOnce(board->mdioAddr);
+    if (address == kNone)
+        return OB_ERROR_AS(caller, "Invalid MDIO address, check board specific data, DevIdx=%d",
+                           devIdx);
+    words.mdioBus = bus;
+    words.phyId = address;
+    return RC_OK;
+}
+
+// One access; the driver's answer replaces the words.
+int RunMii(LogCaller caller, unsigned long request, MiiWords& words, uint8_t devIdx)
+{
+    const Descriptor bus{socket(AF_INET, SOCK_DGRAM, 0)};
+    if (!bus)
+        return OB_ERROR_AS(caller, "socket failed, errno=%d, DevIdx=%d", errno, devIdx);
     ifreq mii = {};
     if (strncpy_s(mii.ifr_name, sizeof(mii.ifr_name), kInterface, sizeof(kInterface)) != 0)
         return OB_ERROR_AS(caller, "Runtime-constraint violation error in function kova_strncpy_s");
     PutMiiWords(mii, words);
-    if (ioctl(fd, request, &mii) < 0)
+    if (ioctl(bus.Get(), request, &mii) < 0)
         return OB_ERROR_AS(caller, "ioctl failed, errno=%d, DevIdx=%d", errno, devIdx);
     words = TakeMiiWords(mii);
-    return RC_OK;
-}
-
-int RunMii(LogCaller caller, unsigned long request, MiiWords& words, uint8_t devIdx)
-{
-    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    if (fd < 0)
-        return OB_ERROR_AS(caller, "socket failed, errno=%d, DevIdx=%d", errno, devIdx);
-    const int result = RunOnSocket(caller, fd, request, words, devIdx);
-    close(fd);
-    return result;
-}
-
-// One access to the switch's registers; both directions fail in the same ways.
-int Access(LogCaller caller, unsigned long request, uint8_t devIdx, int reg, uint16_t& value)
-{
-    const SwitchDeviceRecord* record = AttachedRecord(devIdx);
-    if (record == nullptr)
-        return OB_ERROR_AS(caller, "Illegal params, DevIdx=%d", devIdx);
-    const SwitchBoardEntry& board = record->board;
-    if (board.mdioBus == kNone)
-        return OB_ERROR_TWICE_AS(caller, "Invalid MDIO bus, check board specific data, DevIdx=%d",
-                                 devIdx);
-    if (board.mdioAddr == kNone)
-        return OB_ERROR_AS(caller, "Invalid MDIO address, check board specific data, DevIdx=%d",
-                           devIdx);
-    MiiWords words = {.phyId = board.mdioAddr,
-                      .regNum = static_cast<uint16_t>(reg),
-                      .valueIn = value,
-                      .valueOut = 0,
-                      .mdioBus = board.mdioBus};
-    if (RunMii(caller, request, words, devIdx) != RC_OK)
-        return RC_ERROR;
-    value = words.valueOut;
     return RC_OK;
 }
 
@@ -72,15 +62,22 @@ int OBHAL_ReadMdio(uint8_t DevIdx, int Reg, uint16_t* Value)
     OB_TRACE("");
     if (Value == nullptr)
         return OB_ERROR("Illegal params, DevIdx=%d", DevIdx);
-    uint16_t value = 0;
-    if (Access(OB_CALLER, SIOCGMIIREG, DevIdx, Reg, value) != RC_OK)
+    MiiWords words = {};
+    words.regNum = static_cast<uint16_t>(Reg);
+    if (AddressSwitch(OB_CALLER, DevIdx, words) != RC_OK ||
+        RunMii(OB_CALLER, SIOCGMIIREG, words, DevIdx) != RC_OK)
         return RC_ERROR;
-    *Value = value;
+    *Value = words.valueOut;
     return RC_OK;
 }
 
 int OBHAL_WriteMdio(uint8_t DevIdx, int Reg, uint16_t Data)
 {
     OB_TRACE("");
-    return Access(OB_CALLER, SIOCSMIIREG, DevIdx, Reg, Data);
+    MiiWords words = {};
+    words.regNum = static_cast<uint16_t>(Reg);
+    words.valueIn = Data;
+    if (AddressSwitch(OB_CALLER, DevIdx, words) != RC_OK)
+        return RC_ERROR;
+    return RunMii(OB_CALLER, SIOCSMIIREG, words, DevIdx);
 }

@@ -34,7 +34,7 @@ int _ApiProlog()
         return EP_ERROR("_InitGlobalSem() failed");
     if (_System5SemOp(-1) != RC_OK)
         return EP_ERROR("_ApiGlobalLock() failed");
-    if (process.region == nullptr && Attach(OB_CALLER) != RC_OK) {
+    if (process.region == nullptr && Attach(EP_CALLER) != RC_OK) {
         _System5SemOp(+1);
         return RC_ERROR;
     }

@@ -76,7 +76,7 @@ int _LoadHals()
         if (halIdx >= EP_MAX_PHYS)
             return EP_ERROR_AT("Invalid HalIndex=%d, DevIndex=%d", halIdx, i);
         const HalTable*& entry = process.halTables[halIdx];
-        if (entry == &kNoHal && LoadTable(OB_CALLER, library, entry) != RC_OK)
+        if (entry == &kNoHal && LoadTable(EP_CALLER, library, entry) != RC_OK)
             return RC_ERROR;
     }
     return RC_OK;

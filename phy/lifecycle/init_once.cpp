@@ -44,7 +44,7 @@ int _InitPhyDevices(EthphyBsd& bsd)
     if (EP_CreatePhyDevices() != RC_OK)
         return EP_ERROR("EP_CreatePhyDevices() failed");
     EP_TRACE("EP_CreatePhyDevices() Done");
-    if (MapRegion(OB_CALLER) != RC_OK)
+    if (MapRegion(EP_CALLER) != RC_OK)
         return RC_ERROR;
     EP_TRACE("EP_MapEthphyDevices() Done");
     StoreInitialValues(*process.region);
@@ -112,7 +112,7 @@ int ETHPHY_InitOnce(void)
     if (_LoadHals() != RC_OK)
         EP_ERROR("_LoadHals() failed");
     else
-        InitHals(OB_CALLER, *process.region, halCount);
+        InitHals(EP_CALLER, *process.region, halCount);
     return RC_OK;  // a PHY that cannot be driven must not keep the others from working
 }
 

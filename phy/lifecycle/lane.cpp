@@ -41,7 +41,7 @@ bool _IsResetSgmiiRequired(uint8_t devIdx, const PhyDeviceRecord& record)
         return true;
     uint32_t link = 0;
     if (CallSlot(devIdx, &HalTable::GetLink, &link, nullptr, nullptr) != RC_OK) {
-        EP_ERROR_AT_POINT("External phy %d is not accessible", devIdx);
+        EP_ERROR_PLACED("%s.%d External phy %d is not accessible", devIdx);
         return false;
     }
     if (link == 0)
@@ -61,7 +61,7 @@ using namespace orblink::phy;
 
 int ETHPHY_ResetSgmii(uint8_t DevIdx)
 {
-    const PhyFrame frame{OB_CALLER};
+    const PhyFrame frame{EP_CALLER};
     if (!frame.Entered())
         return RC_ERROR;
     const PhyDeviceRecord* const record = FindRecord(DevIdx);

@@ -70,7 +70,7 @@ using namespace orblink::phy;
 int ETHPHY_ResetDisable(uint8_t DevIdx, int DefConfig)
 {
     EP_TRACE_AT("DevIndex=%d DefConfig=%d", DevIdx, DefConfig);
-    const PhyCall call{OB_CALLER, DevIdx};
+    const PhyCall call{EP_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
     PhyDeviceRecord& record = call.Record();
@@ -90,13 +90,13 @@ int ETHPHY_ResetDisable(uint8_t DevIdx, int DefConfig)
     if (_IsResetSgmiiRequired(DevIdx, record))
         _ResetSgmii(record.board.serdesId, record.board.portIfaceSpeed);
     EP_INFO("PHY0 ULP = %u", process.region->vendor[0].ulpModeEnabled);
-    return Enable(OB_CALLER, DevIdx, record);
+    return Enable(EP_CALLER, DevIdx, record);
 }
 
 int ETHPHY_ResetEnable(uint8_t DevIdx)
 {
     EP_TRACE_AT("DevIndex=%d", DevIdx);
-    const PhyCall call{OB_CALLER, DevIdx};
+    const PhyCall call{EP_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
     PhyDeviceRecord& record = call.Record();

@@ -7,7 +7,7 @@ int ETHPHY_GetLink(uint8_t DevIdx, uint32_t* Link, uint32_t* Speed, uint32_t* Du
 {
     if (Link == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    const PhyCall call{OB_CALLER, DevIdx};
+    const PhyCall call{EP_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
     if (call.Record().config.hwState == EP_HW_STATE_DISABLED) {
@@ -22,7 +22,7 @@ int ETHPHY_GetLink(uint8_t DevIdx, uint32_t* Link, uint32_t* Speed, uint32_t* Du
 int ETHPHY_SetAdminState(uint8_t DevIdx, int Enable)
 {
     EP_TRACE_AT("DevIndex=%d Enable=%d", DevIdx, Enable);
-    const PhyCall call{OB_CALLER, DevIdx};
+    const PhyCall call{EP_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
     PhyProvConfig& config = call.Record().config;

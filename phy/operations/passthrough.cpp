@@ -45,24 +45,24 @@ using namespace orblink::phy;
 
 int ETHPHY_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 {
-    return ReadRegister(OB_CALLER, DevIdx, Value,
+    return ReadRegister(EP_CALLER, DevIdx, Value,
                         [=] { return EPHAL_ReadMdio(DevIdx, Reg, Value); });
 }
 
 int ETHPHY_WriteMdio(uint8_t DevIdx, uint32_t Reg, uint16_t Value)
 {
-    return WriteRegister(OB_CALLER, DevIdx, [=] { return EPHAL_WriteMdio(DevIdx, Reg, Value); });
+    return WriteRegister(EP_CALLER, DevIdx, [=] { return EPHAL_WriteMdio(DevIdx, Reg, Value); });
 }
 
 int ETHPHY_ReadMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t* Value)
 {
-    return ReadRegister(OB_CALLER, DevIdx, Value,
+    return ReadRegister(EP_CALLER, DevIdx, Value,
                         [=] { return EPHAL_ReadMmd(DevIdx, Mmd, MmdReg, Value); });
 }
 
 int ETHPHY_WriteMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t Value)
 {
-    return WriteRegister(OB_CALLER, DevIdx,
+    return WriteRegister(EP_CALLER, DevIdx,
                          [=] { return EPHAL_WriteMmd(DevIdx, Mmd, MmdReg, Value); });
 }
 
@@ -70,34 +70,34 @@ int ETHPHY_ReadChipReg(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 {
     if (Value == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    return PassToSlot(OB_CALLER, DevIdx, &HalTable::ReadChipReg, Reg, Value);
+    return PassToSlot(EP_CALLER, DevIdx, &HalTable::ReadChipReg, Reg, Value);
 }
 
 int ETHPHY_WriteChipReg(uint8_t DevIdx, uint32_t Reg, uint16_t Value)
 {
-    return PassToSlot(OB_CALLER, DevIdx, &HalTable::WriteChipReg, Reg, Value);
+    return PassToSlot(EP_CALLER, DevIdx, &HalTable::WriteChipReg, Reg, Value);
 }
 
 int ETHPHY_GetCounters(uint8_t DevIdx, void* Counters)
 {
     if (Counters == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    return PassToSlot(OB_CALLER, DevIdx, &HalTable::GetCounters, Counters);
+    return PassToSlot(EP_CALLER, DevIdx, &HalTable::GetCounters, Counters);
 }
 
 int ETHPHY_ResetCounters(uint8_t DevIdx)
 {
-    return PassToSlot(OB_CALLER, DevIdx, &HalTable::ResetCounters);
+    return PassToSlot(EP_CALLER, DevIdx, &HalTable::ResetCounters);
 }
 
 int ETHPHY_SetEeeState(uint8_t DevIdx, uint8_t State)
 {
-    return PassToSlot(OB_CALLER, DevIdx, &HalTable::SetEeeState, State);
+    return PassToSlot(EP_CALLER, DevIdx, &HalTable::SetEeeState, State);
 }
 
 int ETHPHY_Poll(uint8_t DevIdx)
 {
-    const PhyCall call{OB_CALLER, DevIdx};
+    const PhyCall call{EP_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
     if (CallSlot(DevIdx, &HalTable::Poll) != RC_OK)

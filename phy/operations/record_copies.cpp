@@ -26,12 +26,12 @@ using namespace orblink::phy;
 
 int ETHPHY_GetProvisionedConfig(uint8_t DevIdx, void* Out)
 {
-    return CopyPart(OB_CALLER, DevIdx, &PhyDeviceRecord::config, Out);
+    return CopyPart(EP_CALLER, DevIdx, &PhyDeviceRecord::config, Out);
 }
 
 int ETHPHY_GetBsdConfig(uint8_t DevIdx, void* Out)
 {
-    return CopyPart(OB_CALLER, DevIdx, &PhyDeviceRecord::board, Out);
+    return CopyPart(EP_CALLER, DevIdx, &PhyDeviceRecord::board, Out);
 }
 
 int ETHPHY_GetPhyData(uint8_t DevIdx, void** Out)
@@ -49,7 +49,7 @@ int ETHPHY_GetCaps(uint8_t DevIdx, uint32_t* Caps)
 {
     if (Caps == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    const PhyCall call{OB_CALLER, DevIdx};
+    const PhyCall call{EP_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
     if (call.Record().capsValid == 0)

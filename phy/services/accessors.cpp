@@ -5,7 +5,7 @@ using namespace orblink::phy;
 
 int EPHAL_SetHwState(uint8_t DevIdx, int Enabled)
 {
-    PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
     if (record == nullptr)
         return RC_ERROR;
     record->config.hwState = Enabled != 0 ? EP_HW_STATE_ENABLED : EP_HW_STATE_DISABLED;
@@ -18,7 +18,7 @@ int EPHAL_GetHwState(uint8_t DevIdx, uint32_t* Enabled)
 {
     if (Enabled == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    const PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
     if (record == nullptr)
         return RC_ERROR;
     *Enabled = record->config.hwState == EP_HW_STATE_ENABLED ? 1 : 0;
@@ -29,7 +29,7 @@ int EPHAL_GetUlpModeEnabled(uint8_t DevIdx, uint32_t* Enabled)
 {
     if (Enabled == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    if (RecordOrError(OB_CALLER, DevIdx) == nullptr)
+    if (RecordOrError(EP_CALLER, DevIdx) == nullptr)
         return RC_ERROR;
     *Enabled = process.region->vendor[DevIdx].ulpModeEnabled;
     return RC_OK;
@@ -45,13 +45,13 @@ void* EPHAL_GetHalPrivData(uint8_t DevIdx)
 
 uint32_t EPHAL_GetPortIfaceMode(uint8_t DevIdx)
 {
-    const PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
     return record == nullptr ? 0 : record->board.portIfaceMode;
 }
 
 uint32_t EPHAL_GetPortIfaceSpeed(uint8_t DevIdx)
 {
-    const PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
     return record == nullptr ? 0 : record->board.portIfaceSpeed;
 }
 

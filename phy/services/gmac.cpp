@@ -31,8 +31,8 @@ int EPHAL_ReconfigureGmacPhy(uint8_t DevIdx, int SetSpeed, int Speed, int Duplex
 {
     if (DevIdx >= PhyCount())
         return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
-    const char* const name = InterfaceName(OB_CALLER, DevIdx, *FindRecord(DevIdx));
-    if (name == nullptr || OpenProcessSocket(OB_CALLER) != RC_OK)
+    const char* const name = InterfaceName(EP_CALLER, DevIdx, *FindRecord(DevIdx));
+    if (name == nullptr || OpenProcessSocket(EP_CALLER) != RC_OK)
         return RC_ERROR;
     GmacReconfigRequest gmac = {.IfName = {},
                                 .Command = EP_GMAC_RECONFIGURE,
@@ -41,9 +41,9 @@ int EPHAL_ReconfigureGmacPhy(uint8_t DevIdx, int SetSpeed, int Speed, int Duplex
                                 .Result = 0};
     ifreq request = {};
     request.ifr_data = reinterpret_cast<char*>(&gmac);
-    if (StoreInterfaceName(OB_CALLER, request.ifr_name, name) != RC_OK ||
-        StoreInterfaceName(OB_CALLER, gmac.IfName, name) != RC_OK ||
-        SendReconfiguration(OB_CALLER, request, gmac) != RC_OK)
+    if (StoreInterfaceName(EP_CALLER, request.ifr_name, name) != RC_OK ||
+        StoreInterfaceName(EP_CALLER, gmac.IfName, name) != RC_OK ||
+        SendReconfiguration(EP_CALLER, request, gmac) != RC_OK)
         return RC_ERROR;
     if (gmac.Result < 0)
         return EP_ERROR("interface update was skipped or aborted");

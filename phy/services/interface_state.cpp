@@ -9,9 +9,9 @@ using namespace orblink::phy;
 
 int EPHAL_SetInterfaceState(uint8_t DevIdx, int Up)
 {
-    const PhyDeviceRecord* const record = RecordOrError(OB_CALLER, DevIdx);
+    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
     const char* const name =
-        record == nullptr ? nullptr : InterfaceName(OB_CALLER, DevIdx, *record);
+        record == nullptr ? nullptr : InterfaceName(EP_CALLER, DevIdx, *record);
     if (name == nullptr)
         return RC_ERROR;
     char command[sizeof("ifconfig  down") + IFNAMSIZ];

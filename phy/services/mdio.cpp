@@ -71,27 +71,27 @@ int EPHAL_DirectMdioReadAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg
     if (Value == nullptr)
         return EP_ERROR_AT("NULL ptr");
     MiiWords words = WordsFor(MdioBus, MdioAddr, Reg, 0);
-    if (RunMii(OB_CALLER, SIOCGMIIREG, words) != RC_OK)
+    if (RunMii(EP_CALLER, SIOCGMIIREG, words) != RC_OK)
         return RC_ERROR;
     *Value = words.valueOut;
-    EP_TRACE_AT_COLON("MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr, Reg,
-                      *Value);
+    EP_TRACE_PLACED("%s:%d: MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr,
+                    Reg, *Value);
     return RC_OK;
 }
 
 int EPHAL_DirectMdioWriteAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg, uint16_t Data)
 {
     MiiWords words = WordsFor(MdioBus, MdioAddr, Reg, Data);
-    if (RunMii(OB_CALLER, SIOCSMIIREG, words) != RC_OK)
+    if (RunMii(EP_CALLER, SIOCSMIIREG, words) != RC_OK)
         return RC_ERROR;
-    EP_TRACE_AT_COLON("MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr, Reg,
-                      Data);
+    EP_TRACE_PLACED("%s:%d: MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr,
+                    Reg, Data);
     return RC_OK;
 }
 
 int EPHAL_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 {
-    const PhyBoardEntry* const board = BoardEntryOrError(OB_CALLER, DevIdx);
+    const PhyBoardEntry* const board = BoardEntryOrError(EP_CALLER, DevIdx);
     if (board == nullptr)
         return RC_ERROR;
     return EPHAL_DirectMdioReadAccess(board->mdioBus, board->mdioAddr, Reg, Value);
@@ -99,7 +99,7 @@ int EPHAL_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 
 int EPHAL_WriteMdio(uint8_t DevIdx, uint32_t Reg, uint16_t Data)
 {
-    const PhyBoardEntry* const board = BoardEntryOrError(OB_CALLER, DevIdx);
+    const PhyBoardEntry* const board = BoardEntryOrError(EP_CALLER, DevIdx);
     if (board == nullptr)
         return RC_ERROR;
     return EPHAL_DirectMdioWriteAccess(board->mdioBus, board->mdioAddr, Reg, Data);

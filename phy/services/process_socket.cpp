@@ -24,8 +24,9 @@ void CloseProcessSocket()
 int StoreInterfaceName(LogCaller caller, char (&to)[IFNAMSIZ], const char* name)
 {
     if (strncpy_s(to, sizeof(to), name, sizeof(to)) != 0)
-        return EP_ERROR_AT_COLON_AS(
-            caller, "Runtime-constraint violation error in function kova_strncpy_s");
+        return EP_ERROR_AS(caller,
+                           "%s:%d: Runtime-constraint violation error in function kova_strncpy_s",
+                           caller.func, caller.Line());
     return RC_OK;
 }
 

@@ -4,59 +4,90 @@
 
 #include <type_traits>
 
+#include "common/read_once.h"
 #include "common/result.h"
 #include "switch/call/process_state.h"
 
 namespace orblink::sw {
 
+// The stored number of switches; 0 when the region holds a number that cannot be.
+inline uint8_t SwitchCount(const SwitchDeviceRegion& region)
+{
+    const uint8_t count = ReadOnce(region.NumOfSwitches);
+    return count <= OB_MAX_SWITCHES ? count : uint8_t{0};
+}
+
+// What one call works on from its prolog to its end, whatever other threads do meanwhile.
+struct CallState {
+    SwitchDeviceRegion* region = nullptr;
+    const HalTable* halTables[OB_MAX_SWITCHES] = {};
+};
+
 class SwitchDevice {
 public:
     // idx must be below OB_MAX_SWITCHES before anything but Idx() is used.
-    explicit SwitchDevice(uint8_t idx) : idx_(idx) {}
+    SwitchDevice(const CallState& state, uint8_t idx) : state_(state), idx_(idx) {}
 
     uint8_t Idx() const { return idx_; }
-    SwitchDeviceRecord& Record() const { return process.region->device[idx_]; }
-    bool IsEnabled() const { return Record().config.state == OB_STATE_ENABLED; }
+    SwitchDeviceRecord& Record() const { return state_.region->device[idx_]; }
+    SwitchProvConfig& Config() const { return Record().config; }
+    SwitchVendorRecord& Vendor() const { return state_.region->vendor[idx_]; }
+    bool Enabled() const { return ReadOnce(Config().state) == OB_STATE_ENABLED; }
 
     // Ports that the per-port arrays can describe.
     uint8_t NumOfPorts() const
     {
-        const uint8_t count = Record().caps.numOfPorts;
+        const uint8_t count = ReadOnce(Record().caps.numOfPorts);
         return count < OB_MAX_PORTS ? count : uint8_t{OB_MAX_PORTS};
     }
 
-    // A port that the record cannot describe counts as one without a PHY.
+    bool IsPort(uint8_t port) const { return port < NumOfPorts(); }
+
+    // Port 0 is never a LAN port.
+    bool IsLanPort(uint8_t port) const { return port >= 1 && IsPort(port); }
+
+    // Non-zero when a PHY is attached; a port that the record cannot describe counts as one
+    // without.
     uint32_t PortHasPhy(uint8_t port) const
     {
-        return port < OB_MAX_PORTS ? Record().caps.port[port].portHasPhy : 0;
+        return port < OB_MAX_PORTS ? ReadOnce(Record().caps.port[port].portHasPhy) : 0;
+    }
+
+    bool HasCapability(uint8_t flag) const
+    {
+        return (ReadOnce(Record().caps.capsFlags) & flag) != 0;
     }
 
     template <typename Slot>
     bool HasSlot(Slot HalTable::*slot) const
     {
-        const HalTable* table = Table();
-        return table != nullptr && table->*slot != nullptr;
+        return Find(slot) != nullptr;
     }
 
     // Calls a slot with this switch's index; a slot or table that is not there counts as failed.
     template <typename... Params>
     int Hal(int (*HalTable::*slot)(int, Params...), std::type_identity_t<Params>... args) const
     {
-        return HasSlot(slot) ? (Table()->*slot)(idx_, args...) : RC_ERROR;
+        const auto function = Find(slot);
+        return function != nullptr ? function(idx_, args...) : RC_ERROR;
     }
 
     int InitHal(void* privData) const
     {
-        return HasSlot(&HalTable::Init) ? Table()->Init(privData) : RC_ERROR;
+        const auto function = Find(&HalTable::Init);
+        return function != nullptr ? function(privData) : RC_ERROR;
     }
 
 private:
-    const HalTable* Table() const
+    template <typename Slot>
+    Slot Find(Slot HalTable::*slot) const
     {
-        const uint8_t halIdx = Record().halIdx;
-        return halIdx < OB_MAX_SWITCHES ? process.halTables[halIdx] : nullptr;
+        const uint8_t halIdx = ReadOnce(Record().halIdx);
+        const HalTable* const table = halIdx < OB_MAX_SWITCHES ? state_.halTables[halIdx] : nullptr;
+        return table != nullptr ? table->*slot : nullptr;
     }
 
+    const CallState& state_;
     uint8_t idx_;
 };
 

@@ -1,50 +1,57 @@
 #include "switch/call/frame.h"
 
+#include "switch/call/hal_loader.h"
 #include "switch/call/semaphore.h"
 
 namespace orblink::sw {
-
-constinit ProcessState process;
-
-uint8_t SwitchCount()
-{
-    const uint8_t count = process.region->NumOfSwitches;
-    return count <= OB_MAX_SWITCHES ? count : uint8_t{0};
-}
-
 namespace {
 
-int Attach(LogCaller caller)
+SwitchDeviceRegion* AttachedRegion()
 {
-    if (process.region == nullptr)
-        process.region = static_cast<SwitchDeviceRegion*>(OBOS_MapSwitchDevices());
-    if (process.region == nullptr)
-        return OB_ERROR_AS(caller, "OBOS_MapSwitchDevices() failed");
-    if (_LoadHals() != RC_OK)
-        return OB_ERROR_AS(caller, "_LoadHals() failed");
-    return RC_OK;
+    if (process.attached)
+        return process.region;
+    auto* const region = static_cast<SwitchDeviceRegion*>(OBOS_MapSwitchDevices());
+    if (region != nullptr)
+        Attach(region);
+    return region;
 }
 
-int _ApiProlog()
+// The region, with the semaphore held, or null with it free.
+SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
 {
-    if (process.semaphoreId == -1 && _InitGlobalSem() != RC_OK)
-        return OB_ERROR("_InitGlobalSem() failed");
-    if (_ApiGlobalLock() != RC_OK)
-        return OB_ERROR("_ApiGlobalLock() failed");
-    if (Attach(OB_CALLER) == RC_OK)
-        return RC_OK;
-    _ApiGlobalUnLock();
-    return RC_ERROR;
+    semaphoreId = process.semaphoreId;
+    if (semaphoreId == -1 && _InitGlobalSem(semaphoreId) != RC_OK) {
+        OB_ERROR("_InitGlobalSem() failed");
+        return nullptr;
+    }
+    if (_ApiGlobalLock(semaphoreId) != RC_OK) {
+        OB_ERROR("_ApiGlobalLock() failed");
+        return nullptr;
+    }
+    SwitchDeviceRegion* const region = AttachedRegion();
+    if (region == nullptr)
+        OB_ERROR("OBOS_MapSwitchDevices() failed");
+    else if (_LoadHals(*region) != RC_OK)
+        OB_ERROR("_LoadHals() failed");
+    else
+        return region;
+    _ApiGlobalUnLock(semaphoreId);  // result dropped: the call has failed already
+    return nullptr;
 }
 
 }  // namespace
 
-SwitchLock::SwitchLock() : held_(_ApiProlog() == RC_OK) {}
+SwitchLock::SwitchLock()
+{
+    state_.region = _ApiProlog(semaphoreId_);
+    for (int i = 0; i < OB_MAX_SWITCHES; ++i)
+        state_.halTables[i] = process.halTables[i];
+}
 
 SwitchLock::~SwitchLock()
 {
-    if (held_)
-        _ApiGlobalUnLock();
+    if (*this)
+        _ApiGlobalUnLock(semaphoreId_);  // result dropped: what the call did stands
 }
 
 EntryExitLines::EntryExitLines(LogCaller caller) : caller_(caller)
@@ -59,12 +66,17 @@ EntryExitLines::~EntryExitLines()
 
 FinishedLine::~FinishedLine()
 {
-    if (prologDone_)
-        OB_TRACE_AS(caller_, "finished %s", ok_ ? "OK" : "with error!");
+    const char* const how = ok_ ? "OK" : "with error!";
+    if (!prologDone_)
+        return;
+    if (devIdx_ == kNone)
+        OB_TRACE_AS(caller_, "finished %s", how);
+    else
+        OB_TRACE_AS(caller_, "finished %s, DevIdx=%d", how, devIdx_);
 }
 
 SwitchCall::SwitchCall(LogCaller caller, uint8_t devIdx, FinishedLine* finished)
-    : device_(devIdx), valid_(false)
+    : device_(lock_.State(), devIdx), valid_(false)
 {
     if (!lock_) {
         OB_ERROR_AS(caller, "_ApiProlog() failed, DevIdx=%d", devIdx);
@@ -72,7 +84,7 @@ SwitchCall::SwitchCall(LogCaller caller, uint8_t devIdx, FinishedLine* finished)
     }
     if (finished != nullptr)
         finished->PrologDone();
-    valid_ = devIdx < SwitchCount();
+    valid_ = devIdx < SwitchCount(lock_.Region());
     if (!valid_)
         OB_ERROR_AS(caller, "Invalid device index, DevIdx=%d", devIdx);
 }

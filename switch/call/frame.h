@@ -10,6 +10,7 @@
 #pragma once
 
 #include "common/log.h"
+#include "common/no_cancellation.h"
 #include "switch/call/device.h"
 
 namespace orblink::sw {
@@ -22,10 +23,15 @@ public:
     SwitchLock(const SwitchLock&) = delete;
     SwitchLock& operator=(const SwitchLock&) = delete;
 
-    explicit operator bool() const { return held_; }
+    explicit operator bool() const { return state_.region != nullptr; }
+
+    const CallState& State() const { return state_; }
+    const SwitchDeviceRegion& Region() const { return *state_.region; }
 
 private:
-    bool held_;
+    NoCancellation uncancelled_;
+    int semaphoreId_;
+    CallState state_;
 };
 
 // "--->" at the beginning and "<---" at the end, whatever happens between.
@@ -40,26 +46,30 @@ private:
     LogCaller caller_;
 };
 
-// "finished OK" or "finished with error!" after the release, once the prolog has succeeded.
+// "finished OK" or "finished with error!" after the release, once the prolog has succeeded; with
+// the device index for operations that print it there.
 class FinishedLine {
 public:
-    explicit FinishedLine(LogCaller caller) : caller_(caller) {}
+    explicit FinishedLine(LogCaller caller, int devIdx = kNone) : caller_(caller), devIdx_(devIdx)
+    {
+    }
     ~FinishedLine();
     FinishedLine(const FinishedLine&) = delete;
     FinishedLine& operator=(const FinishedLine&) = delete;
 
     void PrologDone() { prologDone_ = true; }
 
-    int Ok() { return Result(RC_OK); }
-
-    int Result(int result)
+    int Ok()
     {
-        ok_ = result == RC_OK;
-        return result;
+        ok_ = true;
+        return RC_OK;
     }
 
 private:
+    static constexpr int kNone = -1;
+
     LogCaller caller_;
+    int devIdx_;
     bool prologDone_ = false;
     bool ok_ = false;
 };
@@ -73,7 +83,14 @@ public:
 
     const SwitchDevice& Device() const { return device_; }
     SwitchDeviceRecord& Record() const { return device_.Record(); }
-    SwitchProvConfig& Config() const { return device_.Record().config; }
+    SwitchProvConfig& Config() const { return device_.Config(); }
+    bool Enabled() const { return device_.Enabled(); }
+
+    template <typename... Params>
+    int Hal(int (*HalTable::*slot)(int, Params...), std::type_identity_t<Params>... args) const
+    {
+        return device_.Hal(slot, args...);
+    }
 
 private:
     SwitchLock lock_;

@@ -1,5 +1,7 @@
-// What one process knows of the switch family; nothing of it is shared.
+// What one process knows of the switch family; nothing of it is shared with other processes.
 #pragma once
+
+#include <atomic>
 
 #include "switch/orblink_hal.h"
 
@@ -8,18 +10,22 @@ namespace orblink::sw {
 // The struct's own name is hidden by the data symbol of the same name.
 using HalTable = struct OBHAL_HalFuncs;
 
+// Written with the family's semaphore held, but for what ForgetAttachment does. Threads look at the
+// semaphore id and, in the services, at the region without it.
 struct ProcessState {
-    int semaphoreId = -1;                  // -1 until created or opened
-    SwitchDeviceRegion* region = nullptr;  // null until mapped; then for the life of the process
-    const HalTable* halTables[OB_MAX_SWITCHES] = {};
+    std::atomic<int> semaphoreId = -1;                  // -1 until created or opened
+    std::atomic<bool> attached = false;                 // the region and the tables are in force
+    std::atomic<SwitchDeviceRegion*> region = nullptr;  // the one mapped last; never unmapped
+    std::atomic<const HalTable*> halTables[OB_MAX_SWITCHES] = {};
 };
 
 extern constinit ProcessState process;
 
-// The stored number of switches; 0 when the region holds a number that cannot be.
-uint8_t SwitchCount();
+// Puts a mapping in force; tables of an attachment that was forgotten go.
+void Attach(SwitchDeviceRegion* region);
 
-// Loads the HAL libraries that this process still lacks.
-int _LoadHals();
+// After the semaphore set was removed: the next call attaches anew. A thread that is inside a call
+// goes on with the mapping and the tables that it has, so both stay.
+void ForgetAttachment(int semaphoreId);
 
 }  // namespace orblink::sw

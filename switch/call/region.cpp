@@ -1,54 +1,49 @@
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <cerrno>
-
 #include "common/log.h"
 #include "common/shared_object.h"
 #include "switch/orblink_api.h"
 
+using namespace orblink;
+
 namespace {
 
 constexpr const char* kRegionName = "/obos_orblink_driver";
-constexpr mode_t kRegionMode = 0666;
 
 }  // namespace
 
 int OBOS_CreateSwitchDevices(void)
 {
-    const int fd = shm_open(kRegionName, O_RDWR | O_CREAT, kRegionMode);
-    if (fd == -1)
-        return OB_ERROR("shm_open() failed, errno=%d", errno);
-    if (ftruncate(fd, sizeof(SwitchDeviceRegion)) == -1) {
-        const int error = errno;
-        close(fd);
-        return OB_ERROR("ftruncate() failed, errno=%d", error);
+    const SharedObject object = CreateSharedObject(kRegionName, sizeof(SwitchDeviceRegion));
+    switch (object.failed) {
+        case CreateStep::kShmOpen:
+            return OB_ERROR("shm_open() failed, errno=%d", object.error);
+        case CreateStep::kFtruncate:
+            return OB_ERROR("ftruncate() failed, errno=%d", object.error);
+        case CreateStep::kDone:
+            break;
     }
-    close(fd);
-    return orblink::RC_OK;
+    return RC_OK;
 }
 
 void* OBOS_MapSwitchDevices(void)
 {
-    const int fd = shm_open(kRegionName, O_RDWR, kRegionMode);
-    if (fd == -1) {
-        OB_ERROR_TWICE("shm_open() failed, errno=%d", errno);
-        return nullptr;
+    const SharedMapping mapping = MapSharedObject(kRegionName, sizeof(SwitchDeviceRegion));
+    switch (mapping.failed) {
+        case MapStep::kShmOpen:
+            OB_ERROR_TWICE("%s:%d %s:%d shm_open() failed, errno=%d", mapping.error);
+            break;
+        case MapStep::kOwner:
+            OB_ERROR_TWICE("%s:%d %s:%d the region %s is owned by user %u and not by root",
+                           kRegionName, mapping.owner);
+            break;
+        case MapStep::kSize:
+            OB_ERROR_TWICE("%s:%d %s:%d the region %s is shorter than %zu bytes", kRegionName,
+                           sizeof(SwitchDeviceRegion));
+            break;
+        case MapStep::kMmap:
+            OB_ERROR_TWICE("%s:%d %s:%d mmap() failed, errno=%d", mapping.error);
+            break;
+        case MapStep::kDone:
+            break;
     }
-    if (orblink::IsCutShort(fd, sizeof(SwitchDeviceRegion))) {
-        close(fd);
-        OB_ERROR_TWICE("the region is shorter than %zu bytes", sizeof(SwitchDeviceRegion));
-        return nullptr;
-    }
-    void* region =
-        mmap(nullptr, sizeof(SwitchDeviceRegion), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    if (region == MAP_FAILED) {
-        const int error = errno;
-        close(fd);
-        OB_ERROR_TWICE("mmap() failed, errno=%d", error);
-        return nullptr;
-    }
-    // The descriptor stays open as long as the mapping, that is, for the life of the process.
-    return region;
+    return mapping.address;
 }

@@ -1,76 +1,76 @@
 #include "switch/call/semaphore.h"
 
-#include <fcntl.h>
-#include <sys/ipc.h>
 #include <sys/sem.h>
-#include <unistd.h>
 
 #include <cerrno>
 
 #include "common/log.h"
+#include "common/semaphore_set.h"
 #include "switch/call/process_state.h"
 
 namespace orblink::sw {
 namespace {
 
 constexpr const char* kKeyFile = "/var/tmp/orblink_sem";
-constexpr int kKeyId = 97;
-constexpr int kAccess = 0777;
 
-int _System5SemOp(int op, int flags = SEM_UNDO)
+int _System5SemOp(int semaphoreId, short operation, short flags = SEM_UNDO)
 {
-    sembuf operation = {};
-    operation.sem_op = static_cast<short>(op);
-    operation.sem_flg = static_cast<short>(flags);
-    if (semop(process.semaphoreId, &operation, 1) == -1)
-        return OB_ERROR("semop() fail, errno=%d", errno);
-    return RC_OK;
+    if (OperateSemaphore(semaphoreId, operation, flags))
+        return RC_OK;
+    const int error = errno;
+    if (MeansSetIsGone(error))
+        ForgetAttachment(semaphoreId);
+    return OB_ERROR("semop() fail, errno=%d", error);
 }
 
 }  // namespace
 
-int _ApiGlobalLock()
+int _ApiGlobalLock(int semaphoreId)
 {
-    return _System5SemOp(-1);
+    return _System5SemOp(semaphoreId, -1);
 }
 
-int _ApiGlobalUnLock()
+int _ApiGlobalUnLock(int semaphoreId)
 {
-    return _System5SemOp(+1);
+    return _System5SemOp(semaphoreId, +1);
 }
 
-int _InitGlobalSem()
+int _InitGlobalSem(int& semaphoreId)
 {
-    const int fd = open(kKeyFile, O_RDWR);
-    if (fd == -1)
-        return OB_ERROR("open() failed, errno=%d", errno);
-    close(fd);  // the file only has to exist
-    const key_t key = ftok(kKeyFile, kKeyId);
-    if (key == -1)
-        return OB_ERROR("ftok() failed, errno=%d", errno);
-    const int id = semget(key, 1, IPC_EXCL | kAccess);
-    if (id == -1)
-        return OB_ERROR("semget() failed, errno=%d", errno);
-    process.semaphoreId = id;
+    const SemaphoreSet set = OpenSemaphoreSet(kKeyFile);
+    switch (set.failed) {
+        case SemaphoreStep::kOpen:
+            return OB_ERROR("open() failed, errno=%d", set.error);
+        case SemaphoreStep::kFtok:
+            return OB_ERROR("ftok() failed, errno=%d", set.error);
+        case SemaphoreStep::kSemget:
+            return OB_ERROR("semget() failed, errno=%d", set.error);
+        case SemaphoreStep::kDone:
+            break;
+    }
+    semaphoreId = set.id;
+    process.semaphoreId = set.id;
     return RC_OK;
 }
 
-int _CreateGlobalSem()
+int _CreateGlobalSem(int& semaphoreId)
 {
-    const int fd = open(kKeyFile, O_RDWR | O_CREAT, 0600);
-    if (fd == -1)
-        return OB_ERROR("open() failed, errno=%d", errno);
-    close(fd);
-    const key_t key = ftok(kKeyFile, kKeyId);
-    if (key == -1)
-        return OB_ERROR("ftok() failed, errno=%d", errno);
-    const int id = semget(key, 1, IPC_CREAT | IPC_EXCL | kAccess);
-    if (id == -1)
-        return OB_ERROR("semget() failed, cannot create sem, errno=%d", errno);
-    process.semaphoreId = id;
+    const SemaphoreSet set = CreateSemaphoreSet(kKeyFile);
+    switch (set.failed) {
+        case SemaphoreStep::kOpen:
+            return OB_ERROR("open() failed, errno=%d", set.error);
+        case SemaphoreStep::kFtok:
+            return OB_ERROR("ftok() failed, errno=%d", set.error);
+        case SemaphoreStep::kSemget:
+            return OB_ERROR("semget() failed, cannot create sem, errno=%d", set.error);
+        case SemaphoreStep::kDone:
+            break;
+    }
+    semaphoreId = set.id;
+    process.semaphoreId = set.id;
     // Without SEM_UNDO: the kernel would take this +1 back when the initialising process ends and
     // leave the lock held for ever.
-    if (_System5SemOp(+1, 0) != RC_OK)
+    if (_System5SemOp(set.id, +1, 0) != RC_OK)
         return OB_ERROR("_ApiGlobalUnLock() failed");
     return RC_OK;
 }

@@ -4,12 +4,13 @@
 namespace orblink::sw {
 
 // Opens the existing semaphore.
-int _InitGlobalSem();
+int _InitGlobalSem(int& semaphoreId);
 
 // Creates it, free; fails while it exists.
-int _CreateGlobalSem();
+int _CreateGlobalSem(int& semaphoreId);
 
-int _ApiGlobalLock();
-int _ApiGlobalUnLock();
+// A set that is not there any more makes the process forget what it knows of the family.
+int _ApiGlobalLock(int semaphoreId);
+int _ApiGlobalUnLock(int semaphoreId);
 
 }  // namespace orblink::sw

@@ -1,14 +1,12 @@
-#include <cstdio>
-
+#include "common/stream.h"
 #include "switch/orblink_api.h"
 
 int ORBLINK_isBatteryMode(void)
 {
-    FILE* attribute = fopen("/sys/bus/acpi/drivers/Kova ACPI driver/VQR34DB:00/system_state", "r");
-    if (attribute == nullptr)
+    const orblink::Stream attribute{
+        "/sys/bus/acpi/drivers/Kova ACPI driver/VQR34DB:00/system_state", "r"};
+    if (!attribute)
         return 0;
     int state = 0;
-    const int read = fscanf(attribute, "%d", &state);
-    fclose(attribute);
-    return read == 1 ? state : 0;
+    return fscanf(attribute.Get(), "%d", &state) == 1 ? state : 0;
 }

@@ -1,7 +1,6 @@
-#include "common/log.h"
 #include "common/wait.h"
-#include "switch/lifecycle/defaults.h"
 #include "switch/call/frame.h"
+#include "switch/lifecycle/defaults.h"
 #include "switch/lifecycle/lane.h"
 #include "switch/lifecycle/restore.h"
 
@@ -23,7 +22,7 @@ struct VendorParamsView {
 
 int StoreVendorParams(LogCaller caller, const SwitchDevice& device, const VendorParamsView& given)
 {
-    SwitchVendorRecord& stored = process.region->vendor[device.Idx()];
+    SwitchVendorRecord& stored = device.Vendor();
     if (given.size > sizeof(stored.vendorParams))
         return OB_ERROR_AS(caller, "Vendor param size %d too big , DevIdx=%d", given.size,
                            device.Idx());
@@ -35,8 +34,8 @@ int StoreVendorParams(LogCaller caller, const SwitchDevice& device, const Vendor
 
 VendorParamsView StoredVendorParams(const SwitchDevice& device)
 {
-    const SwitchVendorRecord& stored = process.region->vendor[device.Idx()];
-    const uint32_t size = stored.vendorParamSize;
+    const SwitchVendorRecord& stored = device.Vendor();
+    const uint32_t size = ReadOnce(stored.vendorParamSize);
     constexpr uint32_t kMax = sizeof(stored.vendorParams);
     return {stored.vendorParams, size < kMax ? size : kMax};
 }
@@ -69,10 +68,10 @@ int SendPreReset(LogCaller caller, const SwitchDevice& device)
 
 int PulseResetPin(LogCaller caller, const SwitchDevice& device)
 {
-    const uint32_t pin = device.Record().board.resetGpioPin;
+    const uint32_t pin = ReadOnce(device.Record().board.resetGpioPin);
     if (pin == OB_NO_GPIO_PIN) {
-        OB_INFO_AS(caller, "No hardware-reseting GPIO pin defined, skipping, DevIdx=%d",
-                   device.Idx());
+        OB_NOTICE_AS(caller, "No hardware-reseting GPIO pin defined, skipping, DevIdx=%d",
+                     device.Idx());
         return RC_OK;
     }
     if (OBOS_SetGpioValue(pin, 0) != RC_OK)
@@ -88,14 +87,6 @@ int PulseResetPin(LogCaller caller, const SwitchDevice& device)
     return RC_OK;
 }
 
-int ResetChip(LogCaller caller, const SwitchDevice& device, const VendorParamsView& params)
-{
-    if (device.Hal(&HalTable::ResetSwitch, params.data, params.size) != RC_OK)
-        return OB_ERROR_AS(caller, "ResetSwitch failed, DevIdx=%d", device.Idx());
-    device.Record().config.state = OB_STATE_ENABLED;
-    return RC_OK;
-}
-
 int ReadCapsOnce(LogCaller caller, const SwitchDevice& device)
 {
     SwitchDeviceRecord& record = device.Record();
@@ -107,38 +98,6 @@ int ReadCapsOnce(LogCaller caller, const SwitchDevice& device)
     return RC_OK;
 }
 
-int Configure(LogCaller caller, const SwitchDevice& device, int setDefault)
-{
-    if (ReadCapsOnce(caller, device) != RC_OK)
-        return RC_ERROR;
-    if (setDefault == kLoadDefaults)
-        WriteDefaultConfig(device.Record());
-    if (_RestoreConfig(device) != RC_OK)
-        return OB_ERROR_AS(caller, "Configuration restore failed, DevIdx=%d", device.Idx());
-    if (ResetInternalLane(caller, device) != RC_OK)
-        return RC_ERROR;
-    for (uint8_t port = 1; port < device.NumOfPorts(); ++port)
-        _RestorePortConfig(device, port);  // a port that fails is only logged
-    return RC_OK;
-}
-
-int BringUp(LogCaller caller, const SwitchDevice& device, int setDefault, VendorParamsView params)
-{
-    if (device.IsEnabled()) {
-        OB_NOTICE_AS(caller, "Switch is already enabled, DevIdx=%d", device.Idx());
-        return RC_OK;
-    }
-    if (ChooseVendorParams(caller, device, setDefault, params) != RC_OK ||
-        SendPreReset(caller, device) != RC_OK)
-        return RC_ERROR;
-    if (ORBLINK_isBatteryMode() != 0)
-        return OB_NOTICE_AS(caller, "Modem in battery mode - skipping ResetDisable %d",
-                            device.Idx());
-    if (PulseResetPin(caller, device) != RC_OK || ResetChip(caller, device, params) != RC_OK)
-        return RC_ERROR;
-    return Configure(caller, device, setDefault);
-}
-
 }  // namespace
 
 int ORBLINK_ResetDisable(uint8_t DevIdx, int SetDefault, uint8_t* VendorParams,
@@ -147,17 +106,39 @@ int ORBLINK_ResetDisable(uint8_t DevIdx, int SetDefault, uint8_t* VendorParams,
     EntryExitLines lines{OB_CALLER};
     OB_TRACE("DevIdx = %d, %s configuration", DevIdx,
              SetDefault != kRestore ? "Set default" : "Restore");
-    int result = RC_ERROR;
-    {
-        SwitchLock lock;
-        if (!lock)
-            return OB_ERROR("_ApiProlog() failed, DevIdx=%d", DevIdx);
-        if (DevIdx >= SwitchCount())
-            OB_ERROR("Invalid device index, DevIdx=%d", DevIdx);
-        else
-            result = BringUp(OB_CALLER, SwitchDevice(DevIdx), SetDefault,
-                             {VendorParams, VendorParamSize});
+    FinishedLine finished{OB_CALLER, DevIdx};
+    SwitchCall call{OB_CALLER, DevIdx, &finished};
+    if (!call)
+        return RC_ERROR;
+    const SwitchDevice& device = call.Device();
+    if (call.Enabled()) {
+        OB_NOTICE("Switch is already enabled, DevIdx=%d", DevIdx);
+        return finished.Ok();
     }
-    OB_TRACE("finished %s, DevIdx=%d", result == RC_OK ? "OK" : "with error!", DevIdx);
-    return result;
+    VendorParamsView params = {VendorParams, VendorParamSize};
+    if (ChooseVendorParams(OB_CALLER, device, SetDefault, params) != RC_OK)
+        return RC_ERROR;
+    if (SendPreReset(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (ORBLINK_isBatteryMode() != 0) {
+        OB_NOTICE("Modem in battery mode - skipping ResetDisable %d", DevIdx);
+        return RC_ERROR;
+    }
+    if (PulseResetPin(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (call.Hal(&HalTable::ResetSwitch, params.data, params.size) != RC_OK)
+        return OB_ERROR("ResetSwitch failed, DevIdx=%d", DevIdx);
+    // At once: a failure in what follows leaves the switch enabled.
+    call.Config().state = OB_STATE_ENABLED;
+    if (ReadCapsOnce(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (SetDefault == kLoadDefaults)
+        WriteDefaultConfig(call.Record());
+    if (_RestoreConfig(device) != RC_OK)
+        return OB_ERROR("Configuration restore failed, DevIdx=%d", DevIdx);
+    if (ResetInternalLane(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    for (uint8_t port = 1; port < device.NumOfPorts(); ++port)
+        _RestorePortConfig(device, port);  // result dropped: a port that fails is only logged
+    return finished.Ok();
 }

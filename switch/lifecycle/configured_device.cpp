@@ -14,7 +14,8 @@ int OBOS_GetConfiguredDevice(int Which, struct SwitchBoardEntry* Entry, uint32_t
     }
     if (strncpy_s(Entry->halLibName, sizeof(Entry->halLibName), orblink::sw::kDefaultHalLibrary,
                   sizeof(Entry->halLibName)) != 0)
-        return OB_ERROR_MARKED("Runtime-constraint violation error in function kova_strncpy_s");
+        return OB_ERROR_TWICE(
+            "%s:%d ERROR: %s:%d: Runtime-constraint violation error in function kova_strncpy_s");
     Entry->serdesId = 1;
     Entry->enableGpioPin = 17;
     Entry->resetGpioPin = 19;

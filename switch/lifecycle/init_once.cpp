@@ -1,136 +1,139 @@
 #include <cstring>
 
 #include "common/log.h"
+#include "common/no_cancellation.h"
+#include "switch/call/device.h"
+#include "switch/call/hal_loader.h"
+#include "switch/call/semaphore.h"
 #include "switch/lifecycle/default_hal.h"
 #include "switch/lifecycle/defaults.h"
-#include "switch/call/device.h"
-#include "switch/call/semaphore.h"
 
 namespace orblink::sw {
 namespace {
 
-SwitchDeviceRecord& RecordOf(int switchIdx)
-{
-    return process.region->device[switchIdx];
-}
+// The new semaphore, released at the end of the initialisation.
+class Held {
+public:
+    explicit Held(int semaphoreId) : semaphoreId_(semaphoreId) {}
+    ~Held() { _ApiGlobalUnLock(semaphoreId_); }  // result dropped: what was initialised stands
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+
+private:
+    int semaphoreId_;
+};
 
 int _InitSwitchDevices(SwitchBsd& bsd)
 {
     if (OBOS_CreateSwitchDevices() != RC_OK)
         return OB_ERROR("OBOS_CreateSwitchDevices() failed");
     OB_TRACE("OBOS_CreateSwitchDevices() Done");
-    process.region = static_cast<SwitchDeviceRegion*>(OBOS_MapSwitchDevices());
-    if (process.region == nullptr)
+    auto* const region = static_cast<SwitchDeviceRegion*>(OBOS_MapSwitchDevices());
+    if (region == nullptr)
         return OB_ERROR("OBOS_MapSwitchDevices() failed");
+    Attach(region);
     OB_TRACE("OBOS_MapSwitchDevices() Done");
-    memset(process.region, 0, sizeof(*process.region));
-    for (auto& record : process.region->device)
+    memset(region, 0, sizeof(*region));
+    for (auto& record : region->device)
         record.halIdx = OB_NO_HAL_INDEX;
-    if (OBOS_InitHwSpecificData(&bsd, process.region->vendor) != RC_OK)
+    if (OBOS_InitHwSpecificData(&bsd, region->vendor) != RC_OK)
         return OB_ERROR("OBOS_InitHwSpecificData() failed");
     return RC_OK;
 }
 
+int StoreBoardData(LogCaller caller, SwitchDeviceRegion& region, const SwitchBsd& bsd, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        SwitchBoardEntry& board = region.device[i].board;
+        region.device[i].bsdValid = 1;
+        if (memcpy_s(&board, sizeof(board), &bsd.entry[i], sizeof(bsd.entry[i])) != 0)
+            return OB_ERROR_AS(caller,
+                               "Runtime-constraint violation error in function kova_memcpy_s");
+    }
+    region.NumOfSwitches = static_cast<uint8_t>(count);
+    return RC_OK;
+}
+
 // Switches that name the same library share one HAL index. Returns the number of indices given.
-int AssignHalIndices(int switchCount)
+int AssignHalIndices(SwitchDeviceRegion& region, const SwitchBsd& bsd, int count)
 {
     int firstSwitch[OB_MAX_SWITCHES];
     int given = 0;
-    for (int i = 0; i < switchCount; ++i) {
+    for (int i = 0; i < count; ++i) {
         int halIdx = 0;
         while (halIdx < given &&
-               strncmp(RecordOf(i).board.halLibName, RecordOf(firstSwitch[halIdx]).board.halLibName,
+               strncmp(bsd.entry[i].halLibName, bsd.entry[firstSwitch[halIdx]].halLibName,
                        OB_HAL_NAME_SIZE) != 0)
             ++halIdx;
         if (halIdx == given)
             firstSwitch[given++] = i;
-        RecordOf(i).halIdx = static_cast<uint8_t>(halIdx);
+        region.device[i].halIdx = static_cast<uint8_t>(halIdx);
     }
     return given;
 }
 
-int InitHals(LogCaller caller, int halCount)
+// The default library's chip needs a receive-path reset after each lane reset.
+void MarkReceiveResets(SwitchDeviceRegion& region)
 {
-    for (int halIdx = 0; halIdx < halCount; ++halIdx)
-        if (SwitchDevice(static_cast<uint8_t>(halIdx))
-                .InitHal(process.region->halPrivData[halIdx]) != RC_OK)
-            return OB_ERROR_AS(caller, "InitOnce() failed, HalIdx=%d", halIdx);
-    return RC_OK;
-}
-
-int SetUpSwitches(LogCaller caller, const SwitchBsd& bsd)
-{
-    const int count = bsd.NumOfSwitchDevices <= OB_MAX_SWITCHES ? bsd.NumOfSwitchDevices : 0;
+    const uint8_t count = SwitchCount(region);
     for (int i = 0; i < count; ++i) {
-        RecordOf(i).bsdValid = 1;
-        RecordOf(i).board = bsd.entry[i];
-    }
-    process.region->NumOfSwitches = static_cast<uint8_t>(count);
-    const int halCount = AssignHalIndices(count);
-    if (_LoadHals() != RC_OK)
-        return OB_ERROR_AS(caller, "_LoadHals() failed");
-    return InitHals(caller, halCount);
-}
-
-int ProvisionSwitch(LogCaller caller, const SwitchDevice& device)
-{
-    SwitchDeviceRecord& record = device.Record();
-    // Progress, but at severity 1: operators look for it when a HAL hangs here.
-    OB_ERROR_AS(caller, "Calling GetSwitchCaps() , DevIdx=%d", device.Idx());
-    if (device.Hal(&HalTable::GetSwitchCaps, &record.caps) != RC_OK)
-        return OB_ERROR_AS(caller, "GetSwitchCaps() failed, DevIdx=%d", device.Idx());
-    OB_ERROR_AS(caller, "Return GetSwitchCaps() , DevIdx=%d", device.Idx());
-    record.capsValid = 1;
-    WriteDefaultConfig(record);
-    record.serviceStatus = 0;
-    return RC_OK;
-}
-
-int ProvisionSwitches(LogCaller caller)
-{
-    for (uint8_t i = 0; i < SwitchCount(); ++i)
-        if (ProvisionSwitch(caller, SwitchDevice(i)) != RC_OK)
-            return RC_ERROR;
-    return RC_OK;
-}
-
-void MarkReceiveResets()
-{
-    for (int i = 0; i < SwitchCount(); ++i) {
-        SwitchDeviceRecord& record = RecordOf(i);
+        SwitchDeviceRecord& record = region.device[i];
         if (record.bsdValid != 0 &&
             strncmp(record.board.halLibName, kDefaultHalLibrary, OB_HAL_NAME_SIZE) == 0)
             record.rxResetAfterSerdes = 1;
     }
 }
 
-// All that is done with the new semaphore held.
-int InitFamily(LogCaller caller, bool provision)
+CallState Loaded(SwitchDeviceRegion* region)
 {
-    SwitchBsd bsd;
-    if (_InitSwitchDevices(bsd) != RC_OK)
-        return OB_ERROR_AS(caller, "_InitSwitchDevices() failed");
-    if (SetUpSwitches(caller, bsd) != RC_OK)
-        return RC_ERROR;
-    if (provision && ProvisionSwitches(caller) != RC_OK)
-        return RC_ERROR;
-    MarkReceiveResets();
-    return RC_OK;
+    CallState state;
+    state.region = region;
+    for (int i = 0; i < OB_MAX_SWITCHES; ++i)
+        state.halTables[i] = process.halTables[i];
+    return state;
 }
 
 }  // namespace
 }  // namespace orblink::sw
 
+using namespace orblink;
+using namespace orblink::sw;
+
 int ORBLINK_InitOnce(uint32_t Arg)
 {
-    using namespace orblink;
-    using namespace orblink::sw;
-
-    if (_CreateGlobalSem() != RC_OK)
+    const NoCancellation uncancelled;
+    int semaphoreId = -1;
+    if (_CreateGlobalSem(semaphoreId) != RC_OK)
         return OB_ERROR("_CreateGlobalSem() failed");
-    if (_ApiGlobalLock() != RC_OK)
+    if (_ApiGlobalLock(semaphoreId) != RC_OK)
         return OB_ERROR("_ApiGlobalLock() failed");
-    const int result = InitFamily(OB_CALLER, (Arg & 0xFF) != 0);
-    _ApiGlobalUnLock();
-    return result;
+    const Held held{semaphoreId};
+    SwitchBsd bsd;
+    if (_InitSwitchDevices(bsd) != RC_OK)
+        return OB_ERROR("_InitSwitchDevices() failed");
+    SwitchDeviceRegion& region = *process.region;
+    const int count = bsd.NumOfSwitchDevices <= OB_MAX_SWITCHES ? bsd.NumOfSwitchDevices : 0;
+    if (StoreBoardData(OB_CALLER, region, bsd, count) != RC_OK)
+        return RC_ERROR;
+    const int halCount = AssignHalIndices(region, bsd, count);
+    if (_LoadHals(region) != RC_OK)
+        return OB_ERROR("_LoadHals() failed");
+    const CallState state = Loaded(&region);
+    for (uint8_t halIdx = 0; halIdx < halCount; ++halIdx)
+        if (SwitchDevice(state, halIdx).InitHal(region.halPrivData[halIdx]) != RC_OK)
+            return OB_ERROR("InitOnce() failed, HalIdx=%d", halIdx);
+    const uint8_t toProvision = (Arg & 0xFF) != 0 ? SwitchCount(region) : uint8_t{0};
+    for (uint8_t i = 0; i < toProvision; ++i) {
+        const SwitchDevice device{state, i};
+        // Progress, but at severity 1: operators look for it when a HAL hangs here.
+        OB_ERROR("Calling GetSwitchCaps() , DevIdx=%d", i);
+        if (device.Hal(&HalTable::GetSwitchCaps, &device.Record().caps) != RC_OK)
+            return OB_ERROR("GetSwitchCaps() failed, DevIdx=%d", i);
+        OB_ERROR("Return GetSwitchCaps() , DevIdx=%d", i);
+        device.Record().capsValid = 1;
+        WriteDefaultConfig(device.Record());
+        device.Record().serviceStatus = 0;
+    }
+    MarkReceiveResets(region);
+    return RC_OK;
 }

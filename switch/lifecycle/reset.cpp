@@ -1,4 +1,3 @@
-#include "common/log.h"
 #include "switch/call/frame.h"
 
 using namespace orblink;
@@ -11,10 +10,10 @@ int ORBLINK_ResetEnable(uint8_t DevIdx)
     SwitchCall call{OB_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
-    SwitchDeviceRecord& record = call.Record();
-    if (!call.Device().IsEnabled())
-        OB_NOTICE("Switch is not enabled, state=%d, DevIdx=%d", record.config.state, DevIdx);
-    const uint32_t pin = record.board.resetGpioPin;
+    const uint32_t state = ReadOnce(call.Config().state);
+    if (state != OB_STATE_ENABLED)
+        OB_NOTICE("Switch is not enabled, state=%d, DevIdx=%d", state, DevIdx);
+    const uint32_t pin = ReadOnce(call.Record().board.resetGpioPin);
     if (pin == OB_NO_GPIO_PIN) {
         OB_NOTICE("No 'Reset GPIO' pin defined for device %d!", DevIdx);
         return RC_OK;
@@ -22,7 +21,7 @@ int ORBLINK_ResetEnable(uint8_t DevIdx)
     if (OBOS_SetGpioValue(pin, 0) != RC_OK)
         return OB_ERROR("OBOS_SetGpioValue failed, DevIdx %d, pin=%d, val=0", DevIdx, pin);
     OB_INFO("OBOS_SetGpioValue done, DevIdx %d, pin=%d, val=0", DevIdx, pin);
-    record.dvtPorts = 0;
-    record.config.state = OB_STATE_RESET;
+    call.Record().dvtPorts = 0;
+    call.Config().state = OB_STATE_RESET;
     return RC_OK;
 }

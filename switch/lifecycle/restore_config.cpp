@@ -1,24 +1,16 @@
-#include <initializer_list>
-
 #include "common/log.h"
+#include "switch/call/port_bits.h"
+#include "switch/lifecycle/defaults.h"
 #include "switch/lifecycle/restore.h"
 
-// Each step takes the caller's name: an operator reads one story, told by _RestoreConfig.
+// Each step logs in the name of its caller: an operator reads one story, told by _RestoreConfig.
 namespace orblink::sw {
 namespace {
-
-constexpr uint16_t kChipVlan = 1;
-constexpr uint16_t kChipMtu = 2000;
-
-bool HasBit(uint8_t bitmap, int port)
-{
-    return ((bitmap >> port) & 1) != 0;
-}
 
 int DisablePorts(LogCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "- Disable all ports so no traffic will flow in unstable state");
-    for (int port = 0; port < device.NumOfPorts(); ++port) {
+    for (uint8_t port = 0; port < device.NumOfPorts(); ++port) {
         if (device.Hal(&HalTable::DisablePort, port) != RC_OK)
             return OB_ERROR_AS(self, "DisablePort failed, PortIdx=%d", port);
         OB_INFO_AS(self, "Disabled Port %d", port);
@@ -28,7 +20,7 @@ int DisablePorts(LogCaller self, const SwitchDevice& device)
 
 int EnterProviderBridgedMode(LogCaller self, const SwitchDevice& device)
 {
-    const uint16_t tpid = device.Record().config.STagTpid;
+    const uint16_t tpid = ReadOnce(device.Config().STagTpid);
     OB_INFO_AS(self, "InProviderBridgedMode == True");
     if (device.Hal(&HalTable::EnableProviderBridgedMode, tpid) != RC_OK)
         return OB_ERROR_AS(self, "EnableProviderBridgedMode failed, STagTpid=0x%x", tpid);
@@ -46,9 +38,9 @@ int LeaveProviderBridgedMode(LogCaller self, const SwitchDevice& device)
 
 int RestoreVlanMode(LogCaller self, const SwitchDevice& device)
 {
-    const uint32_t mode = device.Record().config.InProviderBridgedMode;
+    const uint32_t mode = ReadOnce(device.Config().InProviderBridgedMode);
     OB_INFO_AS(self, "Set VLAN mode");
-    if (mode != 0) {
+    if (mode != kDefaultBridgedMode) {
         OB_INFO_AS(self, "InProviderBridgedMode != ORBLINK_DEF_PBM");
         const int result = mode == 1 ? EnterProviderBridgedMode(self, device)
                                      : LeaveProviderBridgedMode(self, device);
@@ -59,10 +51,10 @@ int RestoreVlanMode(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestorePortGroup(LogCaller self, const SwitchDevice& device, int port)
+int RestorePortGroup(LogCaller self, const SwitchDevice& device, uint8_t port)
 {
-    const int32_t group = device.Record().config.groupId[port];
-    if (group == OB_NO_GROUP)
+    const int32_t group = ReadOnce(device.Config().groupId[port]);
+    if (group == kDefaultGroup)
         return RC_OK;
     if (device.Hal(&HalTable::SetLanPortGroupId, port, static_cast<uint32_t>(group)) != RC_OK)
         return OB_ERROR_AS(self, "SetLanPortGroupId failed, PortIdx=%d, GroupId=%d", port, group);
@@ -70,10 +62,10 @@ int RestorePortGroup(LogCaller self, const SwitchDevice& device, int port)
     return RC_OK;
 }
 
-int RestorePortVlan(LogCaller self, const SwitchDevice& device, int port)
+int RestorePortVlan(LogCaller self, const SwitchDevice& device, uint8_t port)
 {
-    const uint16_t vlan = device.Record().config.lanPortVlan[port];
-    if (vlan == kChipVlan)
+    const uint16_t vlan = ReadOnce(device.Config().lanPortVlan[port]);
+    if (vlan == kDefaultVlan)
         return RC_OK;
     if (device.Hal(&HalTable::SetLanPortVlan, port, vlan) != RC_OK)
         return OB_ERROR_AS(self, "SetLanPortVlan failed, PortIdx=%d, Vlan=%d", port, vlan);
@@ -81,10 +73,10 @@ int RestorePortVlan(LogCaller self, const SwitchDevice& device, int port)
     return RC_OK;
 }
 
-int RestorePortPcp(LogCaller self, const SwitchDevice& device, int port)
+int RestorePortPcp(LogCaller self, const SwitchDevice& device, uint8_t port)
 {
-    const uint8_t pcp = device.Record().config.lanPortPcp[port];
-    if (pcp == 0)
+    const uint8_t pcp = ReadOnce(device.Config().lanPortPcp[port]);
+    if (pcp == kDefaultPcp)
         return RC_OK;
     if (device.Hal(&HalTable::SetLanPortPcp, port, pcp) != RC_OK)
         return OB_ERROR_AS(self, "SetLanPortPcp failed, PortIdx=%d, PCP=%d", port, pcp);
@@ -92,10 +84,10 @@ int RestorePortPcp(LogCaller self, const SwitchDevice& device, int port)
     return RC_OK;
 }
 
-int RestorePortTagging(LogCaller self, const SwitchDevice& device, int port)
+int RestorePortTagging(LogCaller self, const SwitchDevice& device, uint8_t port)
 {
-    const uint32_t tagging = device.Record().config.egressTagging[port];
-    if (tagging == 0)
+    const uint32_t tagging = ReadOnce(device.Config().egressTagging[port]);
+    if (tagging == kDefaultTagging)
         return RC_OK;
     if (device.Hal(&HalTable::SetLanPortEgressTagging, port, tagging) != RC_OK)
         return OB_ERROR_AS(self, "SetLanPortEgressTagging failed, PortIdx=%d, EgressTagging=%d",
@@ -108,14 +100,15 @@ int RestorePortTagging(LogCaller self, const SwitchDevice& device, int port)
 int RestoreLanPorts(LogCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "- Set VLAN-Port associations:");
-    for (int port = 1; port < device.NumOfPorts(); ++port) {
+    for (uint8_t port = 1; port < device.NumOfPorts(); ++port) {
         OB_INFO_AS(self, "- Port %d", port);
-        if (device.Record().caps.port[port].portHasPhy != 1)
+        if (device.PortHasPhy(port) != 1)
             continue;
-        for (const auto restore :
-             {RestorePortGroup, RestorePortVlan, RestorePortPcp, RestorePortTagging})
-            if (restore(self, device, port) != RC_OK)
-                return RC_ERROR;
+        if (RestorePortGroup(self, device, port) != RC_OK ||
+            RestorePortVlan(self, device, port) != RC_OK ||
+            RestorePortPcp(self, device, port) != RC_OK ||
+            RestorePortTagging(self, device, port) != RC_OK)
+            return RC_ERROR;
     }
     OB_INFO_AS(self, "- Set VLAN-Port associations done");
     return RC_OK;
@@ -124,7 +117,7 @@ int RestoreLanPorts(LogCaller self, const SwitchDevice& device)
 int RestoreMacVlans(LogCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Src MAC forwarding to VLAN");
-    for (const MacToVlanEntry& entry : device.Record().config.macToVlanTable) {
+    for (const MacToVlanEntry& entry : device.Config().macToVlanTable) {
         if (entry.EnableMapping == 0)
             continue;
         if (device.Hal(&HalTable::MapSetMacToVlan, entry.LogPort, entry.Mac, entry.Mask,
@@ -138,35 +131,34 @@ int RestoreMacVlans(LogCaller self, const SwitchDevice& device)
 int RestoreMacAging(LogCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set MAC aging");
-    const auto aging = static_cast<int>(device.Record().config.macAging);
+    const auto aging = static_cast<int>(ReadOnce(device.Config().macAging));
     if (device.Hal(&HalTable::SetMacAging, aging) != RC_OK)
         return OB_ERROR_AS(self, "Set MAC aging failed, DevIdx=%d", device.Idx());
     OB_INFO_AS(self, "Done set MAC aging");
     return RC_OK;
 }
 
-int RestorePortSpeed(LogCaller self, const SwitchDevice& device, int port)
+int RestorePortSpeed(LogCaller self, const SwitchDevice& device, uint8_t port)
 {
-    const auto link = device.Record().config.link[port];
+    const uint32_t speed = ReadOnce(device.Config().link[port].linkSpeed);
+    const uint32_t duplex = ReadOnce(device.Config().link[port].linkFullDuplex);
     OB_INFO_AS(self, "- Port %d HasPhy", port);
-    if (link.linkSpeed == OB_SPEED_AUTONEG && link.linkFullDuplex == 1)
+    if (speed == kDefaultSpeed && duplex == kDefaultDuplex)
         return RC_OK;
-    if (device.Hal(&HalTable::SetPhyPortSpeedDuplex, port, link.linkSpeed, link.linkFullDuplex) !=
-        RC_OK)
+    if (device.Hal(&HalTable::SetPhyPortSpeedDuplex, port, speed, duplex) != RC_OK)
         return OB_ERROR_AS(self, "SetPhyPortSpeedDuplex failed, Port=%d, Speed=%d, Duplex=%d", port,
-                           link.linkSpeed, link.linkFullDuplex);
-    OB_INFO_AS(self, "SetPhyPortSpeedDuplex done, Port=%d, Speed=%d, Duplex=%d", port,
-               link.linkSpeed, link.linkFullDuplex);
+                           speed, duplex);
+    OB_INFO_AS(self, "SetPhyPortSpeedDuplex done, Port=%d, Speed=%d, Duplex=%d", port, speed,
+               duplex);
     return RC_OK;
 }
 
 int RestorePhys(LogCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set PHY properties");
-    for (int port = 1; port < device.NumOfPorts(); ++port) {
+    for (uint8_t port = 1; port < device.NumOfPorts(); ++port) {
         OB_INFO_AS(self, "- Port %d", port);
-        if (device.Record().caps.port[port].portHasPhy == 1 &&
-            RestorePortSpeed(self, device, port) != RC_OK)
+        if (device.PortHasPhy(port) == 1 && RestorePortSpeed(self, device, port) != RC_OK)
             return RC_ERROR;
     }
     OB_INFO_AS(self, "Set PHY properties done");
@@ -176,9 +168,9 @@ int RestorePhys(LogCaller self, const SwitchDevice& device)
 int RestoreMirroring(LogCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set mirroring");
-    for (int port = 0; port < device.NumOfPorts(); ++port) {
-        const uint8_t destination = device.Record().config.mirrorDst[port];
-        if (destination == OB_NO_MIRROR)
+    for (uint8_t port = 0; port < device.NumOfPorts(); ++port) {
+        const uint8_t destination = ReadOnce(device.Config().mirrorDst[port]);
+        if (destination == kDefaultMirror)
             continue;
         if (device.Hal(&HalTable::SetPortMirror, port, destination) != RC_OK)
             return OB_ERROR_AS(self, "SetPortMirror failed, SrcPortIdx=%d, DstPortInd=%d", port,
@@ -192,8 +184,8 @@ int RestoreMirroring(LogCaller self, const SwitchDevice& device)
 int RestoreRgmiiDelays(LogCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set RGMII delay");
-    for (int port = 0; port < device.NumOfPorts(); ++port) {
-        if (!HasBit(device.Record().config.rgmiiDelayPorts, port))
+    for (uint8_t port = 0; port < device.NumOfPorts(); ++port) {
+        if (!HasPort(device.Config().rgmiiDelayPorts, port))
             continue;
         if (device.Hal(&HalTable::EnableRgmiiDelay, port) != RC_OK)
             return OB_ERROR_AS(self, "EnableRgmiiDelay failed, PortIdx=%d", port);
@@ -221,9 +213,9 @@ int SwitchSnoopingOff(LogCaller self, const SwitchDevice& device)
 
 int RestoreSnooping(LogCaller self, const SwitchDevice& device)
 {
-    const uint32_t snooping = device.Record().config.igmpSnooping;
+    const uint32_t snooping = ReadOnce(device.Config().igmpSnooping);
     OB_INFO_AS(self, "Set IGMP snooping ");
-    if (snooping != 0) {
+    if (snooping != kDefaultSnooping) {
         const int result =
             snooping == 1 ? SwitchSnoopingOn(self, device) : SwitchSnoopingOff(self, device);
         if (result != RC_OK)
@@ -235,9 +227,9 @@ int RestoreSnooping(LogCaller self, const SwitchDevice& device)
 
 int RestoreMtu(LogCaller self, const SwitchDevice& device)
 {
-    const uint16_t mtu = device.Record().config.mtuSize;
+    const uint16_t mtu = ReadOnce(device.Config().mtuSize);
     OB_INFO_AS(self, "Set MTU size ");
-    if (mtu == kChipMtu)
+    if (mtu == kDefaultMtu)
         return RC_OK;
     if (device.Hal(&HalTable::SetMtuSize, mtu) != RC_OK)
         return OB_ERROR_AS(self, "Set MTU size failed");
@@ -247,7 +239,7 @@ int RestoreMtu(LogCaller self, const SwitchDevice& device)
 
 int RestoreLedMode(LogCaller self, const SwitchDevice& device)
 {
-    const uint8_t mode = device.Record().config.ledMode;
+    const uint8_t mode = ReadOnce(device.Config().ledMode);
     OB_INFO_AS(self, "Set LED config to %u", mode);
     if (!device.HasSlot(&HalTable::SetLEDConfig)) {
         OB_NOTICE_AS(self, "No HAL Function to set LED config!");
@@ -261,10 +253,10 @@ int RestoreLedMode(LogCaller self, const SwitchDevice& device)
 
 int EnablePorts(LogCaller self, const SwitchDevice& device)
 {
-    const uint8_t enabled = device.Record().config.enabledPorts;
+    const uint8_t enabled = ReadOnce(device.Config().enabledPorts);
     OB_INFO_AS(self, "Enabling Ports: Mask 0x%x", enabled);
-    for (int port = 0; port < device.NumOfPorts(); ++port) {
-        if (!HasBit(enabled, port))
+    for (uint8_t port = 0; port < device.NumOfPorts(); ++port) {
+        if (!HasPort(enabled, port))
             continue;
         if (device.Hal(&HalTable::EnablePort, port) != RC_OK)
             return OB_ERROR_AS(self, "EnablePort failed, PortIdx=%d", port);
@@ -274,20 +266,34 @@ int EnablePorts(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-constexpr int (*kSteps[])(LogCaller, const SwitchDevice&) = {
-    DisablePorts,    RestoreVlanMode, RestoreLanPorts,  RestoreMacVlans,
-    RestoreMacAging, RestorePhys,     RestoreMirroring, RestoreRgmiiDelays,
-    RestoreSnooping, RestoreMtu,      RestoreLedMode,   EnablePorts};
-
 }  // namespace
 
 int _RestoreConfig(const SwitchDevice& device)
 {
     OB_INFO("DevIdx %d", device.Idx());
-    for (const auto step : kSteps)
-        if (step(OB_CALLER, device) != RC_OK)
-            return RC_ERROR;
-    return RC_OK;
+    if (DisablePorts(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreVlanMode(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreLanPorts(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreMacVlans(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreMacAging(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestorePhys(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreMirroring(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreRgmiiDelays(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreSnooping(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreMtu(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    if (RestoreLedMode(OB_CALLER, device) != RC_OK)
+        return RC_ERROR;
+    return EnablePorts(OB_CALLER, device);
 }
 
 }  // namespace orblink::sw

@@ -1,4 +1,5 @@
 #include "common/log.h"
+#include "switch/call/port_bits.h"
 #include "switch/lifecycle/restore.h"
 
 namespace orblink::sw {
@@ -7,13 +8,13 @@ int _RestorePortConfig(const SwitchDevice& device, uint8_t port)
 {
     if (device.PortHasPhy(port) == 0)
         return RC_OK;
-    const auto link = device.Record().config.link[port];
-    if (device.Hal(&HalTable::SetPhyPortSpeedDuplex, port, link.linkSpeed, link.linkFullDuplex) !=
-        RC_OK)
+    const uint32_t speed = ReadOnce(device.Config().link[port].linkSpeed);
+    const uint32_t duplex = ReadOnce(device.Config().link[port].linkFullDuplex);
+    if (device.Hal(&HalTable::SetPhyPortSpeedDuplex, port, speed, duplex) != RC_OK)
         return OB_ERROR(
             "SetPhyPortSpeedDuplex failed PhyPortIdx=%d, PhySpeed=%d, FullDp=%d, DevIdx=%d", port,
-            link.linkSpeed, link.linkFullDuplex, device.Idx());
-    if (((device.Record().config.eeePorts >> port) & 1) != 0) {
+            speed, duplex, device.Idx());
+    if (HasPort(device.Config().eeePorts, port)) {
         if (device.Hal(&HalTable::EnablePhyPortEee, port) != RC_OK)
             return OB_ERROR("EnablePhyPortEee failed, PhyPortIdx = %d, DevIdx=%d", port,
                             device.Idx());

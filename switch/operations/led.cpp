@@ -37,11 +37,11 @@ int ORBLINK_GetLEDConfig(uint8_t DevIdx, uint8_t* Mode)
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
-    if (call.Device().IsEnabled() && ReadFromChip(OB_CALLER, call.Device(), Mode) != RC_OK)
+    if (call.Enabled() && ReadFromChip(OB_CALLER, call.Device(), Mode) != RC_OK)
         return RC_ERROR;
-    if (*Mode != call.Config().ledMode)
-        OB_NOTICE("LED config provisioned mode is %u but actual mode is %u", call.Config().ledMode,
-                  *Mode);
+    const uint8_t provisioned = ReadOnce(call.Config().ledMode);
+    if (*Mode != provisioned)
+        OB_NOTICE("LED config provisioned mode is %u but actual mode is %u", provisioned, *Mode);
     return finished.Ok();
 }
 
@@ -52,7 +52,7 @@ int ORBLINK_SetLEDConfig(uint8_t DevIdx, uint8_t Mode)
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
-    if (call.Device().IsEnabled() && WriteToChip(OB_CALLER, call.Device(), Mode) != RC_OK)
+    if (call.Enabled() && WriteToChip(OB_CALLER, call.Device(), Mode) != RC_OK)
         return RC_ERROR;
     call.Config().ledMode = Mode;
     return finished.Ok();

@@ -14,7 +14,7 @@ int ORBLINK_SetMacAging(uint8_t DevIdx, int Aging)
     SwitchCall call{OB_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
-    if (call.Device().IsEnabled() && call.Device().Hal(&HalTable::SetMacAging, Aging) != RC_OK)
+    if (call.Enabled() && call.Hal(&HalTable::SetMacAging, Aging) != RC_OK)
         return OB_ERROR("Set MAC aging failed, DevIdx=%d", DevIdx);
     call.Config().macAging = static_cast<uint32_t>(Aging);
     return RC_OK;

@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "switch/operations/pass_through.h"
+#include "switch/call/frame.h"
 
 using namespace orblink;
 using namespace orblink::sw;
@@ -51,12 +51,14 @@ uint32_t _AddMacToOutputTable(MacEntry* entry)
 int ORBLINK_ForEachMacEntry(uint8_t DevIdx, MacEntryCallback Callback)
 {
     OB_TRACE("");
-    return PassThrough(
-        OB_CALLER, DevIdx,
-        [&, caller = OB_CALLER] {
-            return OB_ERROR_AS(caller, "ForEachMacEntry failed, DevIdx=%d", DevIdx);
-        },
-        &HalTable::ForEachMacEntry, Callback, nullptr);
+    SwitchCall call{OB_CALLER, DevIdx};
+    if (!call)
+        return RC_ERROR;
+    if (!call.Enabled())
+        return OB_ERROR("Switch is not in enabled state, DevIdx=%d", DevIdx);
+    if (call.Hal(&HalTable::ForEachMacEntry, Callback, nullptr) != RC_OK)
+        return OB_ERROR("ForEachMacEntry failed, DevIdx=%d", DevIdx);
+    return RC_OK;
 }
 
 int ORBLINK_GetMacTable(uint8_t DevIdx, struct MacTable* Table)
@@ -65,11 +67,13 @@ int ORBLINK_GetMacTable(uint8_t DevIdx, struct MacTable* Table)
     if (Table == nullptr)
         return OB_ERROR("MacTable is NULL");
     SwitchCall call{OB_CALLER, DevIdx};
-    if (!call || RequireEnabled(OB_CALLER, call.Device()) != RC_OK)
+    if (!call)
         return RC_ERROR;
+    if (!call.Enabled())
+        return OB_ERROR("Switch is not in enabled state, DevIdx=%d", DevIdx);
     memset(Table, 0, sizeof(*Table));
     const Walk walk{Table};
-    if (call.Device().Hal(&HalTable::ForEachMacEntry, _AddMacToOutputTable, Table) != RC_OK)
+    if (call.Hal(&HalTable::ForEachMacEntry, _AddMacToOutputTable, Table) != RC_OK)
         return OB_ERROR("ForEachMacEntry failed, DevIdx=%d", DevIdx);
     return RC_OK;
 }

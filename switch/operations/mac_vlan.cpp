@@ -74,7 +74,7 @@ int ORBLINK_MapMactoVlan(uint8_t DevIdx, uint8_t LogPort, const uint8_t* Mac, ui
     SwitchCall call{OB_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
-    if (LogPort < 1 || LogPort >= call.Device().NumOfPorts())
+    if (!call.Device().IsLanPort(LogPort))
         return OB_ERROR("Invalid PhyPortIdx=%d, DevIdx=%d", LogPort, DevIdx);
     Mapping mapping = {.logPort = LogPort, .mac = {}, .mask = Mask, .vlanId = VlanId};
     if (memcpy_s(mapping.mac, sizeof(mapping.mac), Mac, kMacSize) != 0)
@@ -82,11 +82,10 @@ int ORBLINK_MapMactoVlan(uint8_t DevIdx, uint8_t LogPort, const uint8_t* Mac, ui
     FillMaskedNibbles(mapping);
     if (_SetMacVlanMapping(call.Config(), mapping, EnableMapping) != RC_OK)
         return OB_ERROR("orbLinkDb_SetMacVlanMapping failed");
-    if (!call.Device().IsEnabled())
+    if (!call.Enabled())
         return RC_OK;
     const uint8_t* mac = mapping.mac;
-    if (call.Device().Hal(&HalTable::MapSetMacToVlan, LogPort, mac, Mask, VlanId, EnableMapping) !=
-        RC_OK)
+    if (call.Hal(&HalTable::MapSetMacToVlan, LogPort, mac, Mask, VlanId, EnableMapping) != RC_OK)
         return OB_ERROR(
             "MapSetMacToVlan failed, LogPort=%d, Mac=%02X:%02X:%02X:%02X:%02X:%02X, Mask=%04X, "
             "VlanId=%d, EnableMapping=%d",

@@ -10,13 +10,13 @@ int ORBLINK_SetMtuSize(uint8_t DevIdx, uint16_t Val)
     SwitchLock lock;
     if (!lock)
         return OB_ERROR("_ApiProlog() failed, DevIdx=%hhu", DevIdx);
-    if (DevIdx >= SwitchCount())
+    if (DevIdx >= SwitchCount(lock.Region()))
         return OB_ERROR("Invalid device index, DevIdx=%hhu", DevIdx);
-    const SwitchDevice device{DevIdx};
-    if (!device.IsEnabled())
+    const SwitchDevice device{lock.State(), DevIdx};
+    if (!device.Enabled())
         return OB_ERROR("Switch is not in enabled state, DevIdx=%hhu", DevIdx);
     if (device.Hal(&HalTable::SetMtuSize, Val) != RC_OK)
         return OB_ERROR("SetMtuSize failed, Val=%hu, DevIdx=%hhu", Val, DevIdx);
-    device.Record().config.mtuSize = Val;
+    device.Config().mtuSize = Val;
     return RC_OK;
 }

@@ -1,5 +1,5 @@
-#include "switch/call/bitmap.h"
-#include "switch/operations/pass_through.h"
+#include "switch/call/frame.h"
+#include "switch/call/port_bits.h"
 #include "switch/lifecycle/restore.h"
 
 using namespace orblink;
@@ -21,9 +21,9 @@ int ORBLINK_EnablePhyPortDvt(uint8_t DevIdx, uint8_t PhyPortIdx, int DvtTest)
         return RC_ERROR;
     if (call.Device().PortHasPhy(PhyPortIdx) == 0)
         return OB_ERROR("PhyPortIdx=%d does not have PHY attached, DevIdx=%d", PhyPortIdx, DevIdx);
-    if (RequireEnabled(OB_CALLER, call.Device()) != RC_OK)
-        return RC_ERROR;
-    if (call.Device().Hal(&HalTable::SetPhyPortDvt, PhyPortIdx, DvtTest) != RC_OK)
+    if (!call.Enabled())
+        return OB_ERROR("Switch is not in enabled state, DevIdx=%d", DevIdx);
+    if (call.Hal(&HalTable::SetPhyPortDvt, PhyPortIdx, DvtTest) != RC_OK)
         return OB_ERROR("SetPhyPortDvt failed, DevIdx %d , PhyPortIdx %d, DvtTest %d", DevIdx,
                         PhyPortIdx, DvtTest);
     call.Record().dvtPorts = WithPort(call.Record().dvtPorts, PhyPortIdx);
@@ -33,11 +33,13 @@ int ORBLINK_EnablePhyPortDvt(uint8_t DevIdx, uint8_t PhyPortIdx, int DvtTest)
 int ORBLINK_DisablePhyPortDvt(uint8_t DevIdx, uint8_t PhyPortIdx)
 {
     SwitchCall call{OB_CALLER, DevIdx};
-    if (!call || RequireEnabled(OB_CALLER, call.Device()) != RC_OK)
+    if (!call)
         return RC_ERROR;
+    if (!call.Enabled())
+        return OB_ERROR("Switch is not in enabled state, DevIdx=%d", DevIdx);
     if (call.Device().PortHasPhy(PhyPortIdx) == 0)
         return OB_ERROR("Not a LAN port, DevIdx %d , PhyPortIdx %d", DevIdx, PhyPortIdx);
-    if (call.Device().Hal(&HalTable::SetPhyPortDvt, PhyPortIdx, kNoTest) != RC_OK)
+    if (call.Hal(&HalTable::SetPhyPortDvt, PhyPortIdx, kNoTest) != RC_OK)
         return OB_ERROR("SetPhyPortDvt failed, DevIdx %d , PhyPortIdx %d", DevIdx, PhyPortIdx);
     call.Record().dvtPorts = WithoutPort(call.Record().dvtPorts, PhyPortIdx);
     if (_RestorePortConfig(call.Device(), PhyPortIdx) != RC_OK)

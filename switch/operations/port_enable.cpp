@@ -1,38 +1,12 @@
-#include "switch/call/bitmap.h"
+#include "switch/call/frame.h"
+#include "switch/call/port_bits.h"
 #include "switch/lifecycle/lane.h"
-#include "switch/operations/pass_through.h"
 #include "switch/lifecycle/restore.h"
 
 using namespace orblink;
 using namespace orblink::sw;
 
-namespace {
-
 constexpr uint8_t kLanePort = 0;
-
-bool IsPort(LogCaller caller, const SwitchCall& call, uint8_t port)
-{
-    if (!call)
-        return false;
-    if (port < call.Device().NumOfPorts())
-        return true;
-    OB_ERROR_AS(caller, "Invalid PhyPortIdx=%d, DevIdx=%d", port, call.Device().Idx());
-    return false;
-}
-
-int EnableOnChip(LogCaller caller, const SwitchDevice& device, uint8_t port)
-{
-    if (device.Hal(&HalTable::EnablePort, port) != RC_OK)
-        return OB_ERROR_AS(caller, "EnablePort failed, PortIdx=%d, DevIdx=%d", port, device.Idx());
-    if (port == kLanePort && ResetInternalLane(caller, device) != RC_OK)
-        return RC_ERROR;
-    if (_RestorePortConfig(device, port) != RC_OK)
-        return OB_ERROR_AS(caller, "Failed restore port configuration, DevIdx=%d PhyPortIdx=%d",
-                           device.Idx(), port);
-    return RC_OK;
-}
-
-}  // namespace
 
 int ORBLINK_EnablePort(uint8_t DevIdx, uint8_t PortIdx)
 {
@@ -40,8 +14,10 @@ int ORBLINK_EnablePort(uint8_t DevIdx, uint8_t PortIdx)
     OB_TRACE("DevIdx %d, PortIdx=%d", DevIdx, PortIdx);
     FinishedLine finished{OB_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
-    if (!IsPort(OB_CALLER, call, PortIdx))
+    if (!call)
         return RC_ERROR;
+    if (!call.Device().IsPort(PortIdx))
+        return OB_ERROR("Invalid PhyPortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
     uint8_t& enabledPorts = call.Config().enabledPorts;
     if (HasPort(enabledPorts, PortIdx)) {
         OB_NOTICE("PortIdx=%d link is already enabled, DevIdx=%d", PortIdx, DevIdx);
@@ -49,12 +25,17 @@ int ORBLINK_EnablePort(uint8_t DevIdx, uint8_t PortIdx)
     }
     // Stored first and kept whatever follows: a later restore or retry wants the port up.
     enabledPorts = WithPort(enabledPorts, PortIdx);
-    if (!call.Device().IsEnabled()) {
+    if (!call.Enabled()) {
         OB_NOTICE("Switch is not in enabled state, DevIdx=%d", DevIdx);
         return finished.Ok();
     }
-    if (EnableOnChip(OB_CALLER, call.Device(), PortIdx) != RC_OK)
+    if (call.Hal(&HalTable::EnablePort, PortIdx) != RC_OK)
+        return OB_ERROR("EnablePort failed, PortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
+    if (PortIdx == kLanePort && ResetInternalLane(OB_CALLER, call.Device()) != RC_OK)
         return RC_ERROR;
+    if (_RestorePortConfig(call.Device(), PortIdx) != RC_OK)
+        return OB_ERROR("Failed restore port configuration, DevIdx=%d PhyPortIdx=%d", DevIdx,
+                        PortIdx);
     return finished.Ok();
 }
 
@@ -67,8 +48,12 @@ int ORBLINK_GetPortEnable(uint8_t DevIdx, uint8_t PortIdx, uint32_t* Enabled)
     *Enabled = 1;
     FinishedLine finished{OB_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
-    if (!IsPort(OB_CALLER, call, PortIdx) || RequireEnabled(OB_CALLER, call.Device()) != RC_OK)
+    if (!call)
         return RC_ERROR;
+    if (!call.Device().IsPort(PortIdx))
+        return OB_ERROR("Invalid PhyPortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
+    if (!call.Enabled())
+        return OB_ERROR("Switch is not in enabled state, DevIdx=%d", DevIdx);
     if (!HasPort(call.Config().enabledPorts, PortIdx))
         *Enabled = 0;
     return finished.Ok();
@@ -80,8 +65,10 @@ int ORBLINK_DisablePort(uint8_t DevIdx, uint8_t PortIdx)
     OB_TRACE("DevIdx %d, PortIdx=%d", DevIdx, PortIdx);
     FinishedLine finished{OB_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
-    if (!IsPort(OB_CALLER, call, PortIdx))
+    if (!call)
         return RC_ERROR;
+    if (!call.Device().IsPort(PortIdx))
+        return OB_ERROR("Invalid PhyPortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
     uint8_t& enabledPorts = call.Config().enabledPorts;
     if (!HasPort(enabledPorts, PortIdx)) {
         OB_NOTICE("PortIdx=%d link is already disabled, DevIdx=%d", PortIdx, DevIdx);
@@ -89,11 +76,11 @@ int ORBLINK_DisablePort(uint8_t DevIdx, uint8_t PortIdx)
     }
     call.Record().dvtPorts = WithoutPort(call.Record().dvtPorts, PortIdx);
     enabledPorts = WithoutPort(enabledPorts, PortIdx);
-    if (!call.Device().IsEnabled()) {
+    if (!call.Enabled()) {
         OB_NOTICE("Switch is not in enabled state, DevIdx=%d", DevIdx);
         return finished.Ok();
     }
-    if (call.Device().Hal(&HalTable::DisablePort, PortIdx) != RC_OK)
+    if (call.Hal(&HalTable::DisablePort, PortIdx) != RC_OK)
         return OB_ERROR("DisablePort failed, PortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
     OB_TRACE("ORBLINK_Disable -> bits now: 0x%x", enabledPorts);
     return finished.Ok();

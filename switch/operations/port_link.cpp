@@ -1,5 +1,5 @@
 #include "common/iface_words.h"
-#include "switch/operations/ready_port.h"
+#include "switch/call/frame.h"
 
 using namespace orblink;
 using namespace orblink::sw;
@@ -27,17 +27,20 @@ int ORBLINK_GetPortLink(uint8_t DevIdx, uint8_t PortIdx, uint32_t* Link, uint32_
                         uint32_t* FullDuplex)
 {
     SwitchCall call{OB_CALLER, DevIdx};
-    if (!IsReady(OB_CALLER, call, PortIdx))
+    if (!call)
         return RC_ERROR;
-    if (call.Device().Hal(&HalTable::GetPortLink, PortIdx, Link, Speed, FullDuplex) != RC_OK)
+    if (!call.Device().IsPort(PortIdx))
+        return OB_ERROR("Invalid PortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
+    if (!call.Enabled())
+        return OB_ERROR("Switch is not in enabled state, DevIdx=%d", DevIdx);
+    if (call.Hal(&HalTable::GetPortLink, PortIdx, Link, Speed, FullDuplex) != RC_OK)
         return OB_ERROR("GetPortLink failed, PortIdx=%d, DevIdx=%d", PortIdx, DevIdx);
     // A link that is down has no speed of its own: the configured one is of more use.
-    const auto configured = call.Config().link[PortIdx];
     const bool down = Link != nullptr && *Link == 0;
     if (down && Speed != nullptr)
-        *Speed = configured.linkSpeed;
+        *Speed = call.Config().link[PortIdx].linkSpeed;
     if (down && FullDuplex != nullptr)
-        *FullDuplex = configured.linkFullDuplex;
+        *FullDuplex = call.Config().link[PortIdx].linkFullDuplex;
     OB_TRACE("DevIdx=%d, PortIdx=%d, LinkDetected=%s, LinkSpeed=%s, FullDp=%s", DevIdx, PortIdx,
              WordOrNa(Link, LinkWord), WordOrNa(Speed, PortSpeedWord),
              WordOrNa(FullDuplex, DuplexWord));

@@ -1,32 +1,8 @@
-#include "switch/call/bitmap.h"
 #include "switch/call/frame.h"
+#include "switch/call/port_bits.h"
 
 using namespace orblink;
 using namespace orblink::sw;
-
-namespace {
-
-bool AreMirrorPorts(LogCaller caller, const SwitchCall& call, uint8_t source, uint8_t destination)
-{
-    if (!call)
-        return false;
-    const SwitchDevice& device = call.Device();
-    if (source >= device.NumOfPorts()) {
-        OB_ERROR_AS(caller, "Invalid SrcPortIdx=%d DevIdx=%d", source, device.Idx());
-        return false;
-    }
-    if (destination >= device.NumOfPorts() && destination != OB_NO_MIRROR) {
-        OB_ERROR_AS(caller, "Invalid DstPortIdx=%d, DevIdx=%d", destination, device.Idx());
-        return false;
-    }
-    if ((device.Record().caps.capsFlags & OB_CAPS_MIRRORING) == 0) {
-        OB_ERROR_AS(caller, "Switch does not support mirroring, DevIdx=%d", device.Idx());
-        return false;
-    }
-    return true;
-}
-
-}  // namespace
 
 int ORBLINK_SetPortMirror(uint8_t DevIdx, uint8_t SrcPortIdx, uint8_t DstPortIdx)
 {
@@ -37,8 +13,14 @@ int ORBLINK_SetPortMirror(uint8_t DevIdx, uint8_t SrcPortIdx, uint8_t DstPortIdx
         return OB_ERROR("Cannot mirror port to itself, DevIdx");
     FinishedLine finished{OB_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
-    if (!AreMirrorPorts(OB_CALLER, call, SrcPortIdx, DstPortIdx))
+    if (!call)
         return RC_ERROR;
+    if (!call.Device().IsPort(SrcPortIdx))
+        return OB_ERROR("Invalid SrcPortIdx=%d DevIdx=%d", SrcPortIdx, DevIdx);
+    if (!call.Device().IsPort(DstPortIdx) && DstPortIdx != OB_NO_MIRROR)
+        return OB_ERROR("Invalid DstPortIdx=%d, DevIdx=%d", DstPortIdx, DevIdx);
+    if (!call.Device().HasCapability(OB_CAPS_MIRRORING))
+        return OB_ERROR("Switch does not support mirroring, DevIdx=%d", DevIdx);
     if (HasPort(call.Record().dvtPorts, DstPortIdx))
         OB_NOTICE("DevIdx=%d DstPortIdx=%d is in DVT mode", DevIdx, DstPortIdx);
     if (HasPort(call.Record().dvtPorts, SrcPortIdx))
@@ -49,8 +31,7 @@ int ORBLINK_SetPortMirror(uint8_t DevIdx, uint8_t SrcPortIdx, uint8_t DstPortIdx
                  DstPortIdx, DevIdx);
         return finished.Ok();
     }
-    if (call.Device().IsEnabled() &&
-        call.Device().Hal(&HalTable::SetPortMirror, SrcPortIdx, DstPortIdx) != RC_OK)
+    if (call.Enabled() && call.Hal(&HalTable::SetPortMirror, SrcPortIdx, DstPortIdx) != RC_OK)
         return OB_ERROR("SetPortMirror failed, SrcPortIdx=%d, DstPortIdx=%d, DevIdx=%d", SrcPortIdx,
                         DstPortIdx, DevIdx);
     destination = DstPortIdx;

@@ -1,5 +1,5 @@
-#include "switch/call/bitmap.h"
 #include "switch/call/frame.h"
+#include "switch/call/port_bits.h"
 
 using namespace orblink;
 using namespace orblink::sw;
@@ -12,7 +12,7 @@ int ORBLINK_SetPhyPortSpeedDuplex(uint8_t DevIdx, uint8_t PhyPortIdx, uint32_t S
     SwitchCall call{OB_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
-    if (PhyPortIdx >= call.Device().NumOfPorts())
+    if (!call.Device().IsPort(PhyPortIdx))
         return OB_ERROR("Invalid PhyPortIdx=%d, DevIdx=%d", PhyPortIdx, DevIdx);
     if (call.Device().PortHasPhy(PhyPortIdx) == 0)
         return OB_ERROR("PhyPortIdx=%d does not have PHY attached, DevIdx=%d", PhyPortIdx, DevIdx);
@@ -25,11 +25,13 @@ int ORBLINK_SetPhyPortSpeedDuplex(uint8_t DevIdx, uint8_t PhyPortIdx, uint32_t S
             PhyPortIdx, Speed, FullDuplex, DevIdx);
         return RC_OK;
     }
-    if (!HasPort(call.Config().enabledPorts, PhyPortIdx))
-        return OB_NOTICE("Invalid operation, DevIdx=%d,PhyPortIdx=%d had been disable", DevIdx,
-                         PhyPortIdx);
-    if (call.Device().IsEnabled() &&
-        call.Device().Hal(&HalTable::SetPhyPortSpeedDuplex, PhyPortIdx, Speed, FullDuplex) != RC_OK)
+    if (!HasPort(call.Config().enabledPorts, PhyPortIdx)) {
+        OB_NOTICE("Invalid operation, DevIdx=%d,PhyPortIdx=%d had been disable", DevIdx,
+                  PhyPortIdx);
+        return RC_ERROR;
+    }
+    if (call.Enabled() &&
+        call.Hal(&HalTable::SetPhyPortSpeedDuplex, PhyPortIdx, Speed, FullDuplex) != RC_OK)
         return OB_ERROR(
             "SetPhyPortSpeedDuplex failed PhyPortIdx=%d, PhySpeed=%d, FullDp=%d, DevIdx=%d",
             PhyPortIdx, Speed, FullDuplex, DevIdx);

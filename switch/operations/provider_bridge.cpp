@@ -17,8 +17,7 @@ int ORBLINK_EnableProviderBridgedMode(uint8_t DevIdx, uint16_t STagTpid)
                   STagTpid, DevIdx);
         return RC_OK;
     }
-    if (call.Device().IsEnabled() &&
-        call.Device().Hal(&HalTable::EnableProviderBridgedMode, STagTpid) != RC_OK)
+    if (call.Enabled() && call.Hal(&HalTable::EnableProviderBridgedMode, STagTpid) != RC_OK)
         return OB_ERROR("ORBLINK_EnableProviderBridgedMode failed, STagTpid=0x%x, DevIdx=%d",
                         STagTpid, DevIdx);
     config.STagTpid = STagTpid;
@@ -29,8 +28,10 @@ int ORBLINK_EnableProviderBridgedMode(uint8_t DevIdx, uint16_t STagTpid)
 int ORBLINK_DisableProviderBridgedMode(uint8_t DevIdx)
 {
     OB_TRACE("");
-    if (ORBLINK_isBatteryMode() != 0)
-        return OB_NOTICE("Modem in battery mode - skipping VendorSpecificIoctl %d", DevIdx);
+    if (ORBLINK_isBatteryMode() != 0) {
+        OB_NOTICE("Modem in battery mode - skipping VendorSpecificIoctl %d", DevIdx);
+        return RC_ERROR;
+    }
     SwitchCall call{OB_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
@@ -38,8 +39,7 @@ int ORBLINK_DisableProviderBridgedMode(uint8_t DevIdx)
         OB_NOTICE("Provider Bridge Mode is already disabled, DevIdx=%d", DevIdx);
         return RC_OK;
     }
-    if (call.Device().IsEnabled() &&
-        call.Device().Hal(&HalTable::DisableProviderBridgedMode) != RC_OK)
+    if (call.Enabled() && call.Hal(&HalTable::DisableProviderBridgedMode) != RC_OK)
         return OB_ERROR("DisableProviderBridgedMode failed, DevIdx=%d", DevIdx);
     call.Config().InProviderBridgedMode = 0;
     return RC_OK;

@@ -1,21 +1,9 @@
 #include <cstring>
 
-#include "common/log.h"
 #include "switch/call/frame.h"
 
 using namespace orblink;
 using namespace orblink::sw;
-
-namespace {
-
-int CopyOut(LogCaller caller, void* out, const void* from, size_t size)
-{
-    if (memcpy_s(out, size, from, size) != 0)
-        return OB_ERROR_AS(caller, "Runtime-constraint violation error in function kova_memcpy_s");
-    return RC_OK;
-}
-
-}  // namespace
 
 int ORBLINK_GetNumOfSwitches(uint8_t* Out)
 {
@@ -25,9 +13,10 @@ int ORBLINK_GetNumOfSwitches(uint8_t* Out)
         return OB_ERROR("_ApiProlog() failed");
     if (Out == nullptr)
         return OB_ERROR("Illegal params");
-    if (process.region->NumOfSwitches > OB_MAX_SWITCHES)
-        return OB_ERROR("Illegal NumOfSwitches=%d", process.region->NumOfSwitches);
-    *Out = process.region->NumOfSwitches;
+    const uint8_t count = ReadOnce(lock.Region().NumOfSwitches);
+    if (count > OB_MAX_SWITCHES)
+        return OB_ERROR("Illegal NumOfSwitches=%d", count);
+    *Out = count;
     return RC_OK;
 }
 
@@ -38,19 +27,25 @@ int ORBLINK_GetSwitchCaps(uint8_t DevIdx, void* Out)
         return RC_ERROR;
     if (call.Record().capsValid == 0)
         return OB_ERROR("Switch capabilities are not valid, DevIdx=%d", DevIdx);
-    return CopyOut(OB_CALLER, Out, &call.Record().caps, sizeof(SwitchCaps));
+    if (memcpy_s(Out, sizeof(SwitchCaps), &call.Record().caps, sizeof(SwitchCaps)) != 0)
+        return OB_ERROR("Runtime-constraint violation error in function kova_memcpy_s");
+    return RC_OK;
 }
 
 int ORBLINK_GetSwitchProvConfig(uint8_t DevIdx, void* Out)
 {
-    if (ORBLINK_isBatteryMode() != 0)
-        return OB_TRACE("Modem in battery mode - skipping GetSwitchProvConfig %d", DevIdx);
+    if (ORBLINK_isBatteryMode() != 0) {
+        OB_TRACE("Modem in battery mode - skipping GetSwitchProvConfig %d", DevIdx);
+        return RC_ERROR;
+    }
     SwitchCall call{OB_CALLER, DevIdx};
     if (!call)
         return RC_ERROR;
     if (call.Record().configValid == 0)
         return OB_ERROR("Switch was not provisioned, DevIdx=%d", DevIdx);
-    return CopyOut(OB_CALLER, Out, &call.Config(), sizeof(SwitchProvConfig));
+    if (memcpy_s(Out, sizeof(SwitchProvConfig), &call.Config(), sizeof(SwitchProvConfig)) != 0)
+        return OB_ERROR("Runtime-constraint violation error in function kova_memcpy_s");
+    return RC_OK;
 }
 
 int ORBLINK_GetSwitchDevices(void* Out)
@@ -59,7 +54,9 @@ int ORBLINK_GetSwitchDevices(void* Out)
     SwitchLock lock;
     if (!lock)
         return OB_ERROR("_ApiProlog() failed");
-    return CopyOut(OB_CALLER, Out, process.region, sizeof(SwitchDeviceRegion));
+    if (memcpy_s(Out, sizeof(SwitchDeviceRegion), &lock.Region(), sizeof(SwitchDeviceRegion)) != 0)
+        return OB_ERROR("Runtime-constraint violation error in function kova_memcpy_s");
+    return RC_OK;
 }
 
 int ORBLINK_GetIsolationModeEnabled(uint8_t DevIdx, uint32_t* Out)

@@ -1,4 +1,3 @@
-#include "common/log.h"
 #include "switch/call/frame.h"
 
 using namespace orblink;

@@ -15,7 +15,7 @@ allowed() {
         hwmbox) echo common platform ;;
         board) echo common platform hwmbox ;;
         switch) echo common platform board switch_hal_services ;;
-        switch_hal_services) echo common platform board switch ;;
+        switch_hal_services) echo common platform board ;;
         phy) echo common platform board ;;
     esac
 }

@@ -93,8 +93,8 @@ TEST_F(SwitchRegion, ThatIsTooShortIsNotMapped)
     transcript.Clear();
     EXPECT_EQ(OBOS_MapSwitchDevices(), nullptr);
     EXPECT_TRANSCRIPT("sys shm_open(/obos_orblink_driver, O_RDWR, 666)", "sys close()",
-                      "log1 OBOS_MapSwitchDevices:# OBOS_MapSwitchDevices:# the region is shorter "
-                      "than 5740 bytes");
+                      "log1 OBOS_MapSwitchDevices:# OBOS_MapSwitchDevices:# the region "
+                      "/obos_orblink_driver is shorter than 5740 bytes");
 }
 
 TEST_F(SwitchRegion, ThatIsLongerIsMapped)

@@ -237,7 +237,7 @@ TEST_F(BringUp, WithoutAResetPinSkipsThePulseAndItsWaits)
     EXPECT_EQ(ORBLINK_ResetDisable(0, 1, nullptr, 0), 0);
     const Lines& all = transcript.All();
     const auto skipped = std::find(all.begin(), all.end(),
-                                   "log3 ORBLINK_ResetDisable:# No hardware-reseting GPIO pin "
+                                   "log2 ORBLINK_ResetDisable:# No hardware-reseting GPIO pin "
                                    "defined, skipping, DevIdx=0");
     ASSERT_NE(skipped, all.end());
     EXPECT_EQ(*(skipped - 1), kSystemStateOpened);
