@@ -1,17 +1,17 @@
 #include "hals/vswitch/vs08_chip.h"
 
 #include <string.h>
-#include <unistd.h>
 
+#include "hals/wait.h"
 #include "switch/orblink_hal.h"
 
 namespace vs08 {
 namespace {
 
 constexpr int kStatusTries = 100;
-constexpr useconds_t kStatusInterval = 2000;
+constexpr uint32_t kStatusInterval = 2000;
 constexpr int kCommandTries = 200;
-constexpr useconds_t kCommandInterval = 50;
+constexpr uint32_t kCommandInterval = 50;
 
 constexpr uint32_t kFormat = 0x56533038;
 
@@ -79,7 +79,7 @@ bool Chip::WaitForStatus(uint16_t bits) const
             return false;
         if ((status & bits) == bits)
             return true;
-        usleep(kStatusInterval);
+        hals::WaitMicroseconds(kStatusInterval);
     }
     return false;
 }
@@ -93,7 +93,7 @@ bool Chip::Run(uint16_t commandRegister, uint16_t command, uint16_t& result) con
             return false;
         if (!(result & kBusy))
             return true;
-        usleep(kCommandInterval);
+        hals::WaitMicroseconds(kCommandInterval);
     }
     return false;
 }

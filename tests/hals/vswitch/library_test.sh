@@ -21,7 +21,8 @@ undefined=$(nm -D --undefined-only "$library" | awk '{ sub(/@.*/, "", $2); print
     grep -v -x -e OBHAL_ReadMdio -e OBHAL_WriteMdio -e OBHAL_GetHalPrivData \
         -e OBHAL_GetInternalPortPidx -e OBHAL_GetInternalPortIfaceMode \
         -e OBHAL_GetInternalPortIfaceSpeed -e memcpy -e memcmp -e memset -e printf -e fflush \
-        -e stdout -e usleep -e __stack_chk_fail -e __cxa_finalize -e __gmon_start__ \
+        -e stdout -e usleep -e clock_gettime -e __clock_gettime64 -e __errno_location \
+        -e __stack_chk_fail -e __cxa_finalize -e __gmon_start__ \
         -e _ITM_deregisterTMCloneTable -e _ITM_registerTMCloneTable || true)
 [ -z "$undefined" ] || {
     echo "$library takes: $undefined" >&2
