@@ -139,8 +139,9 @@ OB_EXPORT void* EP_MapEthphyDevices(void);
 
 /*
  * Takes a PHY out of reset: pulses its reset line if it has one and waits for the PHY to answer (at
- * least 0.4 s, up to about 2.3 s, with the semaphore held), calls the HAL's ResetDisable, resets
- * the SerDes lane where needed, reads the capabilities and applies the stored administrative state.
+ * least 0.4 s, up to about 2.3 s), calls the HAL's ResetDisable (up to 0.6 s more with the general
+ * PHY HAL), resets the SerDes lane where needed, reads the capabilities and applies the stored
+ * administrative state. The semaphore is held all the while, 2.9 s at most and the PHY accesses.
  *
  *   DefConfig  non-zero first brings the stored configuration back to its defaults; handed to the
  *              HAL as it is

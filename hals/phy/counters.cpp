@@ -1,34 +1,21 @@
-// What the standard counts. Its registers are cleared by reading, so the sums are kept.
+// What the standard counts, and the poll that keeps up with it.
 #include <string.h>
 
 #include "hals/phy/link.h"
+#include "hals/phy/mac.h"
 #include "hals/phy/phy.h"
 #include "hals/phy/slots.h"
 
 namespace ieee8023 {
 namespace {
 
-bool Collect(const Phy& phy)
+// Reading a register that counts adds it to the sums.
+bool Collect(Phy& phy)
 {
     uint16_t value = 0;
-    PhyMemory& sums = phy.Kept();
-    if (phy.Has(kGigabit)) {
-        if (!phy.Read(kGigabitStatus, value))
-            return false;
-        sums.idleErrors += value & kIdleErrors;
-    }
-    if (phy.Has(kMultiGig)) {
-        if (!phy.ReadAnyMmd(kPcs, kBlockErrors, value))
-            return false;
-        sums.highBer += value >> kHighBerShift & kHighBer;
-        sums.erroredBlocks += value & kErroredBlocks;
-    }
-    if (phy.Has(kEee)) {
-        if (!phy.ReadAnyMmd(kPcs, kEeeWakeErrors, value))
-            return false;
-        sums.eeeWakeErrors += value;
-    }
-    return true;
+    return phy.Read(kStatus, value) && (!phy.Has(kGigabit) || phy.Read(kGigabitStatus, value)) &&
+           (!phy.Has(kMultiGig) || phy.ReadAnyMmd(kPcs, kBlockErrors, value)) &&
+           (!phy.Has(kEee) || phy.ReadAnyMmd(kPcs, kEeeWakeErrors, value));
 }
 
 uint32_t EeeCaps(unsigned slow, unsigned fast)
@@ -41,20 +28,33 @@ uint32_t EeeCaps(unsigned slow, unsigned fast)
     return caps;
 }
 
+// What both ends offer; the second pair of registers belongs to PHYs with EEE at 2.5 or 5 Gb/s.
+bool ReadEeeOffers(Phy& phy, uint32_t& near, uint32_t& both)
+{
+    uint16_t slow = 0;
+    uint16_t fast = 0;
+    uint16_t farSlow = 0;
+    uint16_t farFast = 0;
+    if (!phy.ReadMmd(kAn, kEeeOffer, slow) || !phy.ReadMmd(kAn, kEeePartner, farSlow))
+        return false;
+    if (phy.Has(kEeeFast) &&
+        (!phy.ReadMmd(kAn, kEeeOffer2, fast) || !phy.ReadMmd(kAn, kEeePartner2, farFast)))
+        return false;
+    near = EeeCaps(slow, fast);
+    both = EeeCaps(slow & farSlow, fast & farFast);
+    return true;
+}
+
 bool ReadEeeState(Phy& phy, uint32_t& state)
 {
-    uint16_t offer = 0;
-    uint16_t offer2 = 0;
-    uint16_t far = 0;
-    uint16_t far2 = 0;
+    uint32_t near = 0;
+    uint32_t both = 0;
     uint16_t pcs = 0;
     LinkState link;
-    if (!phy.ReadMmd(kAn, kEeeOffer, offer) || !phy.ReadMmd(kAn, kEeeOffer2, offer2) ||
-        !phy.ReadMmd(kAn, kEeePartner, far) || !phy.ReadMmd(kAn, kEeePartner2, far2) ||
-        !phy.ReadMmd(kPcs, kPcsStatus1, pcs) || !ReadLink(phy, link))
+    if (!ReadEeeOffers(phy, near, both) || !phy.ReadMmd(kPcs, kPcsStatus1, pcs) ||
+        !ReadLink(phy, link))
         return false;
-    state = EeeCaps(offer, offer2) != 0 ? ETHPHY_IEEE8023_EEE_OFFERED : 0;
-    uint32_t both = EeeCaps(offer & far, offer2 & far2);
+    state = near != 0 ? ETHPHY_IEEE8023_EEE_OFFERED : 0;
     state |= (both & link.eeeCap) != 0 ? ETHPHY_IEEE8023_EEE_NEGOTIATED : 0;
     state |= (pcs & kRxSleeps) != 0 ? ETHPHY_IEEE8023_EEE_RX_SLEEPS : 0;
     state |= (pcs & kTxSleeps) != 0 ? ETHPHY_IEEE8023_EEE_TX_SLEEPS : 0;
@@ -63,20 +63,15 @@ bool ReadEeeState(Phy& phy, uint32_t& state)
 
 uint32_t Counted(const Phy& phy)
 {
-    uint32_t valid = phy.Has(kGigabit) ? ETHPHY_IEEE8023_HAS_IDLE_ERRORS : 0;
+    uint32_t valid = ETHPHY_IEEE8023_HAS_LINK_DROPS;
+    valid |= phy.Has(kGigabit) ? ETHPHY_IEEE8023_HAS_IDLE_ERRORS : 0;
     valid |= phy.Has(kMultiGig) ? ETHPHY_IEEE8023_HAS_BLOCK_ERRORS : 0;
     return valid | (phy.Has(kEee) ? ETHPHY_IEEE8023_HAS_EEE : 0);
 }
 
-// Collects where there is anything to count.
-int Gather(Phy& phy)
+bool Gather(Phy& phy)
 {
-    uint16_t status = 0;
-    if (!phy.Exists() || !phy.Learn() || !phy.Read(kStatus, status))
-        return ETHPHY_IEEE8023_FAILED;
-    if (Counted(phy) == 0)
-        return ETHPHY_IEEE8023_NOT_SUPPORTED;
-    return Result(Collect(phy));
+    return phy.Exists() && phy.Learn() && Collect(phy);
 }
 
 }  // namespace
@@ -84,13 +79,9 @@ int Gather(Phy& phy)
 int GetCounters(int devIdx, void* counters)
 {
     Phy phy{devIdx};
-    if (counters == nullptr)
-        return ETHPHY_IEEE8023_FAILED;
-    int result = Gather(phy);
-    if (result != ETHPHY_IEEE8023_OK)
-        return result;
     EthphyIeee8023Counters filled{};
-    if (phy.Has(kEee) && !ReadEeeState(phy, filled.eeeState))
+    if (counters == nullptr || !Gather(phy) ||
+        (phy.Has(kEee) && !ReadEeeState(phy, filled.eeeState)))
         return ETHPHY_IEEE8023_FAILED;
     const PhyMemory& sums = phy.Kept();
     filled.valid = Counted(phy);
@@ -98,6 +89,8 @@ int GetCounters(int devIdx, void* counters)
     filled.highBer = sums.highBer;
     filled.erroredBlocks = sums.erroredBlocks;
     filled.eeeWakeErrors = sums.eeeWakeErrors;
+    filled.linkDrops = sums.linkDrops;
+    filled.masterFaults = sums.masterFaults;
     memcpy(counters, &filled, sizeof filled);
     return ETHPHY_IEEE8023_OK;
 }
@@ -105,11 +98,11 @@ int GetCounters(int devIdx, void* counters)
 int ResetCounters(int devIdx)
 {
     Phy phy{devIdx};
-    int result = Gather(phy);
-    if (result != ETHPHY_IEEE8023_OK)
-        return result;
+    if (!Gather(phy))
+        return ETHPHY_IEEE8023_FAILED;
     PhyMemory& sums = phy.Kept();
     sums.idleErrors = sums.highBer = sums.erroredBlocks = sums.eeeWakeErrors = 0;
+    sums.linkDrops = sums.masterFaults = 0;
     return ETHPHY_IEEE8023_OK;
 }
 
@@ -119,10 +112,7 @@ int Poll(int devIdx)
     uint32_t enabled = 0;
     if (!phy.Exists() || EPHAL_GetHwState(static_cast<uint8_t>(devIdx), &enabled) != 0)
         return ETHPHY_IEEE8023_FAILED;
-    if (enabled == 0)
-        return ETHPHY_IEEE8023_OK;
-    int result = Gather(phy);
-    return result == ETHPHY_IEEE8023_NOT_SUPPORTED ? ETHPHY_IEEE8023_OK : result;
+    return Result(enabled == 0 || (Gather(phy) && TellMac(phy)));
 }
 
 }  // namespace ieee8023

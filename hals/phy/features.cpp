@@ -1,16 +1,24 @@
 // Capabilities, EEE and raw registers.
 #include "hals/phy/phy.h"
+#include "hals/phy/settings.h"
 #include "hals/phy/slots.h"
 
 namespace ieee8023 {
 namespace {
 
 constexpr uint16_t kEeeHigher = kEee2500 | kEee5000;
+// The capabilities lie as the bits of 3.20 and 3.21 do, and those of the offers.
+constexpr unsigned kEeeSlowShift = 15;
+constexpr unsigned kEeeFastShift = 19;
+static_assert(ETHPHY_IEEE8023_EEE_100 >> kEeeSlowShift == kEee100);
+static_assert(ETHPHY_IEEE8023_EEE_10000 >> kEeeSlowShift == kEee10000);
+static_assert(ETHPHY_IEEE8023_EEE_2500 >> kEeeFastShift == kEee2500);
+static_assert(ETHPHY_IEEE8023_EEE_5000 >> kEeeFastShift == kEee5000);
 constexpr uint32_t kHighestRegister = 31;
 constexpr int kHighestValue = 0xFFFF;
 
 // Offers exactly the wanted ones of the bits; `changed` is only ever set.
-bool Offer(const Phy& phy, uint16_t reg, uint16_t bits, uint16_t wanted, bool& changed)
+bool Offer(Phy& phy, uint16_t reg, uint16_t bits, uint16_t wanted, bool& changed)
 {
     uint16_t present = 0;
     if (!phy.ReadMmd(kAn, reg, present))
@@ -19,29 +27,28 @@ bool Offer(const Phy& phy, uint16_t reg, uint16_t bits, uint16_t wanted, bool& c
     if (value == present)
         return true;
     changed = true;
+    NoteWritten(phy, EPHAL_MDIO_CLAUSE45 | uint32_t{kAn} << 16 | reg, value);
     return phy.WriteMmd(kAn, reg, value);
 }
 
-bool RestartNegotiation(const Phy& phy)
+bool RestartNegotiation(Phy& phy)
 {
     uint16_t control = 0;
     if (!phy.Read(kControl, control))
         return false;
-    bool negotiating = (control & kNegotiate) != 0;
-    return !negotiating || phy.Write(kControl, (control & ~kReset) | kRestart);
+    if ((control & kNegotiate) == 0)
+        return true;
+    phy.ExpectDrop();
+    return phy.Write(kControl, static_cast<uint16_t>((control & ~kReset) | kRestart));
 }
 
-bool SwitchEee(const Phy& phy, bool on)
+bool SwitchEee(Phy& phy, bool on)
 {
-    uint16_t slow = 0;
-    uint16_t fast = 0;
+    auto slow = static_cast<uint16_t>(phy.Caps() >> kEeeSlowShift & kEeeTwistedPair);
+    auto fast = static_cast<uint16_t>(phy.Caps() >> kEeeFastShift & kEeeHigher);
     bool changed = false;
-    if (!phy.ReadMmd(kPcs, kEeeAbilities, slow) || !phy.ReadMmd(kPcs, kEeeAbilities2, fast))
-        return false;
-    slow &= kEeeTwistedPair;
-    fast &= kEeeHigher;
     if (!Offer(phy, kEeeOffer, slow, on ? slow : 0, changed) ||
-        !Offer(phy, kEeeOffer2, fast, on ? fast : 0, changed))
+        (fast != 0 && !Offer(phy, kEeeOffer2, fast, on ? fast : 0, changed)))
         return false;
     return !changed || RestartNegotiation(phy);
 }
@@ -69,7 +76,7 @@ int Find(Phy& phy, const ChipRegister& chip)
     return chip.clause45 && !phy.Has(kMmdWays) ? ETHPHY_IEEE8023_NOT_SUPPORTED : ETHPHY_IEEE8023_OK;
 }
 
-bool Answers(const Phy& phy)
+bool Answers(Phy& phy)
 {
     uint16_t control = 0;
     return phy.Read(kControl, control);
@@ -123,8 +130,10 @@ int WriteChipReg(int devIdx, uint32_t reg, int value)
     if (result != ETHPHY_IEEE8023_OK)
         return result;
     auto word = static_cast<uint16_t>(value);
-    return Result(Answers(phy) &&
-                  (chip.clause45 ? phy.WriteMmd(chip.mmd, chip.reg, word)
+    if (!Answers(phy))
+        return ETHPHY_IEEE8023_FAILED;
+    NoteWritten(phy, reg, word);
+    return Result((chip.clause45 ? phy.WriteMmd(chip.mmd, chip.reg, word)
                                  : phy.Write(static_cast<uint8_t>(chip.reg), word)));
 }
 

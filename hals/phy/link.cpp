@@ -38,7 +38,7 @@ LinkState BestOfBasePage(unsigned technologies)
 }
 
 // What was found in the signal of a partner that sends no pages is half duplex by definition.
-bool Detected(const Phy& phy, LinkState& state)
+bool Detected(Phy& phy, LinkState& state)
 {
     uint16_t found = 0;
     if (!phy.Read(kPartnerAbility, found))
@@ -47,7 +47,7 @@ bool Detected(const Phy& phy, LinkState& state)
     return true;
 }
 
-bool FindMultiGig(const Phy& phy, LinkState& state, bool& found)
+bool FindMultiGig(Phy& phy, LinkState& state, bool& found)
 {
     uint16_t near = 0;
     uint16_t far = 0;
@@ -65,14 +65,12 @@ bool FindMultiGig(const Phy& phy, LinkState& state, bool& found)
     return true;
 }
 
-bool FindGigabit(const Phy& phy, LinkState& state, bool& found)
+bool FindGigabit(Phy& phy, LinkState& state, bool& found)
 {
     uint16_t near = 0;
     uint16_t far = 0;
     if (!phy.Read(kGigabitControl, near) || !phy.Read(kGigabitStatus, far))
         return false;
-    // Reading the partner clears the error count beside it.
-    phy.Kept().idleErrors += far & kIdleErrors;
     unsigned both = near & far >> kGigabitPartnerShift & kGigabitModes;
     found = both != 0;
     if (found)
@@ -81,7 +79,7 @@ bool FindGigabit(const Phy& phy, LinkState& state, bool& found)
     return true;
 }
 
-bool FindInBasePage(const Phy& phy, LinkState& state)
+bool FindInBasePage(Phy& phy, LinkState& state)
 {
     uint16_t near = 0;
     uint16_t far = 0;
@@ -93,7 +91,7 @@ bool FindInBasePage(const Phy& phy, LinkState& state)
     return true;
 }
 
-bool Negotiated(const Phy& phy, LinkState& state)
+bool Negotiated(Phy& phy, LinkState& state)
 {
     uint16_t expansion = 0;
     bool found = false;

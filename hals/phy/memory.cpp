@@ -5,7 +5,7 @@
 namespace ieee8023 {
 namespace {
 
-constexpr uint32_t kMagic = 0x80230001;  // with the version of the layout
+constexpr uint32_t kMagic = 0x80230002;  // with the version of the layout
 
 }  // namespace
 

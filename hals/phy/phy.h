@@ -15,30 +15,39 @@ public:
 
     // False for a device index that no PHY has, and before Init.
     bool Exists() const { return memory != nullptr; }
-    PhyMemory& Kept() const { return *memory; }
+    PhyMemory& Kept() { return *memory; }
+    uint8_t Index() const { return devIdx; }
 
-    // Registers that cannot hold kNobody: reading it is a failure.
-    bool Read(uint8_t reg, uint16_t& value) const;
-    bool Write(uint8_t reg, uint16_t value) const;
-    bool ReadMmd(uint8_t mmd, uint16_t reg, uint16_t& value) const;
-    bool WriteMmd(uint8_t mmd, uint16_t reg, uint16_t value) const;
+    // Registers that cannot hold kNobody: reading it is a failure. What the PHY clears when it is
+    // read is counted, whatever it was read for.
+    bool Read(uint8_t reg, uint16_t& value);
+    bool Write(uint8_t reg, uint16_t value);
+    bool ReadMmd(uint8_t mmd, uint16_t reg, uint16_t& value);
+    bool WriteMmd(uint8_t mmd, uint16_t reg, uint16_t value);
     // Any register: what is read counts.
-    bool ReadAny(uint8_t reg, uint16_t& value) const;
-    bool ReadAnyMmd(uint8_t mmd, uint16_t reg, uint16_t& value) const;
+    bool ReadAny(uint8_t reg, uint16_t& value);
+    bool ReadAnyMmd(uint8_t mmd, uint16_t reg, uint16_t& value);
 
     // Asks the PHY what it can, unless that is known already. Has and the Mmd functions rely on it.
     bool Learn();
     // What it can is asked anew next time.
-    void Forget() const { memory->capsKnown = 0; }
+    void Forget() { memory->capsKnown = 0; }
+    // The link is about to drop because the HAL makes it.
+    void ExpectDrop() { memory->linkWasUp = 0; }
     uint32_t Caps() const { return caps; }
     bool Has(uint32_t anyOf) const { return (caps & anyOf) != 0; }
 
 private:
-    bool LearnMmds();
+    bool LearnClause22(uint16_t& status);
+    bool IsIdentified();
+    bool LearnMmds(bool& certain);
+    bool LearnUnlistedMmds(bool frames, bool& certain);
+    bool HasUnlistedEee(bool& found);
     bool LearnMultiGig();
     bool LearnEee();
-    bool SelectMmd(uint8_t mmd, uint16_t reg) const;
-    bool ReadIndirect(uint8_t mmd, uint16_t reg, uint16_t& value) const;
+    bool SelectMmd(uint8_t mmd, uint16_t reg);
+    void CountClause22(uint8_t reg, uint16_t value);
+    void CountPcs(uint16_t reg, uint16_t value);
 
     uint8_t devIdx;
     PhyMemory* memory;
@@ -48,11 +57,12 @@ private:
 
 constexpr uint32_t kMmdWays = ETHPHY_IEEE8023_MMD_FRAMES | ETHPHY_IEEE8023_MMD_INDIRECT;
 constexpr uint32_t kGigabit = ETHPHY_IEEE8023_1000_HALF | ETHPHY_IEEE8023_1000_FULL;
-constexpr uint32_t kMultiGig =
-    ETHPHY_IEEE8023_2500_FULL | ETHPHY_IEEE8023_5000_FULL | ETHPHY_IEEE8023_10000_FULL;
-constexpr uint32_t kEee = ETHPHY_IEEE8023_EEE_100 | ETHPHY_IEEE8023_EEE_1000 |
-                          ETHPHY_IEEE8023_EEE_10000 | ETHPHY_IEEE8023_EEE_2500 |
-                          ETHPHY_IEEE8023_EEE_5000;
+constexpr uint32_t k2500Or5000 = ETHPHY_IEEE8023_2500_FULL | ETHPHY_IEEE8023_5000_FULL;
+constexpr uint32_t kMultiGig = k2500Or5000 | ETHPHY_IEEE8023_10000_FULL;
+constexpr uint32_t kEeeSlow =
+    ETHPHY_IEEE8023_EEE_100 | ETHPHY_IEEE8023_EEE_1000 | ETHPHY_IEEE8023_EEE_10000;
+constexpr uint32_t kEeeFast = ETHPHY_IEEE8023_EEE_2500 | ETHPHY_IEEE8023_EEE_5000;
+constexpr uint32_t kEee = kEeeSlow | kEeeFast;
 
 // The result of a slot.
 inline int Result(bool done)

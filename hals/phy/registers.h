@@ -13,6 +13,7 @@ constexpr uint16_t kReset = 0x8000;       // 0.15
 constexpr uint16_t kSpeedLow = 0x2000;    // 0.13
 constexpr uint16_t kNegotiate = 0x1000;   // 0.12
 constexpr uint16_t kPowerDown = 0x0800;   // 0.11
+constexpr uint16_t kIsolate = 0x0400;     // 0.10
 constexpr uint16_t kRestart = 0x0200;     // 0.9
 constexpr uint16_t kFullDuplex = 0x0100;  // 0.8
 constexpr uint16_t kSpeedHigh = 0x0040;   // 0.6
@@ -25,6 +26,9 @@ constexpr uint16_t kNegotiationComplete = 0x0020;   // 1.5
 constexpr uint16_t kNegotiationAble = 0x0008;       // 1.3
 constexpr uint16_t kLinkUp = 0x0004;                // 1.2
 constexpr uint16_t kExtendedRegisters = 0x0001;     // 1.0
+
+constexpr uint8_t kIdentifier1 = 2;
+constexpr uint8_t kIdentifier2 = 3;
 
 // Registers 4 and 5; the five technologies lie as in 1.15 to 1.11.
 constexpr uint8_t kAdvertisement = 4;
@@ -46,6 +50,7 @@ constexpr uint16_t kGigabitFull = 0x0200;
 constexpr uint16_t kGigabitKept = 0x1C00;  // master and slave; not the test modes
 constexpr uint8_t kGigabitStatus = 10;
 constexpr unsigned kGigabitPartnerShift = 2;  // 10.11 and 10.10 against 9.9 and 9.8
+constexpr uint16_t kMasterFault = 0x8000;     // 10.15
 constexpr uint16_t kIdleErrors = 0x00FF;
 
 constexpr uint8_t kMmdSelect = 13;

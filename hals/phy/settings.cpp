@@ -29,35 +29,68 @@ void OfferAll(const Phy& phy, Settings& settings)
             settings.multiGigControl |= offer.bit;
 }
 
-bool Update(const Phy& phy, uint8_t reg, uint16_t present, uint16_t wanted)
+bool Update(Phy& phy, uint8_t reg, uint16_t present, uint16_t wanted)
 {
     return present == wanted || phy.Write(reg, wanted);
 }
 
-bool UpdateAn(const Phy& phy, uint16_t reg, uint16_t present, uint16_t wanted)
+bool UpdateAn(Phy& phy, uint16_t reg, uint16_t present, uint16_t wanted)
 {
     return present == wanted || phy.WriteMmd(kAn, reg, wanted);
 }
 
-}  // namespace
-
-bool ReadSettings(const Phy& phy, Settings& settings)
+// As the registers hold them; 0 for those that the PHY lacks.
+bool ReadRegisters(Phy& phy, Settings& registers)
 {
-    settings = {};
-    if (!phy.Read(kControl, settings.control))
-        return false;
-    settings.control &= kControlKept;
-    if (phy.Has(ETHPHY_IEEE8023_NEGOTIATES) && !phy.Read(kAdvertisement, settings.advertisement))
-        return false;
-    if (phy.Has(kGigabit) && !phy.Read(kGigabitControl, settings.gigabitControl))
-        return false;
-    if (phy.Has(kMultiGig) && !phy.ReadMmd(kAn, kMultiGigControl, settings.multiGigControl))
-        return false;
-    return !phy.Has(kEee) || (phy.ReadMmd(kAn, kEeeOffer, settings.eeeOffer) &&
-                              phy.ReadMmd(kAn, kEeeOffer2, settings.eeeOffer2));
+    registers = {};
+    return phy.Read(kControl, registers.control) &&
+           (!phy.Has(ETHPHY_IEEE8023_NEGOTIATES) ||
+            phy.Read(kAdvertisement, registers.advertisement)) &&
+           (!phy.Has(kGigabit) || phy.Read(kGigabitControl, registers.gigabitControl)) &&
+           (!phy.Has(kMultiGig) || phy.ReadMmd(kAn, kMultiGigControl, registers.multiGigControl)) &&
+           (!phy.Has(kEee) || phy.ReadMmd(kAn, kEeeOffer, registers.eeeOffer)) &&
+           (!phy.Has(kEeeFast) || phy.ReadMmd(kAn, kEeeOffer2, registers.eeeOffer2));
 }
 
-bool ReadDefaults(const Phy& phy, Settings& settings)
+// Without what describes a moment: power-down, isolation and test modes are no settings.
+void KeepRestorable(Settings& settings)
+{
+    settings.control &= kControlKept;
+    settings.gigabitControl &= kGigabitModes | kGigabitKept;
+}
+
+uint16_t* FindSetting(Settings& settings, uint32_t reg)
+{
+    constexpr uint32_t kAnRegister = EPHAL_MDIO_CLAUSE45 | uint32_t{kAn} << 16;
+    switch (reg) {
+        case kControl:
+            return &settings.control;
+        case kAdvertisement:
+            return &settings.advertisement;
+        case kGigabitControl:
+            return &settings.gigabitControl;
+        case kAnRegister | kMultiGigControl:
+            return &settings.multiGigControl;
+        case kAnRegister | kEeeOffer:
+            return &settings.eeeOffer;
+        case kAnRegister | kEeeOffer2:
+            return &settings.eeeOffer2;
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+bool ReadSettings(Phy& phy, Settings& settings)
+{
+    if (!ReadRegisters(phy, settings))
+        return false;
+    KeepRestorable(settings);
+    return true;
+}
+
+bool ReadDefaults(Phy& phy, Settings& settings)
 {
     if (!ReadSettings(phy, settings))
         return false;
@@ -68,21 +101,31 @@ bool ReadDefaults(const Phy& phy, Settings& settings)
     return true;
 }
 
-bool ApplySettings(const Phy& phy, const Settings& settings)
+bool ApplySettings(Phy& phy, const Settings& settings)
 {
     Settings present;
-    if (!ReadSettings(phy, present))
+    Settings wanted = settings;
+    KeepRestorable(wanted);
+    if (!ReadRegisters(phy, present))
         return false;
-    bool offered =
-        Update(phy, kAdvertisement, present.advertisement, settings.advertisement) &&
-        Update(phy, kGigabitControl, present.gigabitControl, settings.gigabitControl) &&
-        UpdateAn(phy, kMultiGigControl, present.multiGigControl, settings.multiGigControl) &&
-        UpdateAn(phy, kEeeOffer, present.eeeOffer, settings.eeeOffer) &&
-        UpdateAn(phy, kEeeOffer2, present.eeeOffer2, settings.eeeOffer2);
-    uint16_t control = settings.control;
-    if ((control & kNegotiate) != 0)
-        control |= kRestart;
-    return offered && Update(phy, kControl, present.control, control);
+    if ((wanted.control & kNegotiate) != 0)
+        wanted.control |= kRestart;
+    return Update(phy, kAdvertisement, present.advertisement, wanted.advertisement) &&
+           Update(phy, kGigabitControl, present.gigabitControl, wanted.gigabitControl) &&
+           UpdateAn(phy, kMultiGigControl, present.multiGigControl, wanted.multiGigControl) &&
+           UpdateAn(phy, kEeeOffer, present.eeeOffer, wanted.eeeOffer) &&
+           UpdateAn(phy, kEeeOffer2, present.eeeOffer2, wanted.eeeOffer2) &&
+           Update(phy, kControl, present.control, wanted.control);
+}
+
+void NoteWritten(Phy& phy, uint32_t reg, uint16_t value)
+{
+    PhyMemory& kept = phy.Kept();
+    uint16_t* setting = FindSetting(kept.settings, reg);
+    if (kept.settingsKept != kWhileDown || setting == nullptr)
+        return;
+    *setting = value;
+    KeepRestorable(kept.settings);
 }
 
 }  // namespace ieee8023

@@ -45,6 +45,14 @@ int Counters(const Arguments& given)
     return result;
 }
 
+int Drops(const Arguments& given)
+{
+    EthphyIeee8023Counters counters{};
+    int result = ETHPHY_GetCounters(given.phy, &counters);
+    std::printf("drops %u\n", counters.linkDrops);
+    return result;
+}
+
 int ReadChipReg(const Arguments& given)
 {
     uint16_t value = 0;
@@ -78,6 +86,7 @@ const Operation kOperations[] = {
     {"link", Link},
     {"caps", Caps},
     {"counters", Counters},
+    {"drops", Drops},
     {"read", ReadChipReg},
 };
 

@@ -162,8 +162,29 @@ TEST_F(PhyOnBoard, SumsCountersOverProcesses)
                   "control counter phy0:0 idle_errors 200; client poll:0\n"
                   "control counter phy0:0 idle_errors 100; client counters:0\n"
                   "client clear:0; client counters:0"),
-              "counters 7: 0 0 0 0 eee 0x0\ncounters 7: 300 0 0 0 eee 0x0\n"
-              "counters 7: 0 0 0 0 eee 0x0\n");
+              "counters 15: 0 0 0 0 eee 0x0\ncounters 15: 300 0 0 0 eee 0x0\n"
+              "counters 15: 0 0 0 0 eee 0x0\n");
+}
+
+TEST_F(PhyOnBoard, CountsALinkThatDroppedAndCameBackOverProcesses)
+{
+    AddPhy(kDefaultHal);
+    EXPECT_EQ(Run("client init up:0:1 link:0\n"
+                  "control link phy0 down; control link phy0 up\n"
+                  "client link:0 drops:0"),
+              "link 1 4 1\nlink 1 4 1\ndrops 1\n");
+}
+
+TEST_F(PhyOnBoard, TellsTheMacWhatChanged)
+{
+    AddPhy(kDefaultHal);
+    EXPECT_EQ(
+        Run("told() { control journal --kind gmac | "
+            "sed 's/.*interface=\\(nsgmii.\\) .*speed=\\(.\\) duplex=\\(.\\) .*/\\1 \\2 \\3/'; }\n"
+            "client init up:0:1 poll:0 poll:0\n"
+            "control link phy0 up --speed 100 --half; client poll:0; client poll:0\n"
+            "told"),
+        "nsgmii1 4 1\nnsgmii1 3 0\n");
 }
 
 TEST_F(PhyOnBoard, SwitchesEee)
@@ -172,7 +193,7 @@ TEST_F(PhyOnBoard, SwitchesEee)
         board_.erase(board_.find('\n') + 1);
         AddPhy(kDefaultHal, more);
         EXPECT_EQ(Run("client init up:0:1 eee:0:1 counters:0\nclient eee:0:0 counters:0"),
-                  "counters 7: 0 0 0 0 eee 0xf\ncounters 7: 0 0 0 0 eee 0x0\n");
+                  "counters 15: 0 0 0 0 eee 0xf\ncounters 15: 0 0 0 0 eee 0x0\n");
     }
 }
 
@@ -196,8 +217,8 @@ TEST_F(PhyOnBoard, DrivesTwoPhysByTwoLibraries)
     EXPECT_EQ(Run("client init up:0:1 up:1:1\n"
                   "control counter phy0:0 idle_errors 5\n"
                   "client link:0 link:1 counters:0 counters:1"),
-              "link 1 4 1\nlink 1 2 1\ncounters 7: 5 0 0 0 eee 0x0\n"
-              "counters 7: 0 0 0 0 eee 0x0\n");
+              "link 1 4 1\nlink 1 2 1\ncounters 15: 5 0 0 0 eee 0x0\n"
+              "counters 15: 0 0 0 0 eee 0x0\n");
 }
 
 TEST_F(PhyOnBoard, GivesUpOnAnAddressWithNobody)

@@ -20,7 +20,8 @@ int Note(const HalAccess& access)
 {
     size_t number = halWorld.accesses.size();
     halWorld.accesses.push_back(access);
-    return number >= halWorld.failFrom && number <= halWorld.failUntil ? -1 : 0;
+    bool struck = number >= halWorld.failFrom && number <= halWorld.failUntil;
+    return struck || (halWorld.clause45Fails && access.mmd >= 0) ? -1 : 0;
 }
 
 PhyModel* Reached(uint8_t devIdx)
@@ -32,6 +33,15 @@ PhyModel* Reached(uint8_t devIdx)
     return halWorld.phys[devIdx].get();
 }
 
+// Asked for in a frame of clause 45, or selected in registers 13 and 14.
+bool IsMissing(int mmd, uint16_t reg)
+{
+    if (mmd >= 0)
+        return halWorld.missing == std::pair{mmd, reg};
+    return reg == 14 && halWorld.selectedMmd == (0x4000 | halWorld.missing.first) &&
+           halWorld.dataRegister == halWorld.missing.second;
+}
+
 int Read(uint8_t devIdx, int mmd, uint16_t reg, uint16_t* value)
 {
     if (Note({false, mmd, reg, 0}) != 0)
@@ -39,7 +49,11 @@ int Read(uint8_t devIdx, int mmd, uint16_t reg, uint16_t* value)
     PhyModel* phy = Reached(devIdx);
     auto overridden = halWorld.overrides.find({mmd, reg});
     std::optional<uint16_t> read = kNobody;
-    if (overridden != halWorld.overrides.end())
+    if (IsMissing(mmd, reg))
+        read = halWorld.missingReads;
+    else if (mmd < 0 && reg == 14 && halWorld.dataRegisterEchoes)
+        read = halWorld.dataRegister;
+    else if (overridden != halWorld.overrides.end())
         read = overridden->second;
     else if (phy != nullptr)
         read = mmd < 0 ? phy->Read22(static_cast<uint8_t>(reg))
@@ -57,6 +71,10 @@ int Write(uint8_t devIdx, int mmd, uint16_t reg, uint16_t value)
     if (Note({true, mmd, reg, value}) != 0)
         return -1;
     PhyModel* phy = Reached(devIdx);
+    if (mmd < 0 && reg == 13)
+        halWorld.selectedMmd = value;
+    if (mmd < 0 && reg == 14)
+        halWorld.dataRegister = value;
     if (phy == nullptr)
         return 0;
     bool done = mmd < 0 ? phy->Write22(static_cast<uint8_t>(reg), value)
@@ -118,7 +136,7 @@ HalLink HalTest::Link(int devIdx)
 
 EthphyIeee8023Counters HalTest::Counters(int devIdx)
 {
-    EthphyIeee8023Counters counters{99, 99, 99, 99, 99, 99};
+    EthphyIeee8023Counters counters{99, 99, 99, 99, 99, 99, 99, 99};
     EXPECT_EQ(hal_.GetCounters(devIdx, &counters), 0);
     return counters;
 }
@@ -134,6 +152,13 @@ uint16_t HalTest::Register(uint8_t mmd, uint16_t reg)
 size_t HalTest::Writes()
 {
     return static_cast<size_t>(std::ranges::count_if(halWorld.accesses, &HalAccess::write));
+}
+
+bool HalTest::Touched(int mmd, uint16_t reg)
+{
+    return std::ranges::any_of(halWorld.accesses, [=](const HalAccess& access) {
+        return access.mmd == mmd && access.reg == reg;
+    });
 }
 
 }  // namespace vboard
@@ -172,6 +197,17 @@ int EPHAL_GetHwState(uint8_t, uint32_t* enabled)
 {
     *enabled = halWorld.enabled ? 1 : 0;
     return 0;
+}
+
+uint32_t EPHAL_GetPortIfaceMode(uint8_t)
+{
+    return halWorld.portIfaceMode;
+}
+
+int EPHAL_ReconfigureGmacPhy(uint8_t devIdx, int setSpeed, int speed, int duplex)
+{
+    halWorld.toldMac.push_back({devIdx, setSpeed, speed, duplex});
+    return halWorld.gmacResult;
 }
 
 void* EPHAL_GetHalPrivData(uint8_t)

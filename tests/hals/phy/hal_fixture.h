@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <vector>
@@ -22,6 +23,14 @@ struct HalAccess {
     bool operator==(const HalAccess&) const = default;
 };
 
+struct GmacSetting {
+    int devIdx;
+    int setSpeed;
+    int speed;
+    int duplex;
+    bool operator==(const GmacSetting&) const = default;
+};
+
 // What the services stand on.
 struct HalWorld {
     std::unique_ptr<PhyModel> phys[EP_MAX_PHYS] = {};  // null: nobody at the address
@@ -29,6 +38,9 @@ struct HalWorld {
     bool hasPrivateData = true;
     alignas(uint64_t) uint8_t privateData[EP_HAL_PRIV_DATA_SIZE] = {};
     bool enabled = true;
+    uint32_t portIfaceMode = OB_IFACE_UNKNOWN;
+    int gmacResult = 0;
+    std::vector<GmacSetting> toldMac = {};
     std::chrono::nanoseconds now{};
     unsigned interruptedWaits = 0;
 
@@ -38,6 +50,13 @@ struct HalWorld {
     size_t silentFrom = SIZE_MAX;  // from here on reads give 0xFFFF and writes are lost
     // What a read gives instead of the model's register: {MMD or -1, register}.
     std::map<std::pair<int, uint16_t>, uint16_t> overrides = {};
+    // A register of an MMD that reads as nothing, by either way, and what it gives instead.
+    std::pair<int, uint16_t> missing = {-1, 0};
+    uint16_t missingReads = 0xFFFF;
+    bool clause45Fails = false;       // the bus has no such frames
+    bool dataRegisterEchoes = false;  // register 14 holds what was written to it
+    uint16_t dataRegister = 0;
+    int selectedMmd = 0;
 };
 extern HalWorld halWorld;
 
@@ -59,6 +78,10 @@ inline void PrintTo(const HalLink& link, std::ostream* out)
 inline constexpr HalLink kLinkDown{0, OB_SPEED_UNKNOWN, 0};
 
 class HalTest : public testing::Test {
+public:
+    static void Wait(std::chrono::nanoseconds time);
+    static void Negotiate() { Wait(std::chrono::milliseconds{1500}); }
+
 protected:
     HalTest();
 
@@ -66,8 +89,6 @@ protected:
     PhyModel& Make(const PhyConfig& config = {}, int devIdx = 0);
     // The same brought up by the HAL with the default configuration, and the negotiation done.
     PhyModel& MakeUp(const PhyConfig& config = {}, int devIdx = 0);
-    static void Wait(std::chrono::nanoseconds time);
-    static void Negotiate() { Wait(std::chrono::milliseconds{1500}); }
 
     HalLink Link(int devIdx = 0);
     EthphyIeee8023Counters Counters(int devIdx = 0);
@@ -75,6 +96,8 @@ protected:
     static uint16_t Register(uint8_t reg) { return *halWorld.phys[0]->Peek22(reg); }
     static uint16_t Register(uint8_t mmd, uint16_t reg);
     static size_t Writes();
+    // Whether the HAL accessed the register since the list was last cleared.
+    static bool Touched(int mmd, uint16_t reg);
 
     const struct ETHPHY_HalFuncs& hal_;
 };

@@ -255,5 +255,20 @@ TEST_F(HalReset, InitNeedsItsPrivateData)
     EXPECT_NE(hal_.Init(nullptr), 0);
 }
 
+// Each access that fails costs a line of the log.
+TEST_F(HalReset, ABusThatFailsDuringTheResetIsAskedAFewTimes)
+{
+    Make();
+    ASSERT_EQ(hal_.ResetDisable(0, 1), 0);
+    auto reset = std::ranges::find(halWorld.accesses, HalAccess{true, -1, 0, 0x8000});
+    Make();
+    halWorld.failFrom = static_cast<size_t>(reset - halWorld.accesses.begin()) + 1;
+    halWorld.accesses.clear();
+    auto start = halWorld.now;
+    EXPECT_EQ(hal_.ResetDisable(0, 1), ETHPHY_IEEE8023_FAILED);
+    EXPECT_EQ(halWorld.now - start, 600ms);
+    EXPECT_LE(halWorld.accesses.size() - halWorld.failFrom, 6U);
+}
+
 }  // namespace
 }  // namespace vboard

@@ -146,7 +146,8 @@ void AddPhyCounters(Metrics& metrics, const PhyDeviceRegion& region, const Model
     if (phy["state"] != "enabled" || !IsIeee8023(region.phy[device]))
         return;
     const Model counters = PhyCounters(region, device);
-    for (const char* name : {"idle_errors", "high_ber", "errored_blocks", "eee_wake_errors"})
+    for (const char* name : {"idle_errors", "high_ber", "errored_blocks", "eee_wake_errors",
+                             "link_drops", "master_faults"})
         metrics.Add(std::string("orblink_phy_") + name + "_total", "counter",
                     std::string("Counter ") + name + " of the PHY.", labels, counters[name]);
 }

@@ -41,6 +41,8 @@ Model Known(const EthphyIeee8023Counters& counters)
     model["high_ber"] = counted(ETHPHY_IEEE8023_HAS_BLOCK_ERRORS, counters.highBer);
     model["errored_blocks"] = counted(ETHPHY_IEEE8023_HAS_BLOCK_ERRORS, counters.erroredBlocks);
     model["eee_wake_errors"] = counted(ETHPHY_IEEE8023_HAS_EEE, counters.eeeWakeErrors);
+    model["link_drops"] = counted(ETHPHY_IEEE8023_HAS_LINK_DROPS, counters.linkDrops);
+    model["master_faults"] = counted(ETHPHY_IEEE8023_HAS_IDLE_ERRORS, counters.masterFaults);
     model["eee_offered"] = state(ETHPHY_IEEE8023_EEE_OFFERED);
     model["eee_negotiated"] = state(ETHPHY_IEEE8023_EEE_NEGOTIATED);
     model["eee_receive_sleeps"] = state(ETHPHY_IEEE8023_EEE_RX_SLEEPS);

@@ -144,7 +144,8 @@ TEST(Phy, CountersOfTheGeneralHalHaveNames)
                                    "ctl metrics | grep -c '^orblink_phy_link_up'"});
     EXPECT_THAT(r[0], Prints("PHY 1: state enabled\n"));
     const auto counters = Json(r[1])["phys"][0]["counters"];
-    EXPECT_EQ(counters.size(), 8U);
+    EXPECT_EQ(counters.size(), 10U);
+    EXPECT_EQ(counters["link_drops"], 0);
     EXPECT_EQ(counters["idle_errors"], 0);
     EXPECT_TRUE(counters["errored_blocks"].is_null() || counters["errored_blocks"] == 0);
     EXPECT_THAT(r[2], Prints("2\n"));
