@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "tests/robustness/child.h"
+#include "tests/robustness/effort.h"
 #include "tests/robustness/scripted_board.h"
 
 using namespace obtest;
@@ -76,7 +77,7 @@ int64_t WaitAfterAKill()
 TEST(KilledHolder, LetsTheNextCallGoOnAtOnce)
 {
     InitialiseElsewhere();
-    const int rounds = getenv("ORBLINK_THOROUGH") != nullptr ? 500 : 20;
+    const int rounds = Thorough() ? 500 : 20;
     std::vector<int64_t> waits;
     for (int round = 0; round < rounds; ++round) {
         const int64_t wait = WaitAfterAKill();

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "tests/robustness/child.h"
+#include "tests/robustness/effort.h"
 #include "tests/robustness/scripted_board.h"
 #include "tests/support/private_names.h"
 
@@ -33,7 +34,7 @@ void SignalAt(int hertz, bool restart)
     setitimer(ITIMER_REAL, &interval, nullptr);
 }
 
-double Seconds()
+double Now()
 {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -60,10 +61,10 @@ std::string TimeOf(Family family, const Rate& rate)
     };
     Platform().realWaits = true;
     SignalAt(rate.hertz, rate.restart);
-    const double begin = Seconds();
+    const double begin = Now();
     const int result = family == Family::kSwitch ? ORBLINK_ResetDisable(0, 1, nullptr, 0)
                                                  : ETHPHY_ResetDisable(0, 1);
-    const double took = Seconds() - begin;
+    const double took = Now() - begin;
     SignalAt(0, false);
     const bool signalled = rate.hertz == 1 && family == Family::kPhy ? true : signals > 0;
     std::ostringstream text;
@@ -134,7 +135,7 @@ TEST(WaitsUnderSignals, TheResetPulseOfAPhyTakesItsTime)
 // Without anybody else at the lock no call is ever cut short.
 class SignalStorm : public testing::TestWithParam<Family> {
 protected:
-    static int Milliseconds() { return getenv("ORBLINK_THOROUGH") != nullptr ? 500 : 10; }
+    static int Milliseconds() { return Thorough() ? 500 : 10; }
 
     // How often the call failed, in the time; each on the board as it was at first.
     int Failures(const ExportedCall& call)
@@ -145,7 +146,7 @@ protected:
         const PhyDeviceRegion phys = PhyRegion();
         const int expected = call.run();
         int failures = 0;
-        for (const double end = Seconds() + Milliseconds() / 1e3; Seconds() < end; ++calls) {
+        for (const double end = Now() + Milliseconds() / 1e3; Now() < end; ++calls) {
             memcpy(&Region(), &switches, sizeof(switches));
             memcpy(&PhyRegion(), &phys, sizeof(phys));
             failures += call.run() != expected ? 1 : 0;

@@ -1,0 +1,19 @@
+// How long a test tries: shortly among all the others, or for as long as run.sh says.
+#pragma once
+
+#include <cstdlib>
+
+namespace obtest {
+
+// ORBLINK_THOROUGH holds the seconds that each of the long-running tests may take.
+inline bool Thorough()
+{
+    return getenv("ORBLINK_THOROUGH") != nullptr;
+}
+
+inline int Seconds(int shortly)
+{
+    return Thorough() ? atoi(getenv("ORBLINK_THOROUGH")) : shortly;
+}
+
+}  // namespace obtest
