@@ -97,6 +97,34 @@ TEST_F(SwitchRegion, ThatIsTooShortIsNotMapped)
                       "/obos_orblink_driver is shorter than 5740 bytes");
 }
 
+TEST_F(SwitchRegion, OfSomebodyElseIsNotMappedByRoot)
+{
+    ASSERT_EQ(OBOS_CreateSwitchDevices(), 0);
+    if (geteuid() != 0 || chown("/dev/shm/obos_orblink_driver", 12345, 12345) != 0)
+        GTEST_SKIP() << "needs root, and a user to give the region to";
+    transcript.Clear();
+    EXPECT_EQ(OBOS_MapSwitchDevices(), nullptr);
+    EXPECT_TRANSCRIPT("sys shm_open(/obos_orblink_driver, O_RDWR, 666)", "sys close()",
+                      "log1 OBOS_MapSwitchDevices:# OBOS_MapSwitchDevices:# the region "
+                      "/obos_orblink_driver is owned by user 12345 and not by root");
+}
+
+TEST_F(SwitchRegion, NeverStandsOnAStandardStream)
+{
+    ASSERT_EQ(OBOS_CreateSwitchDevices(), 0);
+    transcript.Clear();
+    const int kept = fcntl(STDOUT_FILENO, F_DUPFD, 100);
+    close(STDOUT_FILENO);
+    auto* const region = static_cast<SwitchDeviceRegion*>(OBOS_MapSwitchDevices());
+    const bool taken = fcntl(STDOUT_FILENO, F_GETFD) != -1;
+    dup2(kept, STDOUT_FILENO);
+    close(kept);
+    ASSERT_NE(region, nullptr);
+    EXPECT_FALSE(taken);
+    EXPECT_TRANSCRIPT("sys shm_open(/obos_orblink_driver, O_RDWR, 666)", "sys close()",
+                      "sys mmap(5740, 3, 1)");
+}
+
 TEST_F(SwitchRegion, ThatIsLongerIsMapped)
 {
     ASSERT_EQ(OBOS_CreateSwitchDevices(), 0);
