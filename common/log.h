@@ -8,7 +8,6 @@
 //   OB_TRACE_AS                             "%s:%d "                 the caller handed over
 //   EP_ERROR EP_INFO EP_TRACE               nothing                  the function itself
 //   EP_ERROR_AT EP_INFO_AT EP_TRACE_AT      "%s:%d "                 the function itself
-//   EP_ERROR_AS EP_INFO_AS                  nothing                  the caller handed over
 //   EP_ERROR_AT_AS                          "%s:%d "                 the caller handed over
 //   OB_ERROR_TWICE                          function, line, function, line as first arguments
 //   EP_ERROR_PLACED EP_TRACE_PLACED         function, line as first arguments
@@ -101,8 +100,6 @@ inline int Failed()
 #define EP_INFO_AT(...) OB_LOG_AT(OBPLAT_SEVERITY_INFO, OBPLAT_MODULE_PHY, __VA_ARGS__)
 #define EP_TRACE_AT(...) OB_LOG_AT(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_PHY, __VA_ARGS__)
 
-#define EP_ERROR_AS(caller, ...) OB_FAILED(OB_LOG_AS(caller, error, __VA_ARGS__))
-#define EP_INFO_AS(caller, ...) OB_LOG_AS(caller, info, __VA_ARGS__)
 #define EP_ERROR_AT_AS(caller, ...) OB_FAILED(OB_LOG_AT_AS(caller, error, __VA_ARGS__))
 
 #define EP_ERROR_PLACED(format, ...)                                             \

@@ -4,52 +4,43 @@
 
 namespace orblink::phy {
 
-int StartSharedMemoryService(LogCaller caller)
+PhyDeviceRegion* _ApiProlog(int& semaphoreId)
 {
-    const int rc = shm_init(3, 0, 0);
-    return rc < 0 ? EP_ERROR_AS(caller, "shm_init() failed, Rc=%d", rc) : RC_OK;
-}
-
-namespace {
-
-// What a process does once, with the semaphore held. The HAL libraries get no second chance: later
-// calls find the region mapped.
-int Attach(LogCaller caller)
-{
-    if (StartSharedMemoryService(caller) != RC_OK)
-        return RC_ERROR;
-    process.region = static_cast<PhyDeviceRegion*>(EP_MapEthphyDevices());
-    if (process.region == nullptr)
-        return EP_ERROR_AS(caller, "shm_get() failed");
-    if (_LoadHals() != RC_OK)
-        return EP_ERROR_AS(caller, "_LoadHals() failed");
-    return RC_OK;
-}
-
-}  // namespace
-
-int _ApiProlog()
-{
-    if (process.semId < 0 && _InitGlobalSem() != RC_OK)
-        return EP_ERROR("_InitGlobalSem() failed");
-    if (_System5SemOp(-1) != RC_OK)
-        return EP_ERROR("_ApiGlobalLock() failed");
-    if (process.region == nullptr && Attach(EP_CALLER) != RC_OK) {
-        _System5SemOp(+1);
-        return RC_ERROR;
+    semaphoreId = process.semaphoreId;
+    if (semaphoreId < 0 && _InitGlobalSem(semaphoreId) != RC_OK) {
+        EP_ERROR("_InitGlobalSem() failed");
+        return nullptr;
     }
-    return RC_OK;
+    if (_System5SemOp(semaphoreId, -1) != RC_OK) {
+        EP_ERROR("_ApiGlobalLock() failed");
+        return nullptr;
+    }
+    if (process.attached)
+        return process.region;
+    // Once per process. The HAL libraries get no second chance: later calls find the region mapped.
+    const int rc = StartSharedMemoryService();
+    PhyDeviceRegion* const region = rc < 0 ? nullptr : MapRegion();
+    if (rc < 0)
+        EP_ERROR("shm_init() failed, Rc=%d", rc);
+    else if (region == nullptr)
+        EP_ERROR("shm_get() failed");
+    else if (_LoadHals(*region) != RC_OK)
+        EP_ERROR("_LoadHals() failed");
+    else
+        return region;
+    _System5SemOp(semaphoreId, +1);  // result dropped: the call has failed already
+    return nullptr;
 }
 
-void _LibEpilog()
+void _LibEpilog(int semaphoreId)
 {
-    if (_System5SemOp(+1) != RC_OK)
+    if (_System5SemOp(semaphoreId, +1) != RC_OK)
         EP_ERROR_AT("_ApiGlobalUnLock failed");
 }
 
-bool ValidateDevIndex(uint8_t devIdx)
+bool ValidateDevIndex(const PhyDeviceRegion& region, uint8_t devIdx)
 {
-    if (devIdx < PhyCount())
+    if (devIdx < PhyCount(region))
         return true;
     EP_ERROR("Invalid DevIndex=%d", devIdx);
     return false;
@@ -61,12 +52,6 @@ bool ValidateHwState(const PhyDeviceRecord& record)
         return true;
     EP_ERROR("PHY is in disabled state");
     return false;
-}
-
-PhyFrame::PhyFrame(LogCaller caller) : PhyFrame()
-{
-    if (!entered_)
-        EP_ERROR_AT_AS(caller, "_ApiProlog() failed");
 }
 
 }  // namespace orblink::phy

@@ -1,61 +1,71 @@
-// The frame of an ETHPHY_ call: prolog, checks, epilog.
+// The frame that every PHY operation runs in, as scopes: whatever the path, the semaphore is
+// released when the scope ends.
+//
+//     const PhyCall call{EP_CALLER, DevIdx};  prolog and device index; logs what is wrong
+//     if (!call || !ValidateHwState(call.Record()))
+//         return RC_ERROR;
 #pragma once
 
+#include "common/log.h"
+#include "common/no_cancellation.h"
 #include "phy/call/hal_loader.h"
+#include "phy/call/region.h"
 
 namespace orblink::phy {
 
-// Once per process, before the region is mapped; logs in the name of the step that maps it.
-int StartSharedMemoryService(LogCaller caller);
-
-int _ApiProlog();
-void _LibEpilog();
-bool ValidateDevIndex(uint8_t devIdx);
+// The steps, which log under their own names. The prolog gives the region with the semaphore held,
+// or null with it free.
+PhyDeviceRegion* _ApiProlog(int& semaphoreId);
+void _LibEpilog(int semaphoreId);
+bool ValidateDevIndex(const PhyDeviceRegion& region, uint8_t devIdx);
 bool ValidateHwState(const PhyDeviceRecord& record);
 
-// Holds the semaphore from the prolog to the end of the scope.
+// Holds the PHY semaphore with the region mapped and the HALs loaded, or is not entered.
 class PhyFrame {
 public:
-    PhyFrame() : entered_(_ApiProlog() == RC_OK) {}
+    // For operations without a line of their own when the prolog fails.
+    PhyFrame() : region_(_ApiProlog(semaphoreId_)) {}
 
-    // Logs, as the operation, that the prolog failed.
-    explicit PhyFrame(LogCaller caller);
+    explicit PhyFrame(LogCaller caller) : PhyFrame()
+    {
+        if (!Entered())
+            EP_ERROR_AT_AS(caller, "_ApiProlog() failed");
+    }
 
     ~PhyFrame()
     {
-        if (entered_)
-            _LibEpilog();
+        if (Entered())
+            _LibEpilog(semaphoreId_);
     }
 
     PhyFrame(const PhyFrame&) = delete;
     PhyFrame& operator=(const PhyFrame&) = delete;
 
-    bool Entered() const { return entered_; }
+    bool Entered() const { return region_ != nullptr; }
+    PhyDeviceRegion& Region() const { return *region_; }
 
 private:
-    bool entered_;
+    NoCancellation uncancelled_;
+    int semaphoreId_ = -1;
+    PhyDeviceRegion* region_;
 };
 
-// A frame for one PHY: false when the prolog or the index check failed.
+// The frame and a valid device.
 class PhyCall {
 public:
-    // The prolog's failure gets no line of the operation's own.
     explicit PhyCall(uint8_t devIdx) { Find(devIdx); }
-
     PhyCall(LogCaller caller, uint8_t devIdx) : frame_(caller) { Find(devIdx); }
 
     explicit operator bool() const { return record_ != nullptr; }
     bool Entered() const { return frame_.Entered(); }
+    PhyDeviceRegion& Region() const { return frame_.Region(); }
     PhyDeviceRecord& Record() const { return *record_; }
-
-    // For operations that reach the PHY.
-    bool Enabled() const { return record_ != nullptr && ValidateHwState(*record_); }
 
 private:
     void Find(uint8_t devIdx)
     {
-        if (frame_.Entered() && ValidateDevIndex(devIdx))
-            record_ = FindRecord(devIdx);
+        if (frame_.Entered() && ValidateDevIndex(frame_.Region(), devIdx))
+            record_ = &frame_.Region().phy[devIdx];
     }
 
     PhyFrame frame_;

@@ -3,12 +3,13 @@
 
 #include <type_traits>
 
-#include "phy/call/region.h"
+#include "common/result.h"
+#include "phy/call/process_state.h"
 
 namespace orblink::phy {
 
 // Loads the library of each PHY, each library once. Entries start anew from kNoHal.
-int _LoadHals();
+int _LoadHals(const PhyDeviceRegion& region);
 
 // Table of a PHY; null while its HAL index is none, or when loading left nothing in its entry.
 const HalTable* FindHal(uint8_t devIdx);
@@ -19,9 +20,8 @@ int CallSlot(uint8_t devIdx, int (*HalTable::*slot)(int, SlotArgs...),
              std::type_identity_t<SlotArgs>... args)
 {
     const HalTable* const hal = FindHal(devIdx);
-    if (hal == nullptr || hal->*slot == nullptr)
-        return RC_ERROR;
-    return (hal->*slot)(devIdx, args...) == 0 ? RC_OK : RC_ERROR;
+    const auto function = hal == nullptr ? nullptr : hal->*slot;
+    return function != nullptr && function(devIdx, args...) == 0 ? RC_OK : RC_ERROR;
 }
 
 }  // namespace orblink::phy

@@ -1,75 +1,81 @@
 #include "phy/call/region.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-#include <cerrno>
-
+#include "common/log.h"
 #include "common/shared_object.h"
 
 namespace orblink::phy {
-
 namespace {
 
 constexpr const char* kRegionName = "/ethphy_driver";
 
 }  // namespace
 
-constinit Process process;
-
 uint8_t PhyCount()
 {
-    const uint8_t count = process.region == nullptr ? uint8_t{0} : process.region->NumOfPhys;
-    return count > EP_MAX_PHYS ? uint8_t{0} : count;
+    const PhyDeviceRegion* const region = process.region;
+    return region == nullptr ? uint8_t{0} : PhyCount(*region);
 }
 
 PhyDeviceRecord* FindRecord(uint8_t devIdx)
 {
-    if (process.region == nullptr || devIdx >= EP_MAX_PHYS)
-        return nullptr;
-    return &process.region->phy[devIdx];
+    PhyDeviceRegion* const region = process.region;
+    return region == nullptr || devIdx >= EP_MAX_PHYS ? nullptr : &region->phy[devIdx];
 }
 
-PhyDeviceRecord* RecordOrError(LogCaller caller, uint8_t devIdx)
+int StartSharedMemoryService()
 {
-    PhyDeviceRecord* const record = FindRecord(devIdx);
-    if (record == nullptr)
-        EP_ERROR_AT_AS(caller, "failed DevIndex=%d", devIdx);
-    return record;
+    return process.region == nullptr ? shm_init(3, 0, 0) : 0;
+}
+
+PhyDeviceRegion* MapRegion()
+{
+    auto* const region = static_cast<PhyDeviceRegion*>(EP_MapEthphyDevices());
+    if (region != nullptr) {
+        process.region = region;  // one from before stays: a thread may be using it
+        process.attached = true;
+    }
+    return region;
 }
 
 }  // namespace orblink::phy
 
+using namespace orblink;
+using namespace orblink::phy;
+
 int EP_CreatePhyDevices(void)
 {
-    const int fd = shm_open(orblink::phy::kRegionName, O_RDWR | O_CREAT, 0666);
-    if (fd < 0)
-        return EP_ERROR("shm_open() failed, errno=%d", errno);
-    const bool done = ftruncate(fd, sizeof(PhyDeviceRegion)) == 0;
-    const int error = errno;
-    close(fd);
-    return done ? orblink::RC_OK : EP_ERROR("ftruncate() failed, errno=%d", error);
+    const SharedObject object = CreateSharedObject(kRegionName, sizeof(PhyDeviceRegion));
+    switch (object.failed) {
+        case CreateStep::kShmOpen:
+            return EP_ERROR("shm_open() failed, errno=%d", object.error);
+        case CreateStep::kFtruncate:
+            return EP_ERROR("ftruncate() failed, errno=%d", object.error);
+        case CreateStep::kDone:
+            break;
+    }
+    return RC_OK;
 }
 
 void* EP_MapEthphyDevices(void)
 {
-    const int fd = shm_open(orblink::phy::kRegionName, O_RDWR, 0666);
-    if (fd < 0) {
-        EP_ERROR_AT("shm_open() failed, errno=%d", errno);
-        return nullptr;
+    const SharedMapping mapping = MapSharedObject(kRegionName, sizeof(PhyDeviceRegion));
+    switch (mapping.failed) {
+        case MapStep::kShmOpen:
+            EP_ERROR_AT("shm_open() failed, errno=%d", mapping.error);
+            break;
+        case MapStep::kOwner:
+            EP_ERROR_AT("the region %s is owned by user %u and not by root", kRegionName,
+                        mapping.owner);
+            break;
+        case MapStep::kSize:
+            EP_ERROR_AT("the region %s is shorter than %zu bytes", kRegionName,
+                        sizeof(PhyDeviceRegion));
+            break;
+        case MapStep::kMmap:
+            EP_ERROR_AT("mmap() failed, errno=%d", mapping.error);
+            break;
+        case MapStep::kDone:
+            break;
     }
-    if (orblink::IsCutShort(fd, sizeof(PhyDeviceRegion))) {
-        close(fd);
-        EP_ERROR_AT("the region is shorter than %zu bytes", sizeof(PhyDeviceRegion));
-        return nullptr;
-    }
-    void* const region =
-        mmap(nullptr, sizeof(PhyDeviceRegion), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    if (region == MAP_FAILED) {
-        const int error = errno;
-        close(fd);
-        EP_ERROR_AT("mmap() failed, errno=%d", error);
-        return nullptr;
-    }
-    return region;  // the descriptor stays open, as the mapping does, for the life of the process
+    return mapping.address;
 }

@@ -1,35 +1,31 @@
-// The mapped region and the rest of what this process keeps of the PHY family.
+// The region, which any process that can open it may have spoilt: what is read from it to index or
+// to count by is read once and bounded here.
 #pragma once
 
-#include "common/log.h"
-#include "phy/ethphy_hal.h"
+#include "common/read_once.h"
+#include "phy/call/process_state.h"
 
 namespace orblink::phy {
 
-using HalTable = struct ETHPHY_HalFuncs;
+// The stored number of PHYs; 0 when the region holds a number that cannot be.
+inline uint8_t PhyCount(const PhyDeviceRegion& region)
+{
+    const uint8_t count = ReadOnce(region.NumOfPhys);
+    return count <= EP_MAX_PHYS ? count : uint8_t{0};
+}
 
-// Stands in an entry that no library was loaded for: slots 0 to 5 fail, the others are null.
-extern const HalTable kNoHal;
-
-struct Process {
-    int semId = -1;
-    PhyDeviceRegion* region = nullptr;
-    const HalTable* halTables[EP_MAX_PHYS] = {&kNoHal, &kNoHal};
-    int socket = -1;  // of the EPHAL_ services; kept open between calls
-};
-
-extern Process process;
-
-// The region is shared with every process that can open it, so what is read from it may be
-// anything. These bound it: a count above the capacity counts as 0, and so does one that cannot be
-// read yet.
+// The same for the services: 0 while the region is not mapped.
 uint8_t PhyCount();
 
 // Record of a PHY that the board has, or may have: below the capacity. Null when it is not, or
 // while the region is not mapped.
 PhyDeviceRecord* FindRecord(uint8_t devIdx);
 
-// The same, with a line in the name of the caller when there is no record.
-PhyDeviceRecord* RecordOrError(LogCaller caller, uint8_t devIdx);
+// The region, mapped and in force from now on; null with a line of EP_MapEthphyDevices. Before the
+// first mapping the shared-memory service has to run.
+PhyDeviceRegion* MapRegion();
+
+// Starts that service, once per process; negative when it fails.
+int StartSharedMemoryService();
 
 }  // namespace orblink::phy

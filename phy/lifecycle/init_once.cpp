@@ -4,29 +4,19 @@
 #include "phy/call/semaphore.h"
 
 namespace orblink::phy {
-
 namespace {
 
-// The semaphore is created held; this gives it back at the end of the initialisation.
+// The semaphore, which is created held, given back at the end of the initialisation.
 class HeldFromCreation {
 public:
-    HeldFromCreation() = default;
-    ~HeldFromCreation() { _System5SemOp(+1); }
-
+    explicit HeldFromCreation(int semaphoreId) : semaphoreId_(semaphoreId) {}
+    ~HeldFromCreation() { _System5SemOp(semaphoreId_, +1); }  // result dropped: it stands
     HeldFromCreation(const HeldFromCreation&) = delete;
     HeldFromCreation& operator=(const HeldFromCreation&) = delete;
-};
 
-int MapRegion(LogCaller caller)
-{
-    if (process.region == nullptr && StartSharedMemoryService(caller) != RC_OK)
-        return RC_ERROR;
-    auto* const region = static_cast<PhyDeviceRegion*>(EP_MapEthphyDevices());
-    if (region == nullptr)
-        return EP_ERROR_AS(caller, "EP_MapEthphyDevices() failed");
-    process.region = region;
-    return RC_OK;
-}
+private:
+    int semaphoreId_;
+};
 
 void StoreInitialValues(PhyDeviceRegion& region)
 {
@@ -39,61 +29,56 @@ void StoreInitialValues(PhyDeviceRegion& region)
     }
 }
 
-int _InitPhyDevices(EthphyBsd& bsd)
+// The region with its initial values; null when a step failed.
+PhyDeviceRegion* _InitPhyDevices(EthphyBsd& bsd)
 {
-    if (EP_CreatePhyDevices() != RC_OK)
-        return EP_ERROR("EP_CreatePhyDevices() failed");
-    EP_TRACE("EP_CreatePhyDevices() Done");
-    if (MapRegion(EP_CALLER) != RC_OK)
-        return RC_ERROR;
-    EP_TRACE("EP_MapEthphyDevices() Done");
-    StoreInitialValues(*process.region);
-    if (EP_InitBoardSpecificData(&bsd, process.region->vendor) != RC_OK)
-        return EP_ERROR("_InitBoardSpecificData() failed");
-    return RC_OK;
-}
-
-void StoreBoardData(PhyDeviceRegion& region, const EthphyBsd& bsd)
-{
-    const uint8_t count = bsd.numOfPhys > EP_MAX_PHYS ? uint8_t{0} : bsd.numOfPhys;
-    for (uint8_t i = 0; i < count; ++i) {
-        region.phy[i].bsdValid = 1;
-        region.phy[i].board = bsd.entry[i];
+    if (EP_CreatePhyDevices() != RC_OK) {
+        EP_ERROR("EP_CreatePhyDevices() failed");
+        return nullptr;
     }
-    region.NumOfPhys = count;
+    EP_TRACE("EP_CreatePhyDevices() Done");
+    if (const int rc = StartSharedMemoryService(); rc < 0) {
+        EP_ERROR("shm_init() failed, Rc=%d", rc);
+        return nullptr;
+    }
+    PhyDeviceRegion* const region = MapRegion();
+    if (region == nullptr) {
+        EP_ERROR("EP_MapEthphyDevices() failed");
+        return nullptr;
+    }
+    EP_TRACE("EP_MapEthphyDevices() Done");
+    StoreInitialValues(*region);
+    if (EP_InitBoardSpecificData(&bsd, region->vendor) != RC_OK) {
+        EP_ERROR("_InitBoardSpecificData() failed");
+        return nullptr;
+    }
+    return region;
 }
 
 // One index per library, in the order in which the PHYs name them. Returns how many were given.
-int AssignHalIndices(PhyDeviceRegion& region)
+int AssignHalIndices(PhyDeviceRegion& region, const EthphyBsd& bsd, int count)
 {
-    uint8_t given = 0;
-    const PhyDeviceRecord* owner[EP_MAX_PHYS] = {};
-    for (uint8_t i = 0; i < region.NumOfPhys; ++i) {
-        PhyDeviceRecord& record = region.phy[i];
-        uint8_t idx = 0;
-        while (idx < given && strncmp(owner[idx]->board.halLibName, record.board.halLibName,
-                                      OB_HAL_NAME_SIZE) != 0)
-            ++idx;
-        if (idx == given)
-            owner[given++] = &record;
-        record.halIdx = idx;
+    int firstPhy[EP_MAX_PHYS];
+    int given = 0;
+    for (int i = 0; i < count; ++i) {
+        int halIdx = 0;
+        while (halIdx < given && strncmp(bsd.entry[firstPhy[halIdx]].halLibName,
+                                         bsd.entry[i].halLibName, OB_HAL_NAME_SIZE) != 0)
+            ++halIdx;
+        if (halIdx == given)
+            firstPhy[given++] = i;
+        region.phy[i].halIdx = static_cast<uint8_t>(halIdx);
     }
     return given;
 }
 
-// PHY i brought HAL index i: a second index exists only when PHY 1 names another library.
-int InitHals(LogCaller caller, PhyDeviceRegion& region, int count)
+int InitHal(uint8_t devIdx, void* privData)
 {
-    for (uint8_t i = 0; i < count; ++i) {
-        const HalTable* const hal = FindHal(i);
-        if (hal == nullptr || hal->Init == nullptr || hal->Init(region.halPrivData[i]) != 0)
-            return EP_ERROR_AS(caller, "InitOnce() failed, HalIdx=%d", i);
-    }
-    return RC_OK;
+    const HalTable* const hal = FindHal(devIdx);
+    return hal != nullptr && hal->Init != nullptr ? hal->Init(privData) : RC_ERROR;
 }
 
 }  // namespace
-
 }  // namespace orblink::phy
 
 using namespace orblink;
@@ -101,19 +86,36 @@ using namespace orblink::phy;
 
 int ETHPHY_InitOnce(void)
 {
-    if (_CreateGlobalSem() != RC_OK)
+    const NoCancellation uncancelled;
+    int semaphoreId = -1;
+    if (_CreateGlobalSem(semaphoreId) != RC_OK)
         return EP_ERROR("_CreateGlobalSem() failed");
-    const HeldFromCreation held;
+    const HeldFromCreation held{semaphoreId};
     EthphyBsd bsd = {};
-    if (_InitPhyDevices(bsd) != RC_OK)
+    PhyDeviceRegion* const region = _InitPhyDevices(bsd);
+    if (region == nullptr)
         return EP_ERROR("_InitPhyDevices() failed");
-    StoreBoardData(*process.region, bsd);
-    const int halCount = AssignHalIndices(*process.region);
-    if (_LoadHals() != RC_OK)
+    const int count = bsd.numOfPhys <= EP_MAX_PHYS ? bsd.numOfPhys : 0;
+    for (int i = 0; i < count; ++i) {
+        PhyBoardEntry& board = region->phy[i].board;
+        region->phy[i].bsdValid = 1;
+        if (memcpy_s(&board, sizeof(board), &bsd.entry[i], sizeof(bsd.entry[i])) != 0)
+            return EP_ERROR_AT("Runtime-constraint violation error in function kova_memcpy_s");
+    }
+    region->NumOfPhys = static_cast<uint8_t>(count);
+    const int halCount = AssignHalIndices(*region, bsd, count);
+    // A PHY that cannot be driven must not keep the others from working: only logged from here on.
+    if (_LoadHals(*region) != RC_OK) {
         EP_ERROR("_LoadHals() failed");
-    else
-        InitHals(EP_CALLER, *process.region, halCount);
-    return RC_OK;  // a PHY that cannot be driven must not keep the others from working
+        return RC_OK;
+    }
+    // PHY i brought HAL index i: a second index exists only when PHY 1 names another library.
+    for (uint8_t i = 0; i < halCount; ++i)
+        if (InitHal(i, region->halPrivData[i]) != 0) {
+            EP_ERROR("InitOnce() failed, HalIdx=%d", i);
+            break;
+        }
+    return RC_OK;
 }
 
 int ETHPHY_GetNumOfPhys(uint8_t* Out)
@@ -123,8 +125,9 @@ int ETHPHY_GetNumOfPhys(uint8_t* Out)
     const PhyFrame frame;
     if (!frame.Entered())
         return RC_ERROR;
-    if (process.region->NumOfPhys > EP_MAX_PHYS)
-        return EP_ERROR_AT("Invalid NumOfPhys=%d", process.region->NumOfPhys);
-    *Out = process.region->NumOfPhys;
+    const uint8_t count = ReadOnce(frame.Region().NumOfPhys);
+    if (count > EP_MAX_PHYS)
+        return EP_ERROR_AT("Invalid NumOfPhys=%d", count);
+    *Out = count;
     return RC_OK;
 }

@@ -1,15 +1,15 @@
 #include "phy/lifecycle/lane.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 
 #include "board/lane_driver.h"
+#include "common/descriptor.h"
+#include "phy/call/frame.h"
 
 namespace orblink::phy {
-
 namespace {
 
 // The one HAL library whose PHY tells the state of the lane.
@@ -25,13 +25,12 @@ int _ResetSgmii(uint32_t serdesId, uint32_t speed)
     if (serdesId >= kLanes)
         return RC_ERROR;
     uint32_t client = LaneClient(serdesId, speed == OB_SPEED_2G5);
-    const int fd = open(kLaneDriver, O_RDONLY);
-    if (fd < 0)
+    const Descriptor driver{open(kLaneDriver, O_RDONLY)};
+    if (!driver)
         return EP_ERROR("open failed, errno=%d", errno);
-    const int rc =
-        ioctl(fd, kResetLane, &client) < 0 ? EP_ERROR("ioctl failed, errno=%d", errno) : RC_OK;
-    close(fd);
-    return rc;
+    if (ioctl(driver.Get(), kResetLane, &client) < 0)
+        return EP_ERROR("ioctl failed, errno=%d", errno);
+    return RC_OK;
 }
 
 bool _IsResetSgmiiRequired(uint8_t devIdx, const PhyDeviceRecord& record)
@@ -64,8 +63,9 @@ int ETHPHY_ResetSgmii(uint8_t DevIdx)
     const PhyFrame frame{EP_CALLER};
     if (!frame.Entered())
         return RC_ERROR;
-    const PhyDeviceRecord* const record = FindRecord(DevIdx);
-    if (record != nullptr)
-        _ResetSgmii(record->board.serdesId, record->board.portIfaceSpeed);
+    if (DevIdx >= EP_MAX_PHYS)
+        return RC_OK;
+    const PhyBoardEntry& board = frame.Region().phy[DevIdx].board;
+    _ResetSgmii(ReadOnce(board.serdesId), board.portIfaceSpeed);  // result dropped: it is logged
     return RC_OK;
 }

@@ -1,7 +1,7 @@
 // The SoC SerDes lane behind a PHY.
 #pragma once
 
-#include "phy/call/frame.h"
+#include "phy/ethphy_api.h"
 
 namespace orblink::phy {
 

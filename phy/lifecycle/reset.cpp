@@ -1,8 +1,8 @@
 #include "common/wait.h"
+#include "phy/call/frame.h"
 #include "phy/lifecycle/lane.h"
 
 namespace orblink::phy {
-
 namespace {
 
 constexpr unsigned kResetMicroseconds = 300'000;
@@ -15,7 +15,7 @@ constexpr uint8_t kNoResetPin = 255;
 
 uint8_t ResetPin(const PhyDeviceRecord& record)
 {
-    return static_cast<uint8_t>(record.board.resetGpioPin);
+    return static_cast<uint8_t>(ReadOnce(record.board.resetGpioPin));
 }
 
 // Waits until the PHY answers with an identifier. The outcome is only logged.
@@ -44,24 +44,7 @@ void StoreDefaults(PhyProvConfig& config)
     config.word16 = 1;
 }
 
-// The PHY counts as enabled from here on, whatever it answers.
-int Enable(LogCaller caller, uint8_t devIdx, PhyDeviceRecord& record)
-{
-    record.config.hwState = EP_HW_STATE_ENABLED;
-    if (CallSlot(devIdx, &HalTable::GetCaps, &record.caps) != RC_OK) {
-        record.capsValid = 0;
-        return EP_ERROR_AT_AS(caller, "failed Phy=%d", devIdx);
-    }
-    record.capsValid = 1;
-    record.postResetMark = EP_POST_RESET_NONE;
-    const auto adminState = static_cast<int>(record.config.adminState);
-    if (CallSlot(devIdx, &HalTable::SetAdminState, adminState) != RC_OK)
-        return EP_ERROR_AT_AS(caller, "failed Phy=%d", devIdx);
-    return RC_OK;
-}
-
 }  // namespace
-
 }  // namespace orblink::phy
 
 using namespace orblink;
@@ -77,7 +60,7 @@ int ETHPHY_ResetDisable(uint8_t DevIdx, int DefConfig)
     record.config.hwState = EP_HW_STATE_DISABLED;
     const uint8_t pin = ResetPin(record);
     if (pin != kNoResetPin) {
-        OBOS_SetGpioValue(pin, 0);
+        OBOS_SetGpioValue(pin, 0);  // results dropped: they are logged, and the PHY may be up
         WaitMicroseconds(kResetMicroseconds);
         EP_INFO_AT("Setting GPIO %d to 1", pin);
         OBOS_SetGpioValue(pin, 1);
@@ -88,9 +71,20 @@ int ETHPHY_ResetDisable(uint8_t DevIdx, int DefConfig)
     if (CallSlot(DevIdx, &HalTable::ResetDisable, DefConfig) != RC_OK)
         EP_ERROR_AT("failed Phy=%d", DevIdx);
     if (_IsResetSgmiiRequired(DevIdx, record))
-        _ResetSgmii(record.board.serdesId, record.board.portIfaceSpeed);
-    EP_INFO("PHY0 ULP = %u", process.region->vendor[0].ulpModeEnabled);
-    return Enable(EP_CALLER, DevIdx, record);
+        _ResetSgmii(ReadOnce(record.board.serdesId), record.board.portIfaceSpeed);
+    EP_INFO("PHY0 ULP = %u", call.Region().vendor[0].ulpModeEnabled);
+
+    record.config.hwState = EP_HW_STATE_ENABLED;  // from here on, whatever the PHY answers
+    if (CallSlot(DevIdx, &HalTable::GetCaps, &record.caps) != RC_OK) {
+        record.capsValid = 0;
+        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+    }
+    record.capsValid = 1;
+    record.postResetMark = EP_POST_RESET_NONE;
+    const auto adminState = static_cast<int>(record.config.adminState);
+    if (CallSlot(DevIdx, &HalTable::SetAdminState, adminState) != RC_OK)
+        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+    return RC_OK;
 }
 
 int ETHPHY_ResetEnable(uint8_t DevIdx)

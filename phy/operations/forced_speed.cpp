@@ -1,7 +1,7 @@
-#include "phy/call/frame.h"
+#include "common/log.h"
+#include "phy/ethphy_api.h"
 
 namespace orblink::phy {
-
 namespace {
 
 // Register values that make the PHY advertise one speed.
@@ -39,7 +39,6 @@ const SpeedMode& ModeFor(uint32_t speed)
 }
 
 }  // namespace
-
 }  // namespace orblink::phy
 
 using namespace orblink;

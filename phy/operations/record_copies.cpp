@@ -1,37 +1,28 @@
 #include "phy/call/frame.h"
 
-namespace orblink::phy {
-
-namespace {
-
-// Copies one part of a PHY's record to the caller.
-template <typename Part>
-int CopyPart(LogCaller caller, uint8_t devIdx, Part PhyDeviceRecord::*part, void* out)
-{
-    const PhyCall call{devIdx};
-    if (!call)
-        return RC_ERROR;
-    if (memcpy_s(out, sizeof(Part), &(call.Record().*part), sizeof(Part)) != 0)
-        return EP_ERROR_AT_AS(caller,
-                              "Runtime-constraint violation error in function kova_memcpy_s");
-    return RC_OK;
-}
-
-}  // namespace
-
-}  // namespace orblink::phy
-
 using namespace orblink;
 using namespace orblink::phy;
 
 int ETHPHY_GetProvisionedConfig(uint8_t DevIdx, void* Out)
 {
-    return CopyPart(EP_CALLER, DevIdx, &PhyDeviceRecord::config, Out);
+    const PhyCall call{DevIdx};
+    if (!call)
+        return RC_ERROR;
+    const PhyProvConfig& config = call.Record().config;
+    if (memcpy_s(Out, sizeof(config), &config, sizeof(config)) != 0)
+        return EP_ERROR_AT("Runtime-constraint violation error in function kova_memcpy_s");
+    return RC_OK;
 }
 
 int ETHPHY_GetBsdConfig(uint8_t DevIdx, void* Out)
 {
-    return CopyPart(EP_CALLER, DevIdx, &PhyDeviceRecord::board, Out);
+    const PhyCall call{DevIdx};
+    if (!call)
+        return RC_ERROR;
+    const PhyBoardEntry& board = call.Record().board;
+    if (memcpy_s(Out, sizeof(board), &board, sizeof(board)) != 0)
+        return EP_ERROR_AT("Runtime-constraint violation error in function kova_memcpy_s");
+    return RC_OK;
 }
 
 int ETHPHY_GetPhyData(uint8_t DevIdx, void** Out)

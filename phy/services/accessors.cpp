@@ -1,3 +1,4 @@
+#include "common/log.h"
 #include "phy/call/region.h"
 
 using namespace orblink;
@@ -5,9 +6,9 @@ using namespace orblink::phy;
 
 int EPHAL_SetHwState(uint8_t DevIdx, int Enabled)
 {
-    PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
+    PhyDeviceRecord* const record = FindRecord(DevIdx);
     if (record == nullptr)
-        return RC_ERROR;
+        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
     record->config.hwState = Enabled != 0 ? EP_HW_STATE_ENABLED : EP_HW_STATE_DISABLED;
     if (Enabled != 0)
         record->postResetMark = EP_POST_RESET_NONE;
@@ -18,9 +19,9 @@ int EPHAL_GetHwState(uint8_t DevIdx, uint32_t* Enabled)
 {
     if (Enabled == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
+    const PhyDeviceRecord* const record = FindRecord(DevIdx);
     if (record == nullptr)
-        return RC_ERROR;
+        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
     *Enabled = record->config.hwState == EP_HW_STATE_ENABLED ? 1 : 0;
     return RC_OK;
 }
@@ -29,30 +30,38 @@ int EPHAL_GetUlpModeEnabled(uint8_t DevIdx, uint32_t* Enabled)
 {
     if (Enabled == nullptr)
         return EP_ERROR_AT("NULL ptr");
-    if (RecordOrError(EP_CALLER, DevIdx) == nullptr)
-        return RC_ERROR;
-    *Enabled = process.region->vendor[DevIdx].ulpModeEnabled;
+    const PhyDeviceRegion* const region = process.region;
+    if (region == nullptr || DevIdx >= EP_MAX_PHYS)
+        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+    *Enabled = region->vendor[DevIdx].ulpModeEnabled;
     return RC_OK;
 }
 
 void* EPHAL_GetHalPrivData(uint8_t DevIdx)
 {
-    if (DevIdx >= PhyCount())
+    PhyDeviceRegion* const region = process.region;
+    if (region == nullptr || DevIdx >= PhyCount(*region))
         return nullptr;
-    const uint8_t halIdx = FindRecord(DevIdx)->halIdx;
-    return halIdx < EP_MAX_PHYS ? process.region->halPrivData[halIdx] : nullptr;
+    const uint8_t halIdx = ReadOnce(region->phy[DevIdx].halIdx);
+    return halIdx < EP_MAX_PHYS ? region->halPrivData[halIdx] : nullptr;
 }
 
 uint32_t EPHAL_GetPortIfaceMode(uint8_t DevIdx)
 {
-    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
-    return record == nullptr ? 0 : record->board.portIfaceMode;
+    const PhyDeviceRecord* const record = FindRecord(DevIdx);
+    if (record != nullptr)
+        return record->board.portIfaceMode;
+    EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+    return 0;
 }
 
 uint32_t EPHAL_GetPortIfaceSpeed(uint8_t DevIdx)
 {
-    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
-    return record == nullptr ? 0 : record->board.portIfaceSpeed;
+    const PhyDeviceRecord* const record = FindRecord(DevIdx);
+    if (record != nullptr)
+        return record->board.portIfaceSpeed;
+    EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+    return 0;
 }
 
 int EPHAL_GetMdioAddrAndBusId(uint8_t DevIdx, uint8_t* BusId, uint8_t* Addr)

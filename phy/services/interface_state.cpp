@@ -1,7 +1,11 @@
+#include <net/if.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
+#include "common/log.h"
+#include "phy/call/region.h"
 #include "phy/services/process_socket.h"
 
 using namespace orblink;
@@ -9,11 +13,13 @@ using namespace orblink::phy;
 
 int EPHAL_SetInterfaceState(uint8_t DevIdx, int Up)
 {
-    const PhyDeviceRecord* const record = RecordOrError(EP_CALLER, DevIdx);
-    const char* const name =
-        record == nullptr ? nullptr : InterfaceName(EP_CALLER, DevIdx, *record);
+    const PhyDeviceRecord* const record = FindRecord(DevIdx);
+    if (record == nullptr)
+        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+    const auto lane = static_cast<uint8_t>(ReadOnce(record->board.serdesId));
+    const char* const name = InterfaceName(lane);
     if (name == nullptr)
-        return RC_ERROR;
+        return EP_ERROR_AT("Invalid serdesId=%d, DevIndex=%d", lane, DevIdx);
     char command[sizeof("ifconfig  down") + IFNAMSIZ];
     snprintf(command, sizeof(command), "ifconfig %s %s", name, Up != 0 ? "up" : "down");
     if (system(command) < 0)

@@ -2,42 +2,31 @@
 
 #include <sys/socket.h>
 #include <unistd.h>
-#include <cerrno>
+
 #include <iterator>
+
+#include "common/descriptor.h"
+#include "phy/call/process_state.h"
 
 namespace orblink::phy {
 
-int OpenProcessSocket(LogCaller caller)
+bool OpenProcessSocket()
 {
-    if (process.socket >= 0)
-        return RC_OK;
-    process.socket = socket(AF_INET, SOCK_DGRAM, 0);
-    return process.socket < 0 ? EP_ERROR_AT_AS(caller, "socket failed, errno=%d", errno) : RC_OK;
+    if (process.socket < 0)
+        process.socket = KeepDescriptor(socket(AF_INET, SOCK_DGRAM, 0));
+    return process.socket >= 0;
 }
 
 void CloseProcessSocket()
 {
-    close(process.socket);
+    close(process.socket);  // result dropped: the request's failure is what is reported
     process.socket = -1;
 }
 
-int StoreInterfaceName(LogCaller caller, char (&to)[IFNAMSIZ], const char* name)
-{
-    if (strncpy_s(to, sizeof(to), name, sizeof(to)) != 0)
-        return EP_ERROR_AS(caller,
-                           "%s:%d: Runtime-constraint violation error in function kova_strncpy_s",
-                           caller.func, caller.Line());
-    return RC_OK;
-}
-
-const char* InterfaceName(LogCaller caller, uint8_t devIdx, const PhyDeviceRecord& record)
+const char* InterfaceName(uint8_t lane)
 {
     static constexpr const char* kNames[] = {"nsgmii0", "nsgmii1", "UNKNOWN"};
-    const auto lane = static_cast<uint8_t>(record.board.serdesId);
-    if (lane < std::size(kNames))
-        return kNames[lane];
-    EP_ERROR_AT_AS(caller, "Invalid serdesId=%d, DevIndex=%d", lane, devIdx);
-    return nullptr;
+    return lane < std::size(kNames) ? kNames[lane] : nullptr;
 }
 
 }  // namespace orblink::phy

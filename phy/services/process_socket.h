@@ -1,22 +1,17 @@
-// The socket through which the EPHAL_ services reach the network drivers.
+// The socket through which the EPHAL_ services reach the network drivers, one for the process.
 #pragma once
 
-#include <net/if.h>
-
-#include "phy/call/region.h"
+#include "phy/ethphy_hal.h"
 
 namespace orblink::phy {
 
-// Opens the socket if this process has none; logs in the name of the service.
-int OpenProcessSocket(LogCaller caller);
+// Opens the socket if this process has none; false, with errno, when there is none to be had.
+bool OpenProcessSocket();
 
 // A socket that a request failed on is not used again.
 void CloseProcessSocket();
 
-// Copies an interface name into a request's 16 bytes; logs in the name of the service.
-int StoreInterfaceName(LogCaller caller, char (&to)[IFNAMSIZ], const char* name);
-
-// "nsgmii0", "nsgmii1" or "UNKNOWN"; null with a line when the board data name no interface.
-const char* InterfaceName(LogCaller caller, uint8_t devIdx, const PhyDeviceRecord& record);
+// "nsgmii0", "nsgmii1" or "UNKNOWN" by the low byte of the lane; null for a lane that has none.
+const char* InterfaceName(uint8_t lane);
 
 }  // namespace orblink::phy

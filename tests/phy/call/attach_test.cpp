@@ -57,7 +57,7 @@ TEST_F(PhyAttach, ARegionThatIsTooShortIsNotMapped)
     transcript.Clear();
     EXPECT_EQ(EP_MapEthphyDevices(), nullptr);
     EXPECT_STEPS(kMap[1], "sys close()",
-                 "phy1 EP_MapEthphyDevices:# the region is shorter than 1332 bytes");
+                 "phy1 EP_MapEthphyDevices:# the region /ethphy_driver is shorter than 1332 bytes");
 }
 
 TEST_F(PhyAttach, AFreshProcessMapsLoadsAndNeverInitialises)

@@ -241,6 +241,8 @@ TEST_F(PhyGmac, NamesTheInterfaceByTheLowByteOfTheLane)
 TEST_F(PhyGmac, ALaneWithoutAnInterfaceSendsNothing)
 {
     Init();
+    uint16_t value = 0;
+    EXPECT_EQ(EPHAL_ReadMdio(0, 1, &value), 0);  // the socket is open
     for (uint32_t serdesId : {3U, 255U, 0xFFFFFFFFU}) {
         Record().board.serdesId = serdesId;
         transcript.Clear();
@@ -248,6 +250,15 @@ TEST_F(PhyGmac, ALaneWithoutAnInterfaceSendsNothing)
         EXPECT_STEPS("phy1 EPHAL_ReconfigureGmacPhy:# Invalid serdesId=" +
                      std::to_string(serdesId & 0xFF) + ", DevIndex=0");
     }
+}
+
+TEST_F(PhyGmac, OpensTheSocketBeforeItLooksAtTheLane)
+{
+    Init();
+    Record().board.serdesId = 3;
+    EXPECT_EQ(EPHAL_ReconfigureGmacPhy(0, 1, 1, 1), -1);
+    EXPECT_STEPS("sys socket(2, 2, 0)",
+                 "phy1 EPHAL_ReconfigureGmacPhy:# Invalid serdesId=3, DevIndex=0");
 }
 
 TEST_F(PhyGmac, Failures)

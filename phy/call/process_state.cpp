@@ -1,0 +1,15 @@
+#include "phy/call/process_state.h"
+
+namespace orblink::phy {
+
+constinit ProcessState process;
+
+void ForgetAttachment(int semaphoreId)
+{
+    if (process.semaphoreId != semaphoreId)
+        return;  // another thread has met the same error and attached anew
+    process.attached = false;
+    process.semaphoreId.compare_exchange_strong(semaphoreId, -1);
+}
+
+}  // namespace orblink::phy
