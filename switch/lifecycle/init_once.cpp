@@ -1,5 +1,6 @@
 #include <cstring>
 
+#include "board/hal_name.h"
 #include "common/log.h"
 #include "common/no_cancellation.h"
 #include "switch/call/device.h"
@@ -79,7 +80,7 @@ void MarkReceiveResets(SwitchDeviceRegion& region)
     for (int i = 0; i < count; ++i) {
         SwitchDeviceRecord& record = region.device[i];
         if (record.bsdValid != 0 &&
-            strncmp(record.board.halLibName, kDefaultHalLibrary, OB_HAL_NAME_SIZE) == 0)
+            strcmp(HalName(record.board.halLibName).Text(), kDefaultHalLibrary) == 0)
             record.rxResetAfterSerdes = 1;
     }
 }
