@@ -2,14 +2,13 @@
 // chooses: what another process's writes do once in a million calls happens in every run.
 #pragma once
 
-#include <cstddef>
 #include <functional>
 
 namespace obtest {
 
-// Runs the call with the library's mapping (its address) taken away, so that each instruction that
-// touches it is counted; after the n-th (1 = the first) `change` runs. Returns how many there were.
-int RunChangingAfter(int nth, void* mapping, size_t size, const std::function<void()>& change,
+// Runs the call with every instruction counted that touches the region; right after the n-th (1 =
+// the first) `change` runs. Returns how many there were.
+int RunChangingAfter(int nth, const std::function<void()>& change,
                      const std::function<void()>& call);
 
 }  // namespace obtest
