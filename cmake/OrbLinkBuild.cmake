@@ -9,6 +9,22 @@ target_compile_options(orblink_warnings INTERFACE
     -Wno-sign-conversion -Werror
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor>)
 
+# Hardening of everything but the tests, libraries with options of their own included.
+# Indirect-branch tracking exists for 64-bit programs only. No fortified calls: see
+# orblink_plain_library.
+include(CheckPIESupported)
+check_pie_supported()
+foreach(language C CXX)
+    set(orblink_${language}_flags_unhardened "${CMAKE_${language}_FLAGS}")
+    string(APPEND CMAKE_${language}_FLAGS " -fstack-protector-strong")
+    if(NOT ORBLINK_I386)
+        string(APPEND CMAKE_${language}_FLAGS " -fcf-protection")
+    endif()
+endforeach()
+foreach(kind EXE SHARED MODULE)
+    string(APPEND CMAKE_${kind}_LINKER_FLAGS " -Wl,-z,relro -Wl,-z,now")
+endforeach()
+
 if(ORBLINK_I386)
     add_compile_options(-m32)
     add_link_options(-m32)
@@ -21,6 +37,12 @@ if(ORBLINK_RACES)
     add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
     add_link_options(-fsanitize=thread)
 endif()
+
+# The big headers of the programs, compiled once for a target.
+function(orblink_precompile_big_headers target)
+    target_precompile_headers(${target} PRIVATE <nlohmann/json.hpp>
+        <algorithm> <functional> <map> <optional> <sstream> <string> <vector>)
+endfunction()
 
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a

@@ -1,10 +1,15 @@
 #!/bin/sh
-# Installs the Debian 12 packages that building, testing and the demo need; does nothing when all are there.
+# Installs the Debian 12 packages that building, testing and the demo need. When all are there it
+# needs no rights and does nothing; without the rights it says what to ask an administrator for.
 set -eu
 
 packages="
+    binutils
     clang
+    clang-format
+    clang-tidy
     cmake
+    cppcheck
     g++
     g++-multilib
     gcovr
@@ -20,6 +25,7 @@ packages="
     ninja-build
     nlohmann-json3-dev
     procps
+    python3
     socat
     tcpdump
 "
@@ -34,14 +40,16 @@ for package in $packages; do
 done
 [ -n "$missing" ] || exit 0
 
-root=""
+as_root=""
 if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || {
-        echo "install-packages: missing:$missing - run as root or install sudo" >&2
+    as_root=sudo
+    # A terminal can be asked for the password; without one only a sudo that needs none will do.
+    if ! { command -v sudo && { [ -t 0 ] || sudo -n true; }; } >/dev/null 2>&1; then
+        echo "Packages are missing, and user $(id -un) cannot install them. Ask an administrator for:"
+        echo "    apt-get update && apt-get install --no-install-recommends$missing"
         exit 1
-    }
-    root=sudo
+    fi >&2
 fi
 echo "Installing:$missing"
-$root apt-get update -q
-$root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing
+$as_root apt-get update -q
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing
