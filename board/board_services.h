@@ -2,9 +2,9 @@
  * Board services: the board-specific data that the application CPU sends over the mailbox, the
  * reset lines of the external devices, the SoC's SerDes lanes and the board's MAC addresses.
  *
- * Every function returns 0 for success and -1 for failure unless it says otherwise, logs each
- * failure once at severity 1, takes no semaphore (callers run inside their family's frame) and must
- * not be called from a signal handler. Buffers are owned by the caller.
+ * No function takes a semaphore: those that need one run under that of the calling family. Lines go
+ * to the log sink of the platform, module 21, of EP_InitBoardSpecificData module 26. Buffers are
+ * owned by the caller.
  */
 #ifndef ORBLINK_BOARD_BOARD_SERVICES_H
 #define ORBLINK_BOARD_BOARD_SERVICES_H
@@ -122,56 +122,85 @@ OB_FORMAT_AT(struct PhyVendorRecord, size, 0);
 OB_FORMAT_AT(struct PhyVendorRecord, ulpModeEnabled, 4);
 OB_FORMAT_SIZE(struct PhyVendorRecord, 8);
 
-/*
- * Waits for the switch board data (message type 10) on the mailbox and acknowledges it.
+/**
+ * Waits for the switch board data (message type 10) on the mailbox and acknowledges it. Blocks
+ * until one message has been received or the mailbox failed. A mailbox failure or a message of
+ * the wrong type, size or count leaves zero switches and is not a failure of this call. Also
+ * stores the five MAC addresses for OBOS_GetMacAddresses, in this process only.
  *
- *   Bsd     out: entries, in host byte order up to the count, and the count; null fails
- *   Vendor  out: two records, both zeroed, the first then filled; null fails
- *
- * Blocks until one message has been received or the mailbox failed. A mailbox failure or a message
- * of the wrong type, size or count leaves zero switches and is not a failure of this call. Also
- * stores the five MAC addresses for OBOS_GetMacAddresses, in this process only, and logs the wiring
- * of each switch (severity 3). Result -1: a null pointer, or a copy or OBOS_InitBsdFromIni failed.
+ * \param[out] Bsd     entries, in host byte order up to the count, and the count; not null
+ * \param[out] Vendor  two records, both zeroed, the first then filled; not null
+ * \return 0; -1 for a null pointer, or when a copy or OBOS_InitBsdFromIni failed
+ * \note Logs: failures once, at severity 1; the wiring of each switch at 3, entry and end at 9
+ * \note Lock: not taken: the caller holds that of its family; not from a signal handler
+ * \note Standard: none
  */
 OB_EXPORT int OBOS_InitHwSpecificData(struct SwitchBsd* Bsd, struct SwitchVendorRecord* Vendor);
 
-/*
+/**
  * Hook for a local source of board data that overrides the mailbox: a non-zero count left in Bsd
- * makes OBOS_InitHwSpecificData keep Bsd as it is; one above OB_MAX_DEVICES counts as 0. The library's own only logs (severity 3) that it
- * is not implemented and returns 0; a program overrides it by defining the same symbol.
+ * makes OBOS_InitHwSpecificData keep Bsd as it is; one above OB_MAX_DEVICES counts as 0. The
+ * library's own does nothing; a program overrides it by defining the same symbol.
+ *
+ * \param[out] Bsd  defaults in, board data out
+ * \return 0; any other value makes OBOS_InitHwSpecificData fail
+ * \note Logs: that it is not implemented, at severity 3
+ * \note Lock: not taken: the caller holds that of its family; not from a signal handler
+ * \note Standard: none
  */
 OB_EXPORT int OBOS_InitBsdFromIni(struct SwitchBsd* Bsd);
 
-/*
+/**
  * Waits for the PHY board data (message type 11), as OBOS_InitHwSpecificData does for switches.
  *
- *   Bsd     out: entries and count; null fails
- *   Vendor  out: the first record is filled, the second is left alone; null fails
+ * \param[out] Bsd     entries and count; not null
+ * \param[out] Vendor  the first record is filled, the second is left alone; not null
+ * \return 0; -1 for a null pointer or when a copy failed
+ * \note Logs: failures once, at severity 1; the wiring of each PHY at 3
+ * \note Lock: not taken: the caller holds that of its family; not from a signal handler
+ * \note Standard: none
  */
 OB_EXPORT int EP_InitBoardSpecificData(struct EthphyBsd* Bsd, struct PhyVendorRecord* Vendor);
 
-/*
+/**
  * Drives the reset line of an external device.
  *
- *   Pin    18 or 19: the only lines there are; any other fails
- *   Value  0 holds the device in reset, 1 releases it; written in decimal as given
+ * \param[in] Pin    18 or 19: the only lines there are
+ * \param[in] Value  0 holds the device in reset, 1 releases it; written in decimal as given
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1; the line at 9
+ * \note Lock: not taken: the caller holds that of its family; not from a signal handler
+ * \note Standard: none
  */
 OB_EXPORT int OBOS_SetGpioValue(uint32_t Pin, int Value);
 
-/*
- * Resets the SoC SerDes lane of a GMAC through the lane driver.
+/**
+ * Resets the SerDes lane of a GMAC of the SoC through the lane driver.
  *
- *   GmacIdx   0 or 1; any other fails without a line of its own
- *   Speed2_5  non-zero: the lane runs at 2.5 Gb/s (HSGMII)
+ * \param[in] GmacIdx   0 or 1
+ * \param[in] Speed2_5  non-zero: the lane runs at 2.5 Gb/s (HSGMII)
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1, but none for another GmacIdx; steps at 9
+ * \note Lock: not taken: the caller holds that of its family; not from a signal handler
+ * \note Standard: none
  */
 OB_EXPORT int OBOS_ResetSerDes(uint32_t GmacIdx, int Speed2_5);
 
-/*
- * Copies the board's five MAC addresses, 6 bytes each in transmission order.
+/**
+ * Copies the five MAC addresses of the board. Fails, copying nothing, while any of the five is
+ * all zero: before OBOS_InitHwSpecificData ran in this process, and after it ran without a
+ * message.
  *
- * Fails, copying nothing, while any of the five is all zero: before OBOS_InitHwSpecificData ran in
- * this process, and after it ran without a message. A null pointer makes that copy fail; only the
- * fifth copy's failure is returned, as its non-zero code.
+ * \param[out] Mac0  6 bytes in transmission order; null makes that copy fail
+ * \param[out] Mac1  6 bytes in transmission order; null makes that copy fail
+ * \param[out] Mac2  6 bytes in transmission order; null makes that copy fail
+ * \param[out] Mac3  6 bytes in transmission order; null makes that copy fail
+ * \param[out] Mac4  6 bytes in transmission order; null makes that copy fail
+ * \return 0; -1 while they are missing; the non-zero code of the fifth copy when that failed,
+ *         whatever the others did
+ * \note Logs: the call at severity 3; missing addresses at 1; a failed copy not at all
+ * \note Lock: not taken; may run anywhere but in a signal handler
+ * \note Standard: IEEE 802 (EUI-48)
  */
 OB_EXPORT int OBOS_GetMacAddresses(uint8_t* Mac0, uint8_t* Mac1, uint8_t* Mac2, uint8_t* Mac3,
                                    uint8_t* Mac4);

@@ -12,9 +12,10 @@ endforeach()
 
 set(orblink_public_headers
     common/export.h common/format.h common/iface.h hwmbox/hwmbox.h board/board_services.h
-    switch/orblink_api.h switch/orblink_hal.h
+    switch/orblink_api.h switch/orblink_bridging.h switch/orblink_features.h
+    switch/orblink_hal.h switch/orblink_ports.h switch/orblink_records.h
     switch_hal_services/orblink_hal_services.h
-    phy/ethphy_api.h phy/ethphy_hal.h)
+    phy/ethphy_api.h phy/ethphy_hal.h phy/ethphy_records.h)
 
 install(TARGETS orblink)
 foreach(header ${orblink_public_headers})

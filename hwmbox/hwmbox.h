@@ -63,29 +63,42 @@ typedef int (*MsgParser)(void* Msg, uint32_t Size, void* Dest, int DestSize);
  * socket after it was closed. Never 0, 1 or 2, and closed on exec. */
 OB_EXPORT extern int HWMB_socket;
 
-/*
- * Opens and binds a mailbox socket, runs one exchange and closes the socket.
- *
- *   Role      SOCK_COMMANDER or SOCK_SUBJECT
- *   Appid     application id, Mid module id: the address to bind
- *   Builder   writes the message (commander) or the reply (subject); not null
- *   Parser    interprets what was received, after a subject's reply went out; not null
- *   Dest      owned by the caller, DestSize bytes, handed to Parser
+/**
+ * Opens and binds a mailbox socket, runs one exchange and closes the socket. A critical bind
+ * failure leaves it open.
  *
  * Blocks: a mailbox that is not up (ENETDOWN from socket, EHOSTDOWN from bind) is tried again
  * every second without limit, a subject then waits for its message, and a commander repeats its
  * exchange until a reply arrives.
  *
- * Result: 0 after a subject's exchange; HWMB_NOT_READY when its receive was refused
- * (ECONNREFUSED); -1 on any other failure, and always at the end of a commander's run, whose
- * outcome the caller learns from its parser. A critical bind failure leaves the socket open.
+ * \param[in]  Role      SOCK_COMMANDER or SOCK_SUBJECT
+ * \param[in]  Appid     application id to bind
+ * \param[in]  Mid       module id to bind
+ * \param[in]  Builder   writes the message (commander) or the reply (subject); not null
+ * \param[in]  Parser    interprets what was received, after the reply of a subject went out; not
+ *                       null
+ * \param[out] Dest      owned by the caller, handed to Parser
+ * \param[in]  DestSize  bytes at Dest
+ * \return 0 after the exchange of a subject; HWMB_NOT_READY when its receive was refused
+ *         (ECONNREFUSED); -1 on any other failure, and always at the end of a commander's run,
+ *         whose outcome the caller learns from its parser
+ * \note Logs: each step on standard output, nothing through the log sink
+ * \note Lock: not taken; one thread of a process at a time, not from a signal handler
+ * \note Standard: none
  */
 OB_EXPORT int HWMB_Start(int Role, uint16_t Appid, uint8_t Mid, MsgBuilder Builder,
                          MsgParser Parser, void* Dest, int DestSize);
 
-/*
- * Prints a hex dump of Length bytes at Buffer, 16 to a line with their offset and their printable
- * characters (0x21 to 0x7D; others as '.'). Of a null Buffer nothing is read.
+/**
+ * Prints a hex dump, 16 bytes to a line with their offset and their printable characters (0x21 to
+ * 0x7D; others as '.').
+ *
+ * \param[in] Buffer  Length bytes; of null nothing is read
+ * \param[in] Length  bytes; nothing below 1
+ * \return nothing
+ * \note Logs: the dump on standard output
+ * \note Lock: not taken; one thread of a process at a time, not from a signal handler
+ * \note Standard: none
  */
 OB_EXPORT void HWMB_dumpBuffer(const void* Buffer, int Length);
 

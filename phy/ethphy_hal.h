@@ -4,8 +4,9 @@
  * liborblink loads it with dlopen and calls the slots.
  *
  * Each slot returns 0 for success and anything else for failure; the caller logs and fails. Slots
- * run with the PHY semaphore held and must not call the ETHPHY_ functions. Init runs once per boot,
- * in one process only; state that other processes need belongs into the private data it is given.
+ * run with the PHY semaphore held: they must not call the ETHPHY_ functions, throw or longjmp. Init
+ * runs once per boot, in one process only; state that other processes need belongs into the private
+ * data it is given.
  *
  * DevIdx is the PHY's index; every index and value is passed as an int-sized argument. Pointers are
  * the caller's and must not be kept.
@@ -53,34 +54,100 @@ static_assert(sizeof(struct ETHPHY_HalFuncs) == 13 * sizeof(void (*)(void)), "sl
 OB_EXPORT extern const struct ETHPHY_HalFuncs ETHPHY_HalFuncs;
 
 /*
- * The services. None takes the PHY semaphore: they run inside the frame of the calling operation
- * and share one process-wide socket, so they are for HAL slots only. None may be called from a
- * signal handler. DevIdx above 1, or a process that has not attached yet, gives null, 0 or -1 by
- * type. Each failure logs one severity-1 line (module 26) unless said; results are 0 or -1.
+ * The services. None takes the PHY semaphore: they run under that of the calling operation and
+ * share one process-wide socket. None may be called from a signal handler. DevIdx above 1, or a
+ * process that has not attached yet, gives null, 0 or -1 by type. Lines have module 26.
  */
 
 /* Bit 30 of a register number: clause-45 access, the MMD in bits 16 to 20. */
 #define EPHAL_MDIO_CLAUSE45 0x40000000U
 
-/*
- * One PHY register at a given place, through the MII ioctls of "nsgmii0".
+/**
+ * Reads one PHY register at a given place, through the MII ioctl of "nsgmii0".
  *
- *   MdioBus, MdioAddr  bus and PHY (port) address, 0 to 31
- *   Reg                low 16 bits: register; EPHAL_MDIO_CLAUSE45 and MMD as above
- *   Value              out: what was read; untouched on failure; not null
+ * \param[in]  MdioBus   bus, 0 to 0xFFFF
+ * \param[in]  MdioAddr  address on the bus, 0 to 31
+ * \param[in]  Reg       register, bits 0 to 15; EPHAL_MDIO_CLAUSE45 for a clause-45 access, with
+ *                       the MMD in bits 16 to 20
+ * \param[out] Value     what was read; untouched on failure; not null
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1; each access at 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 22, clause 45 with bit 30
  */
 OB_EXPORT int EPHAL_DirectMdioReadAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg,
                                          uint16_t* Value);
+
+/**
+ * Writes one PHY register at a given place, through the MII ioctl of "nsgmii0".
+ *
+ * \param[in] MdioBus   bus, 0 to 0xFFFF
+ * \param[in] MdioAddr  address on the bus, 0 to 31
+ * \param[in] Reg       register, bits 0 to 15; EPHAL_MDIO_CLAUSE45 for a clause-45 access, with
+ *                      the MMD in bits 16 to 20
+ * \param[in] Data      0 to 0xFFFF
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1; each access at 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 22, clause 45 with bit 30
+ */
 OB_EXPORT int EPHAL_DirectMdioWriteAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg,
                                           uint16_t Data);
 
-/* The same at the place that the board data give for PHY DevIdx; fail for an index that is not
- * below the number of PHYs. */
+/**
+ * Reads one register of a PHY at the place that the board data give.
+ *
+ * \param[in]  DevIdx  PHY, 0 or 1, below the number of PHYs
+ * \param[in]  Reg     register, bits 0 to 15; EPHAL_MDIO_CLAUSE45 for a clause-45 access, with
+ *                     the MMD in bits 16 to 20
+ * \param[out] Value   what was read; untouched on failure; not null
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1; each access at 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 22, clause 45 with bit 30
+ */
 OB_EXPORT int EPHAL_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value);
+
+/**
+ * Writes one register of a PHY at the place that the board data give.
+ *
+ * \param[in] DevIdx  PHY, 0 or 1, below the number of PHYs
+ * \param[in] Reg     register, bits 0 to 15; EPHAL_MDIO_CLAUSE45 for a clause-45 access, with the
+ *                    MMD in bits 16 to 20
+ * \param[in] Data    0 to 0xFFFF
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1; each access at 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 22, clause 45 with bit 30
+ */
 OB_EXPORT int EPHAL_WriteMdio(uint8_t DevIdx, uint32_t Reg, uint16_t Data);
 
-/* Clause-45 access: register MmdReg of MMD 0 to 31. */
+/**
+ * Reads one register of an MDIO manageable device (MMD) of a PHY.
+ *
+ * \param[in]  DevIdx  PHY, 0 or 1, below the number of PHYs
+ * \param[in]  Mmd     device address, 0 to 31
+ * \param[in]  MmdReg  register, 0 to 0xFFFF
+ * \param[out] Value   what was read; untouched on failure; not null
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1; each access at 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 45
+ */
 OB_EXPORT int EPHAL_ReadMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t* Value);
+
+/**
+ * Writes one register of an MDIO manageable device (MMD) of a PHY.
+ *
+ * \param[in] DevIdx  PHY, 0 or 1, below the number of PHYs
+ * \param[in] Mmd     device address, 0 to 31
+ * \param[in] MmdReg  register, 0 to 0xFFFF
+ * \param[in] Data    0 to 0xFFFF
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1; each access at 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 45
+ */
 OB_EXPORT int EPHAL_WriteMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t Data);
 
 /* What ifr_data points to in the SIOCDEVPRIVATE request of EPHAL_ReconfigureGmacPhy; ifr_name is
@@ -102,39 +169,114 @@ OB_FORMAT_SIZE(struct GmacReconfigRequest, 32);
 
 #define EP_GMAC_RECONFIGURE 55
 
-/*
+/**
  * Tells the SoC's Ethernet MAC behind the PHY its speed and duplex.
  *
- *   SetSpeed  0 leaves the speed alone (0 is sent)
- *   Speed     as the MAC driver codes it
- *   Duplex    as the MAC driver codes it
+ * \param[in] DevIdx    PHY, 0 or 1, below the number of PHYs
+ * \param[in] SetSpeed  0 leaves the speed alone (0 is sent)
+ * \param[in] Speed     as the MAC driver codes it
+ * \param[in] Duplex    as the MAC driver codes it
+ * \return 0, or -1 on failure, also when the driver has skipped or aborted it
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
  */
 OB_EXPORT int EPHAL_ReconfigureGmacPhy(uint8_t DevIdx, int SetSpeed, int Speed, int Duplex);
 
-/* Brings the PHY's network interface up (non-zero) or down, through ifconfig. The exit status of
- * the command is not looked at. DevIdx is not compared with the number of PHYs. */
+/**
+ * Brings the network interface of a PHY up or down, through ifconfig, whose exit status is not
+ * looked at.
+ *
+ * \param[in] DevIdx  PHY, 0 or 1, not compared with the number of PHYs
+ * \param[in] Up      non-zero = up
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT int EPHAL_SetInterfaceState(uint8_t DevIdx, int Up);
 
-/* Stores whether the PHY is enabled (non-zero; this also clears the post-reset mark) or disabled.
+/**
+ * Stores whether the PHY is enabled; enabling also clears the post-reset mark.
+ *
+ * \param[in] DevIdx   PHY, 0 or 1, not compared with the number of PHYs
+ * \param[in] Enabled  non-zero = enabled
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
  */
 OB_EXPORT int EPHAL_SetHwState(uint8_t DevIdx, int Enabled);
 
-/* Writes 1 when the PHY is enabled, else 0. */
+/**
+ * Tells whether the PHY is enabled.
+ *
+ * \param[in]  DevIdx   PHY, 0 or 1, not compared with the number of PHYs
+ * \param[out] Enabled  1 or 0; not null
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT int EPHAL_GetHwState(uint8_t DevIdx, uint32_t* Enabled);
 
-/* Writes the PHY's ultra-low-power mode word: 1 = on. */
+/**
+ * Tells the ultra-low-power mode of a PHY.
+ *
+ * \param[in]  DevIdx   PHY, 0 or 1, not compared with the number of PHYs
+ * \param[out] Enabled  1 = on; not null
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT int EPHAL_GetUlpModeEnabled(uint8_t DevIdx, uint32_t* Enabled);
 
-/* The private data of the PHY's HAL library in shared memory: EP_HAL_PRIV_DATA_SIZE bytes, shared
- * by all PHYs that name the same library. Null, without a line, for an index that is not below the
- * number of PHYs and while the PHY has no HAL index. Valid for the life of the process. */
+/**
+ * Gives the private data of the HAL library of a PHY, in shared memory: EP_HAL_PRIV_DATA_SIZE
+ * bytes, shared by all PHYs that name the same library, valid for the life of the process.
+ *
+ * \param[in] DevIdx  PHY, 0 or 1, below the number of PHYs
+ * \return their address; null for a PHY that does not exist or has no HAL index
+ * \note Logs: nothing
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT void* EPHAL_GetHalPrivData(uint8_t DevIdx);
 
-/* enum OB_IfaceMode and enum OB_Speed of the PHY's interface. */
+/**
+ * Tells the interface mode of a PHY.
+ *
+ * \param[in] DevIdx  PHY, 0 or 1, not compared with the number of PHYs
+ * \return enum OB_IfaceMode; 0 on failure
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT uint32_t EPHAL_GetPortIfaceMode(uint8_t DevIdx);
+
+/**
+ * Tells the interface speed of a PHY.
+ *
+ * \param[in] DevIdx  PHY, 0 or 1, not compared with the number of PHYs
+ * \return enum OB_Speed; 0 on failure
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT uint32_t EPHAL_GetPortIfaceSpeed(uint8_t DevIdx);
 
-/* Writes the MDIO bus id and the MDIO address; either pointer may be null. */
+/**
+ * Tells where a PHY is on the MDIO buses.
+ *
+ * \param[in]  DevIdx  PHY, 0 or 1, below the number of PHYs
+ * \param[out] BusId   bus; may be null
+ * \param[out] Addr    address on the bus, 0 to 31; may be null
+ * \return 0, or -1 on failure
+ * \note Logs: failures once, at severity 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT int EPHAL_GetMdioAddrAndBusId(uint8_t DevIdx, uint8_t* BusId, uint8_t* Addr);
 
 #ifdef __cplusplus

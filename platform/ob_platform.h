@@ -37,10 +37,9 @@ typedef struct OBPLAT_LogSite {
     uint32_t Line; /* source line */
 } OBPLAT_LogSite;
 
-/*
- * The log sink. Func is the name of the function that logs, Zero is 0, Format and what follows
- * are as for printf. Called with a family's semaphore held as a rule, so it must not call back
- * into liborblink.
+/**
+ * The log sink. Called with a family's semaphore held as a rule, so it must not call back into
+ * liborblink.
  *
  * Shipped: a site whose severity is above the level costs one compare and no formatting; the
  * others go to the program's handler, or to the local log daemon (/dev/log, one datagram a line,
@@ -50,8 +49,17 @@ typedef struct OBPLAT_LogSite {
  * The sink never waits: a line that the daemon cannot take at once is lost, and the next one that
  * gets through begins with "[N lines lost] ". A daemon that does not keep up has little room: the
  * kernel queues net.unix.max_dgram_qlen lines (10 by default) for it. Where there was no daemon it
- * is looked for again after 10 ms. One descriptor is kept, above 2 and closed on exec; a program may
- * close it. errno stays as it is. Any thread may log, and so may the child of a fork.
+ * is looked for again after 10 ms. One descriptor is kept, above 2 and closed on exec; a program
+ * may close it. errno stays as it is.
+ *
+ * \param[in] Site    the place that logs; static
+ * \param[in] Func    name of the function that logs
+ * \param[in] Zero    0
+ * \param[in] Format  as for printf, and what follows it
+ * \return nothing
+ * \note Logs: the line
+ * \note Lock: none of its own; from any thread and in the child of a fork
+ * \note Standard: RFC 3164 (priority and tag)
  */
 void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func, int Zero, const char* Format, ...)
     __attribute__((format(printf, 4, 5)));
@@ -60,28 +68,83 @@ void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func, int Zero, const ch
 typedef void (*OBPLAT_LogHandler)(const OBPLAT_LogSite* Site, const char* Func, const char* Format,
                                   va_list Args);
 
-/* Installs a handler in place of the log daemon; null brings the daemon back. Lines that other
- * threads log meanwhile may still go to the former one. */
+/**
+ * Installs a handler in place of the log daemon. Lines that other threads log meanwhile may still
+ * go to the former one.
+ *
+ * \param[in] Handler  null brings the daemon back
+ * \return nothing
+ * \note Logs: nothing
+ * \note Lock: none; from any thread
+ * \note Standard: none
+ */
 void OBPLAT_SetLogHandler(OBPLAT_LogHandler Handler);
 
-/* Sets the highest severity number that is still logged; 3 at the start. */
+/**
+ * Sets which lines are logged; up to severity 3 at the start.
+ *
+ * \param[in] Level  highest severity number that is still logged: 0 (none), 1, 2, 3 or 9
+ * \return nothing
+ * \note Logs: nothing
+ * \note Lock: none; from any thread
+ * \note Standard: none
+ */
 void OBPLAT_SetLogLevel(uint32_t Level);
 
-/*
+/**
  * Initialises the platform's shared-memory database service for this process. liborblink calls it
- * once per process, as shm_init(3, 0, 0), before it maps the PHY region; a negative result fails
- * that call. Shipped: returns 0.
+ * once per process before it maps the PHY region. Shipped: does nothing.
+ *
+ * \param[in] Client    3
+ * \param[in] Flags     0
+ * \param[in] Reserved  0
+ * \return negative fails the call that needs the region; shipped: 0
+ * \note Logs: nothing; the caller logs a negative result
+ * \note Lock: called with the PHY semaphore held
+ * \note Standard: none
  */
 int shm_init(int Client, int Flags, int Reserved);
 
-/*
- * Bounds-checked copies as in C11 Annex K. The first two return 0, or non-zero with nothing
- * written past the destination: on a violation kova_memcpy_s zeroes a valid destination and
- * kova_strncpy_s makes it the empty string. kova_vsnprintf_s returns the length of the whole
- * text, of which it wrote at most Max - 1 characters and a NUL, or a negative value on failure.
+/**
+ * Bounds-checked copy. On a violation a valid destination is zeroed.
+ *
+ * \param[out] Dest     DestMax bytes; not null
+ * \param[in]  DestMax  bytes at Dest, up to SIZE_MAX / 2
+ * \param[in]  Src      Count bytes that do not overlap Dest; not null
+ * \param[in]  Count    bytes to copy, up to DestMax
+ * \return 0, or non-zero with nothing written past the destination
+ * \note Logs: nothing; the caller logs a failure
+ * \note Lock: none; from any thread
+ * \note Standard: C11 annex K.3.7.1.1
  */
 int kova_memcpy_s(void* Dest, size_t DestMax, const void* Src, size_t Count);
+
+/**
+ * Bounds-checked copy of a string. On a violation a valid destination becomes the empty string.
+ *
+ * \param[out] Dest     DestMax bytes; not null
+ * \param[in]  DestMax  bytes at Dest, 1 to SIZE_MAX / 2
+ * \param[in]  Src      string that does not overlap Dest; not null
+ * \param[in]  Count    most characters to copy; a NUL follows them in any case
+ * \return 0, or non-zero with nothing written past the destination
+ * \note Logs: nothing; the caller logs a failure
+ * \note Lock: none; from any thread
+ * \note Standard: C11 annex K.3.7.1.4
+ */
 int kova_strncpy_s(char* Dest, size_t DestMax, const char* Src, size_t Count);
+
+/**
+ * Bounds-checked formatting: writes at most DestMax - 1 characters and a NUL.
+ *
+ * \param[out] Dest     DestMax bytes; not null
+ * \param[in]  DestMax  bytes at Dest, 1 to SIZE_MAX / 2
+ * \param[in]  Format   as for printf; not null
+ * \param[in]  Args     what Format asks for
+ * \return length of the whole text, or a negative value on failure
+ * \note Logs: nothing; the caller logs a failure
+ * \note Lock: none; from any thread
+ * \note Standard: C11 annex K.3.5.3.12
+ */
 int kova_vsnprintf_s(char* Dest, size_t DestMax, const char* Format, va_list Args)
     __attribute__((format(printf, 3, 0)));
 

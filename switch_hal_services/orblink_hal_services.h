@@ -3,8 +3,7 @@
  * holds the switch semaphore. None of these takes the semaphore, compares DevIdx with the number of
  * switches or blocks longer than the platform call it makes; none may be called from a signal
  * handler. DevIdx above 1, or a process that has not attached yet, gives null, 0 or -1 by type.
- *
- * All but OBHAL_GetHalPrivData and OBHAL_GetInternalPortPidx log an entry line at severity 9.
+ * Lines have module 21.
  */
 #ifndef ORBLINK_SWITCH_HAL_SERVICES_ORBLINK_HAL_SERVICES_H
 #define ORBLINK_SWITCH_HAL_SERVICES_ORBLINK_HAL_SERVICES_H
@@ -17,41 +16,114 @@
 extern "C" {
 #endif
 
-/* The switch's HAL scratch area in shared memory: OB_HAL_PRIV_DATA_SIZE bytes, unaligned, zero
- * after initialisation, shared by all switches that name the same library. Null while the switch
- * has no HAL index. Owned by the library; valid for the life of the process. */
+/**
+ * Gives the scratch area of the HAL library of a switch, in shared memory: OB_HAL_PRIV_DATA_SIZE
+ * bytes, unaligned, zero after initialisation, shared by all switches that name the same library.
+ * Owned by the library, valid for the life of the process.
+ *
+ * \param[in] DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \return its address; null while the switch has no HAL index
+ * \note Logs: nothing
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT void* OBHAL_GetHalPrivData(uint8_t DevIdx);
 
-/* Switch port that is wired to the SoC. */
+/**
+ * Tells the switch port that is wired to the SoC.
+ *
+ * \param[in] DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \return port index; 0 for a switch that cannot be
+ * \note Logs: nothing
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT int OBHAL_GetInternalPortPidx(uint8_t DevIdx);
 
-/* enum OB_IfaceMode of the internal port. */
+/**
+ * Tells the interface mode of the internal port.
+ *
+ * \param[in] DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \return enum OB_IfaceMode; 0 for a switch that cannot be
+ * \note Logs: entry at severity 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT uint32_t OBHAL_GetInternalPortIfaceMode(uint8_t DevIdx);
 
-/* enum OB_Speed of the internal port. */
+/**
+ * Tells the speed of the internal port.
+ *
+ * \param[in] DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \return enum OB_Speed; 0 for a switch that cannot be
+ * \note Logs: entry at severity 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT uint32_t OBHAL_GetInternalPortIfaceSpeed(uint8_t DevIdx);
 
-/* Stored MTU in bytes. */
+/**
+ * Tells the stored MTU.
+ *
+ * \param[in] DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \return bytes; 0 for a switch that cannot be
+ * \note Logs: entry at severity 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT uint32_t OBHAL_GetMtuSize(uint8_t DevIdx);
 
-/* Number of switches, 0 to 2. */
+/**
+ * Tells how many switches the board has.
+ *
+ * \return 0 to 2
+ * \note Logs: entry at severity 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT uint32_t OBHAL_GetSwitchCount(void);
 
-/* Writes the switch's MDIO bus id and MDIO address; either pointer may be null. 0xFF means that the
- * board gives none. The result carries no status. */
+/**
+ * Tells where a switch is on the MDIO buses. 0xFF means that the board gives none.
+ *
+ * \param[in]  DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \param[out] Bus     bus; may be null
+ * \param[out] Addr    address on the bus, 0 to 31; may be null
+ * \return 0, which carries no status
+ * \note Logs: entry at severity 9
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: none
+ */
 OB_EXPORT int OBHAL_GetMdioParams(uint8_t DevIdx, uint8_t* Bus, uint8_t* Addr);
 
-/*
- * Reads or writes one register of the switch over MDIO (IEEE 802.3 clause 22), through the MII
- * ioctls of "nsgmii0", whichever switch DevIdx names.
+/**
+ * Reads one register of the switch over MDIO, through the MII ioctl of "nsgmii0", whichever
+ * switch is meant.
  *
- *   Reg    register number; its low 16 bits are used
- *   Value  out: what was read; untouched on failure; not null
- *
- * Result: 0, or -1 with one severity-1 line: no MDIO bus or address in the board data, no socket,
- * or the bus did not answer.
+ * \param[in]  DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \param[in]  Reg     register, in its low 16 bits
+ * \param[out] Value   what was read; untouched on failure; not null
+ * \return 0, or -1: no MDIO bus or address in the board data, no socket, or the bus did not
+ *         answer
+ * \note Logs: entry at severity 9; failures once, at 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 22
  */
 OB_EXPORT int OBHAL_ReadMdio(uint8_t DevIdx, int Reg, uint16_t* Value);
+
+/**
+ * Writes one register of the switch over MDIO, through the MII ioctl of "nsgmii0", whichever
+ * switch is meant.
+ *
+ * \param[in] DevIdx  switch, 0 or 1, not compared with the number of switches
+ * \param[in] Reg     register, in its low 16 bits
+ * \param[in] Data    0 to 0xFFFF
+ * \return 0, or -1: no MDIO bus or address in the board data, no socket, or the bus did not
+ *         answer
+ * \note Logs: entry at severity 9; failures once, at 1
+ * \note Lock: the caller's: from a HAL slot only
+ * \note Standard: IEEE 802.3 clause 22
+ */
 OB_EXPORT int OBHAL_WriteMdio(uint8_t DevIdx, int Reg, uint16_t Data);
 
 #ifdef __cplusplus

@@ -2,30 +2,44 @@
  * Formats that the VS08 HAL defines: what ORBLINK_GetPortCounters fills, what the MAC walk hands
  * out, and how the values that the library passes through are meant.
  *
- *   SetQWred     queue 0 to 63 (8 x port + queue of the port); then minimum and maximum of green,
- *                yellow and red, 0 to 4095 buffers of 256 octets, minimum not above maximum
- *   SetGlobWred  on (0 or 1), weight 0 to 15, greatest discard probability 0 to 100 percent; then
- * the six thresholds as above, of all buffers together SetQRsrv     queue 0 to 63, reserved buffers
- * 0 to 63 SetPortFc    port, XOFF and XON threshold, 0 to 4095 buffers, XON not above XOFF; 0, 0 =
- * off ReadPortReg, WritePortReg port 0 to 7, offset 0x00 to 0xFF within the port's registers;
- * value: uint16_t SmiRead, SmiWrite 0x00 to 0x1F direct registers, from 0x100 on internal
- * addresses; value: uint16_t GetPortTestMode, SetPortTestMode IEEE 802.3 clause 40.6.1.1.2 test
- * mode 0 to 4, 0 = normal operation; uint8_t SetPhyPortDvt 1 loopback at the MAC side, 2 loopback
- * at the line side, 3 packet generator, 4 pseudo-random bit stream, 0 = none SetMacAging  1 = 15 s,
- * 2 = 75 s, 3 = 300 s, 4 = 1200 s, 5 = 4800 s SetMtuSize   64 to 10240 octets, the longest frame
- * with its frame check sequence SetLanPortGroupId 0 to 255, or 0xFFFFFFFF for no group
+ *   SetQWred
+ *       queue 0 to 63 (8 x port + queue of the port); then minimum and maximum of green, yellow and
+ *       red, 0 to 4095 buffers of 256 octets, minimum not above maximum
+ *   SetGlobWred
+ *       on (0 or 1), weight 0 to 15, greatest discard probability 0 to 100 percent; then the six
+ *       thresholds as above, of all buffers together
+ *   SetQRsrv
+ *       queue 0 to 63, reserved buffers 0 to 63
+ *   SetPortFc
+ *       port, XOFF and XON threshold, 0 to 4095 buffers, XON not above XOFF; 0, 0 = off
+ *   ReadPortReg, WritePortReg
+ *       port 0 to 7, offset 0x00 to 0xFF within the port's registers; value: uint16_t
+ *   SmiRead, SmiWrite
+ *       0x00 to 0x1F direct registers, from 0x100 on internal addresses; value: uint16_t
+ *   GetPortTestMode, SetPortTestMode
+ *       IEEE 802.3 clause 40.6.1.1.2 test mode 0 to 4, 0 = normal operation; uint8_t
+ *   SetPhyPortDvt
+ *       1 loopback at the MAC side, 2 loopback at the line side, 3 packet generator,
+ *       4 pseudo-random bit stream, 0 = none
+ *   SetMacAging
+ *       1 = 15 s, 2 = 75 s, 3 = 300 s, 4 = 1200 s, 5 = 4800 s
+ *   SetMtuSize
+ *       64 to 10240 octets, the longest frame with its frame check sequence
+ *   SetLanPortGroupId
+ *       0 to 255, or 0xFFFFFFFF for no group
  *   SetLanPortEgressTagging
- *                0 untagged, 1 tagged
- *   SetLEDConfig 0 off, 1 link, 2 activity, 3 link and activity, 4 speed, 5 duplex and collision,
- *                6 all on, 7 all blinking
+ *       0 untagged, 1 tagged
+ *   SetLEDConfig
+ *       0 off, 1 link, 2 activity, 3 link and activity, 4 speed, 5 duplex and collision, 6 all on,
+ *       7 all blinking
  *   GetEeePortState
- *                1 = EEE is switched on, 0 = off or a port without a PHY
+ *       1 = EEE is switched on, 0 = off or a port without a PHY
  *   pre-reset argument of the board data
- *                bit 0 inverts the receive pair of the internal port, bit 1 the transmit pair; the
- *                other bits are the board's
+ *       bit 0 inverts the receive pair of the internal port, bit 1 the transmit pair; the other
+ *       bits are the board's
  *   vendor parameters
- *                first u32 non-zero = LAN ports without a group reach the internal port only;
- * without parameters the switch keeps what it was last given
+ *       first u32 non-zero = LAN ports without a group reach the internal port only; without
+ *       parameters the switch keeps what it was last given
  *
  * A value out of its range makes the slot fail.
  */

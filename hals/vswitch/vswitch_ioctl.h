@@ -7,12 +7,12 @@
 
 #include <stdint.h>
 
-#define VSWITCH_IOCTL_FLUSH_MAC 16      /* forgets every learnt address; no parameter */
-#define VSWITCH_IOCTL_ADD_STATIC_MAC 17 /* struct VswitchStaticMac; fails when the table is full \
-                                         */
-#define VSWITCH_IOCTL_DELETE_MAC                              \
-    18 /* struct VswitchStaticMac without its port; learnt or \
-          static; fails when there is no such entry */
+/* Forgets every learnt address; no parameter. */
+#define VSWITCH_IOCTL_FLUSH_MAC 16
+/* struct VswitchStaticMac; fails when the table is full. */
+#define VSWITCH_IOCTL_ADD_STATIC_MAC 17
+/* struct VswitchStaticMac without its port; learnt or static; fails when there is no such entry. */
+#define VSWITCH_IOCTL_DELETE_MAC 18
 
 struct VswitchStaticMac {
     uint8_t mac[6];  /* a station's address */
