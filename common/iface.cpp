@@ -6,7 +6,7 @@ namespace orblink {
 namespace {
 
 constexpr const char* kModeWords[] = {"UNKNOWN", "MII", "RMII", "GMII", "RGMII", "SGMII", "HSGMII"};
-constexpr const char* kSpeedWords[] = {"UNKNOWN",   "AUTONEG", "10 Mbs", "100 Mbs",
+constexpr const char* kSpeedWords[] = {"UNKNOWN",  "AUTONEG", "10 Mbs", "100 Mbs",
                                        "1000 Mbs", "2.5Gbs",  "10 Gbs"};
 constexpr const char* kPortSpeedWords[] = {"UNKNOWN", "AUTONEG", "10Mb/s", "100Mb/s",
                                            "1Gb/s",   "2.5Gb/s", "10Gb/s"};

@@ -2,17 +2,14 @@
 // name and the line that a record carries are those of the operation that one reads; formats are
 // checked by the compiler.
 //
-//   macro                                   goes before the format   the operation is
-//   OB_ERROR OB_NOTICE OB_INFO OB_TRACE     "%s:%d "                 the function itself
-//   OB_ERROR_AS OB_NOTICE_AS OB_INFO_AS
-//   OB_TRACE_AS                             "%s:%d "                 the caller handed over
-//   EP_ERROR EP_INFO EP_TRACE               nothing                  the function itself
-//   EP_ERROR_AT EP_INFO_AT EP_TRACE_AT      "%s:%d "                 the function itself
-//   EP_ERROR_AT_AS                          "%s:%d "                 the caller handed over
-//   OB_ERROR_TWICE                          function, line, function, line as first arguments
-//   EP_ERROR_PLACED EP_TRACE_PLACED         function, line as first arguments
-//
-// The last three rows are for prefixes of another form: the format is given whole.
+//   macro                                  what it adds
+//   OB_ERROR OB_NOTICE OB_INFO OB_TRACE     "%s:%d " before the format, function and line for it
+//   OB_ERROR_AS OB_NOTICE_AS OB_INFO_AS     the same, function and line being those of the caller
+//   OB_TRACE_AS                               that comes first
+//   OB_ERROR_TWICE                          function, line, function, line, for the format's first four
+//   EP_ERROR EP_INFO EP_TRACE               nothing
+//   EP_ERROR_AT EP_INFO_AT EP_TRACE_AT      function and line, for the format's first two
+//   EP_ERROR_AT_AS                          the same, being those of the caller that comes first
 //
 // OB_ is the switch side's module, EP_ the PHY side's. Severities: ERROR 1, NOTICE 2, INFO 3,
 // TRACE 9. Only the ERROR forms have a value, RC_ERROR, so that a failing check reads
@@ -68,43 +65,39 @@ inline int Failed()
 #define OB_CALLER_OF(module) \
     (::orblink::LogCaller{__func__, &::orblink::kLogSites<module, __LINE__>})
 
-#define OB_LOG(severity, module, ...) \
-    OBPLAT_Log(&::orblink::kLogSite<severity, module, __LINE__>, __func__, 0, __VA_ARGS__)
-#define OB_LOG_AT(severity, module, format, ...) \
-    OB_LOG(severity, module, "%s:%d " format, __func__, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+#define OB_SITE(severity) (&::orblink::kLogSite<severity, OBPLAT_MODULE_SWITCH, __LINE__>)
+#define EP_SITE(severity) (&::orblink::kLogSite<severity, OBPLAT_MODULE_PHY, __LINE__>)
+#define OB_LOG(site, func, line, format, ...) \
+    OBPLAT_Log(site, func, 0, format, func, line __VA_OPT__(, ) __VA_ARGS__)
 #define OB_LOG_AS(caller, severity, ...) \
-    OBPLAT_Log(&(caller).sites->severity, (caller).func, 0, __VA_ARGS__)
-#define OB_LOG_AT_AS(caller, severity, format, ...)             \
-    OB_LOG_AS(caller, severity, "%s:%d " format, (caller).func, \
-              (caller).Line() __VA_OPT__(, ) __VA_ARGS__)
+    OB_LOG(&(caller).sites->severity, (caller).func, (caller).Line(), __VA_ARGS__)
 #define OB_FAILED(logged) (logged, ::orblink::Failed())
 
-#define OB_ERROR(...) OB_FAILED(OB_LOG_AT(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_SWITCH, __VA_ARGS__))
-#define OB_ERROR_TWICE(format, ...)                                                           \
-    OB_FAILED(OB_LOG(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_SWITCH, format, __func__, __LINE__, \
-                     __func__, __LINE__ __VA_OPT__(, ) __VA_ARGS__))
-#define OB_NOTICE(...) OB_LOG_AT(OBPLAT_SEVERITY_NOTICE, OBPLAT_MODULE_SWITCH, __VA_ARGS__)
-#define OB_INFO(...) OB_LOG_AT(OBPLAT_SEVERITY_INFO, OBPLAT_MODULE_SWITCH, __VA_ARGS__)
-#define OB_TRACE(...) OB_LOG_AT(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_SWITCH, __VA_ARGS__)
+#define OB_ERROR(...) \
+    OB_FAILED(OB_LOG(OB_SITE(OBPLAT_SEVERITY_ERROR), __func__, __LINE__, "%s:%d " __VA_ARGS__))
+#define OB_NOTICE(...) \
+    OB_LOG(OB_SITE(OBPLAT_SEVERITY_NOTICE), __func__, __LINE__, "%s:%d " __VA_ARGS__)
+#define OB_INFO(...) OB_LOG(OB_SITE(OBPLAT_SEVERITY_INFO), __func__, __LINE__, "%s:%d " __VA_ARGS__)
+#define OB_TRACE(...) \
+    OB_LOG(OB_SITE(OBPLAT_SEVERITY_TRACE), __func__, __LINE__, "%s:%d " __VA_ARGS__)
 
-#define OB_ERROR_AS(caller, ...) OB_FAILED(OB_LOG_AT_AS(caller, error, __VA_ARGS__))
-#define OB_NOTICE_AS(caller, ...) OB_LOG_AT_AS(caller, notice, __VA_ARGS__)
-#define OB_INFO_AS(caller, ...) OB_LOG_AT_AS(caller, info, __VA_ARGS__)
-#define OB_TRACE_AS(caller, ...) OB_LOG_AT_AS(caller, trace, __VA_ARGS__)
+#define OB_ERROR_AS(caller, ...) OB_FAILED(OB_LOG_AS(caller, error, "%s:%d " __VA_ARGS__))
+#define OB_NOTICE_AS(caller, ...) OB_LOG_AS(caller, notice, "%s:%d " __VA_ARGS__)
+#define OB_INFO_AS(caller, ...) OB_LOG_AS(caller, info, "%s:%d " __VA_ARGS__)
+#define OB_TRACE_AS(caller, ...) OB_LOG_AS(caller, trace, "%s:%d " __VA_ARGS__)
 
-#define EP_ERROR(...) OB_FAILED(OB_LOG(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_PHY, __VA_ARGS__))
-#define EP_INFO(...) OB_LOG(OBPLAT_SEVERITY_INFO, OBPLAT_MODULE_PHY, __VA_ARGS__)
-#define EP_TRACE(...) OB_LOG(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_PHY, __VA_ARGS__)
-
-#define EP_ERROR_AT(...) OB_FAILED(OB_LOG_AT(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_PHY, __VA_ARGS__))
-#define EP_INFO_AT(...) OB_LOG_AT(OBPLAT_SEVERITY_INFO, OBPLAT_MODULE_PHY, __VA_ARGS__)
-#define EP_TRACE_AT(...) OB_LOG_AT(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_PHY, __VA_ARGS__)
-
-#define EP_ERROR_AT_AS(caller, ...) OB_FAILED(OB_LOG_AT_AS(caller, error, __VA_ARGS__))
-
-#define EP_ERROR_PLACED(format, ...)                                             \
-    OB_FAILED(OB_LOG(OBPLAT_SEVERITY_ERROR, OBPLAT_MODULE_PHY, format, __func__, \
+#define OB_ERROR_TWICE(format, ...)                                                        \
+    OB_FAILED(OB_LOG(OB_SITE(OBPLAT_SEVERITY_ERROR), __func__, __LINE__, format, __func__, \
                      __LINE__ __VA_OPT__(, ) __VA_ARGS__))
-#define EP_TRACE_PLACED(format, ...)                                   \
-    OB_LOG(OBPLAT_SEVERITY_TRACE, OBPLAT_MODULE_PHY, format, __func__, \
-           __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+
+#define EP_ERROR(...) \
+    OB_FAILED(OBPLAT_Log(EP_SITE(OBPLAT_SEVERITY_ERROR), __func__, 0, __VA_ARGS__))
+#define EP_INFO(...) OBPLAT_Log(EP_SITE(OBPLAT_SEVERITY_INFO), __func__, 0, __VA_ARGS__)
+#define EP_TRACE(...) OBPLAT_Log(EP_SITE(OBPLAT_SEVERITY_TRACE), __func__, 0, __VA_ARGS__)
+
+#define EP_ERROR_AT(...) \
+    OB_FAILED(OB_LOG(EP_SITE(OBPLAT_SEVERITY_ERROR), __func__, __LINE__, __VA_ARGS__))
+#define EP_INFO_AT(...) OB_LOG(EP_SITE(OBPLAT_SEVERITY_INFO), __func__, __LINE__, __VA_ARGS__)
+#define EP_TRACE_AT(...) OB_LOG(EP_SITE(OBPLAT_SEVERITY_TRACE), __func__, __LINE__, __VA_ARGS__)
+
+#define EP_ERROR_AT_AS(caller, ...) OB_FAILED(OB_LOG_AS(caller, error, __VA_ARGS__))

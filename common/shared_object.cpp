@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -47,8 +48,7 @@ SharedMapping MapSharedObject(const char* name, size_t size)
     const SharedMapping look = LookAt(object, size);
     if (look.failed != MapStep::kDone)
         return look;
-    void* const address =
-        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, object.Get(), 0);
+    void* const address = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, object.Get(), 0);
     if (address == MAP_FAILED)
         return {nullptr, MapStep::kMmap, errno, kRoot};
     object.Release();  // kept open as long as the mapping, which is never unmapped

@@ -1,7 +1,7 @@
 // A POSIX shared-memory object that the processes of a family map.
 #pragma once
 
-#include <sys/stat.h>
+#include <sys/types.h>
 
 #include <cstddef>
 
@@ -33,13 +33,5 @@ struct SharedMapping {
 //  - one that is shorter than the size, as a creator that failed half-way leaves it: touching its
 //    mapping would end the process with the family's semaphore held.
 SharedMapping MapSharedObject(const char* name, size_t size);
-
-// True for an object that MapSharedObject refuses for its size.
-inline bool IsCutShort(int fd, size_t size)
-{
-    struct stat object = {};
-    return fstat(fd, &object) == 0 && S_ISREG(object.st_mode) &&
-           object.st_size < static_cast<off_t>(size);
-}
 
 }  // namespace orblink

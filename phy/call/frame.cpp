@@ -35,7 +35,7 @@ PhyDeviceRegion* _ApiProlog(int& semaphoreId)
 void _LibEpilog(int semaphoreId)
 {
     if (_System5SemOp(semaphoreId, +1) != RC_OK)
-        EP_ERROR_AT("_ApiGlobalUnLock failed");
+        EP_ERROR_AT("%s:%d _ApiGlobalUnLock failed");
 }
 
 bool ValidateDevIndex(const PhyDeviceRegion& region, uint8_t devIdx)

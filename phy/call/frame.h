@@ -29,7 +29,7 @@ public:
     explicit PhyFrame(LogCaller caller) : PhyFrame()
     {
         if (!Entered())
-            EP_ERROR_AT_AS(caller, "_ApiProlog() failed");
+            EP_ERROR_AT_AS(caller, "%s:%d _ApiProlog() failed");
     }
 
     ~PhyFrame()

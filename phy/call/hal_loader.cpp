@@ -42,9 +42,9 @@ int _LoadHals(const PhyDeviceRegion& region)
     for (uint8_t i = 0; i < count; ++i) {
         const HalName name{region.phy[i].board.halLibName};
         const uint8_t halIdx = ReadOnce(region.phy[i].halIdx);
-        EP_INFO_AT("DevIndex=%d HalImplLib=%s HalIndex=%d\n", i, name.Text(), halIdx);
+        EP_INFO_AT("%s:%d DevIndex=%d HalImplLib=%s HalIndex=%d\n", i, name.Text(), halIdx);
         if (halIdx >= EP_MAX_PHYS)
-            return EP_ERROR_AT("Invalid HalIndex=%d, DevIndex=%d", halIdx, i);
+            return EP_ERROR_AT("%s:%d Invalid HalIndex=%d, DevIndex=%d", halIdx, i);
         if (process.halTables[halIdx] != &kNoHal)
             continue;
         const HalLibrary library = LoadHalLibrary(name.Text(), kTableSymbol);

@@ -61,18 +61,18 @@ void* EP_MapEthphyDevices(void)
     const SharedMapping mapping = MapSharedObject(kRegionName, sizeof(PhyDeviceRegion));
     switch (mapping.failed) {
         case MapStep::kShmOpen:
-            EP_ERROR_AT("shm_open() failed, errno=%d", mapping.error);
+            EP_ERROR_AT("%s:%d shm_open() failed, errno=%d", mapping.error);
             break;
         case MapStep::kOwner:
-            EP_ERROR_AT("the region %s is owned by user %u and not by root", kRegionName,
+            EP_ERROR_AT("%s:%d the region %s is owned by user %u and not by root", kRegionName,
                         mapping.owner);
             break;
         case MapStep::kSize:
-            EP_ERROR_AT("the region %s is shorter than %zu bytes", kRegionName,
+            EP_ERROR_AT("%s:%d the region %s is shorter than %zu bytes", kRegionName,
                         sizeof(PhyDeviceRegion));
             break;
         case MapStep::kMmap:
-            EP_ERROR_AT("mmap() failed, errno=%d", mapping.error);
+            EP_ERROR_AT("%s:%d mmap() failed, errno=%d", mapping.error);
             break;
         case MapStep::kDone:
             break;

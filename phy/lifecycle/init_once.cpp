@@ -100,7 +100,8 @@ int ETHPHY_InitOnce(void)
         PhyBoardEntry& board = region->phy[i].board;
         region->phy[i].bsdValid = 1;
         if (memcpy_s(&board, sizeof(board), &bsd.entry[i], sizeof(bsd.entry[i])) != 0)
-            return EP_ERROR_AT("Runtime-constraint violation error in function kova_memcpy_s");
+            return EP_ERROR_AT(
+                "%s:%d Runtime-constraint violation error in function kova_memcpy_s");
     }
     region->NumOfPhys = static_cast<uint8_t>(count);
     const int halCount = AssignHalIndices(*region, bsd, count);
@@ -121,13 +122,13 @@ int ETHPHY_InitOnce(void)
 int ETHPHY_GetNumOfPhys(uint8_t* Out)
 {
     if (Out == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     const PhyFrame frame;
     if (!frame.Entered())
         return RC_ERROR;
     const uint8_t count = ReadOnce(frame.Region().NumOfPhys);
     if (count > EP_MAX_PHYS)
-        return EP_ERROR_AT("Invalid NumOfPhys=%d", count);
+        return EP_ERROR_AT("%s:%d Invalid NumOfPhys=%d", count);
     *Out = count;
     return RC_OK;
 }

@@ -40,14 +40,14 @@ bool _IsResetSgmiiRequired(uint8_t devIdx, const PhyDeviceRecord& record)
         return true;
     uint32_t link = 0;
     if (CallSlot(devIdx, &HalTable::GetLink, &link, nullptr, nullptr) != RC_OK) {
-        EP_ERROR_PLACED("%s.%d External phy %d is not accessible", devIdx);
+        EP_ERROR_AT("%s.%d External phy %d is not accessible", devIdx);
         return false;
     }
     if (link == 0)
         return false;
     uint16_t status = 0;
     if (EPHAL_ReadMmd(devIdx, kLaneMmd, kLaneStatusReg, &status) != 0) {
-        EP_ERROR_AT("ETHPHY_ReadMmd() failed");
+        EP_ERROR_AT("%s:%d ETHPHY_ReadMmd() failed");
         return true;
     }
     return (status & kLaneInOrder) == 0;

@@ -6,12 +6,12 @@ using namespace orblink::phy;
 int ETHPHY_GetCounters(uint8_t DevIdx, void* Counters)
 {
     if (Counters == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     const PhyCall call{EP_CALLER, DevIdx};
     if (!call || !ValidateHwState(call.Record()))
         return RC_ERROR;
     if (CallSlot(DevIdx, &HalTable::GetCounters, Counters) != RC_OK)
-        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed Phy=%d", DevIdx);
     return RC_OK;
 }
 
@@ -21,6 +21,6 @@ int ETHPHY_ResetCounters(uint8_t DevIdx)
     if (!call || !ValidateHwState(call.Record()))
         return RC_ERROR;
     if (CallSlot(DevIdx, &HalTable::ResetCounters) != RC_OK)
-        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed Phy=%d", DevIdx);
     return RC_OK;
 }

@@ -9,6 +9,6 @@ int ETHPHY_SetEeeState(uint8_t DevIdx, uint8_t State)
     if (!call || !ValidateHwState(call.Record()))
         return RC_ERROR;
     if (CallSlot(DevIdx, &HalTable::SetEeeState, State) != RC_OK)
-        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed Phy=%d", DevIdx);
     return RC_OK;
 }

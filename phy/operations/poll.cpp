@@ -9,6 +9,6 @@ int ETHPHY_Poll(uint8_t DevIdx)
     if (!call)
         return RC_ERROR;
     if (CallSlot(DevIdx, &HalTable::Poll) != RC_OK)
-        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed Phy=%d", DevIdx);
     return RC_OK;
 }

@@ -12,7 +12,7 @@ constexpr uint16_t kNothingRead = 0xFFFF;
 int ETHPHY_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 {
     if (Value == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     const PhyCall call{EP_CALLER, DevIdx};
     if (!call.Entered())
         *Value = kNothingRead;
@@ -32,7 +32,7 @@ int ETHPHY_WriteMdio(uint8_t DevIdx, uint32_t Reg, uint16_t Value)
 int ETHPHY_ReadMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t* Value)
 {
     if (Value == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     const PhyCall call{EP_CALLER, DevIdx};
     if (!call.Entered())
         *Value = kNothingRead;
@@ -52,12 +52,12 @@ int ETHPHY_WriteMmd(uint8_t DevIdx, uint8_t Mmd, uint16_t MmdReg, uint16_t Value
 int ETHPHY_ReadChipReg(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 {
     if (Value == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     const PhyCall call{EP_CALLER, DevIdx};
     if (!call || !ValidateHwState(call.Record()))
         return RC_ERROR;
     if (CallSlot(DevIdx, &HalTable::ReadChipReg, Reg, Value) != RC_OK)
-        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed Phy=%d", DevIdx);
     return RC_OK;
 }
 
@@ -67,6 +67,6 @@ int ETHPHY_WriteChipReg(uint8_t DevIdx, uint32_t Reg, uint16_t Value)
     if (!call || !ValidateHwState(call.Record()))
         return RC_ERROR;
     if (CallSlot(DevIdx, &HalTable::WriteChipReg, Reg, Value) != RC_OK)
-        return EP_ERROR_AT("failed Phy=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed Phy=%d", DevIdx);
     return RC_OK;
 }

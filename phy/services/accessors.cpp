@@ -8,7 +8,7 @@ int EPHAL_SetHwState(uint8_t DevIdx, int Enabled)
 {
     PhyDeviceRecord* const record = FindRecord(DevIdx);
     if (record == nullptr)
-        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     record->config.hwState = Enabled != 0 ? EP_HW_STATE_ENABLED : EP_HW_STATE_DISABLED;
     if (Enabled != 0)
         record->postResetMark = EP_POST_RESET_NONE;
@@ -18,10 +18,10 @@ int EPHAL_SetHwState(uint8_t DevIdx, int Enabled)
 int EPHAL_GetHwState(uint8_t DevIdx, uint32_t* Enabled)
 {
     if (Enabled == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     const PhyDeviceRecord* const record = FindRecord(DevIdx);
     if (record == nullptr)
-        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     *Enabled = record->config.hwState == EP_HW_STATE_ENABLED ? 1 : 0;
     return RC_OK;
 }
@@ -29,10 +29,10 @@ int EPHAL_GetHwState(uint8_t DevIdx, uint32_t* Enabled)
 int EPHAL_GetUlpModeEnabled(uint8_t DevIdx, uint32_t* Enabled)
 {
     if (Enabled == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     const PhyDeviceRegion* const region = process.region;
     if (region == nullptr || DevIdx >= EP_MAX_PHYS)
-        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     *Enabled = region->vendor[DevIdx].ulpModeEnabled;
     return RC_OK;
 }
@@ -51,7 +51,7 @@ uint32_t EPHAL_GetPortIfaceMode(uint8_t DevIdx)
     const PhyDeviceRecord* const record = FindRecord(DevIdx);
     if (record != nullptr)
         return record->board.portIfaceMode;
-    EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+    EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     return 0;
 }
 
@@ -60,7 +60,7 @@ uint32_t EPHAL_GetPortIfaceSpeed(uint8_t DevIdx)
     const PhyDeviceRecord* const record = FindRecord(DevIdx);
     if (record != nullptr)
         return record->board.portIfaceSpeed;
-    EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+    EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     return 0;
 }
 

@@ -15,11 +15,11 @@ int EPHAL_SetInterfaceState(uint8_t DevIdx, int Up)
 {
     const PhyDeviceRecord* const record = FindRecord(DevIdx);
     if (record == nullptr)
-        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     const auto lane = static_cast<uint8_t>(ReadOnce(record->board.serdesId));
     const char* const name = InterfaceName(lane);
     if (name == nullptr)
-        return EP_ERROR_AT("Invalid serdesId=%d, DevIndex=%d", lane, DevIdx);
+        return EP_ERROR_AT("%s:%d Invalid serdesId=%d, DevIndex=%d", lane, DevIdx);
     char command[sizeof("ifconfig  down") + IFNAMSIZ];
     snprintf(command, sizeof(command), "ifconfig %s %s", name, Up != 0 ? "up" : "down");
     if (system(command) < 0)

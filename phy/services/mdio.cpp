@@ -45,48 +45,46 @@ using namespace orblink::phy;
 int EPHAL_DirectMdioReadAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg, uint16_t* Value)
 {
     if (Value == nullptr)
-        return EP_ERROR_AT("NULL ptr");
+        return EP_ERROR_AT("%s:%d NULL ptr");
     if (!OpenProcessSocket())
-        return EP_ERROR_AT("socket failed, errno=%d", errno);
+        return EP_ERROR_AT("%s:%d socket failed, errno=%d", errno);
     ifreq mii = {};
     if (strncpy_s(mii.ifr_name, sizeof(mii.ifr_name), kMdioInterface, sizeof(mii.ifr_name)) != 0)
-        return EP_ERROR_PLACED(
-            "%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
+        return EP_ERROR_AT("%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
     PutMiiWords(mii, WordsFor(MdioBus, MdioAddr, Reg, 0));
     if (ioctl(process.socket, SIOCGMIIREG, &mii) < 0) {
-        EP_ERROR_AT("ioctl failed, errno=%d", errno);
+        EP_ERROR_AT("%s:%d ioctl failed, errno=%d", errno);
         CloseProcessSocket();
         return RC_ERROR;
     }
     *Value = TakeMiiWords(mii).valueOut;
-    EP_TRACE_PLACED("%s:%d: MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr,
-                    Reg, *Value);
+    EP_TRACE_AT("%s:%d: MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr, Reg,
+                *Value);
     return RC_OK;
 }
 
 int EPHAL_DirectMdioWriteAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg, uint16_t Data)
 {
     if (!OpenProcessSocket())
-        return EP_ERROR_AT("socket failed, errno=%d", errno);
+        return EP_ERROR_AT("%s:%d socket failed, errno=%d", errno);
     ifreq mii = {};
     if (strncpy_s(mii.ifr_name, sizeof(mii.ifr_name), kMdioInterface, sizeof(mii.ifr_name)) != 0)
-        return EP_ERROR_PLACED(
-            "%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
+        return EP_ERROR_AT("%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
     PutMiiWords(mii, WordsFor(MdioBus, MdioAddr, Reg, Data));
     if (ioctl(process.socket, SIOCSMIIREG, &mii) < 0) {
-        EP_ERROR_AT("ioctl failed, errno=%d", errno);
+        EP_ERROR_AT("%s:%d ioctl failed, errno=%d", errno);
         CloseProcessSocket();
         return RC_ERROR;
     }
-    EP_TRACE_PLACED("%s:%d: MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr,
-                    Reg, Data);
+    EP_TRACE_AT("%s:%d: MdioBus=%d MdioAddr=0x%02X Reg=0x%02X Data=0x%04X", MdioBus, MdioAddr, Reg,
+                Data);
     return RC_OK;
 }
 
 int EPHAL_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 {
     if (DevIdx >= PhyCount())
-        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     const PhyBoardEntry& board = FindRecord(DevIdx)->board;
     return EPHAL_DirectMdioReadAccess(board.mdioBus, board.mdioAddr, Reg, Value);
 }
@@ -94,7 +92,7 @@ int EPHAL_ReadMdio(uint8_t DevIdx, uint32_t Reg, uint16_t* Value)
 int EPHAL_WriteMdio(uint8_t DevIdx, uint32_t Reg, uint16_t Data)
 {
     if (DevIdx >= PhyCount())
-        return EP_ERROR_AT("failed DevIndex=%d", DevIdx);
+        return EP_ERROR_AT("%s:%d failed DevIndex=%d", DevIdx);
     const PhyBoardEntry& board = FindRecord(DevIdx)->board;
     return EPHAL_DirectMdioWriteAccess(board.mdioBus, board.mdioAddr, Reg, Data);
 }
