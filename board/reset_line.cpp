@@ -1,7 +1,6 @@
-#include <stdio.h>
-
 #include "board/board_services.h"
 #include "common/log.h"
+#include "common/stream.h"
 
 namespace orblink {
 namespace {
@@ -41,13 +40,11 @@ int OBOS_SetGpioValue(uint32_t Pin, int Value)
     const char* path = AttributeOf(Pin);
     if (path == nullptr)
         return OB_ERROR("Unknown GPIO %d", Pin);
-    FILE* attribute = fopen(path, "w");
-    if (attribute == nullptr)
+    const Stream attribute{path, "w"};
+    if (!attribute)
         return OB_ERROR("Failed to open attribute %s", path);
     OB_TRACE("Reset attribute %s", path);
-    const bool written = WriteDecimal(attribute, Value);
-    if (!written)
-        OB_ERROR("Failed to reset");
-    fclose(attribute);
-    return written ? RC_OK : RC_ERROR;
+    if (!WriteDecimal(attribute.Get(), Value))
+        return OB_ERROR("Failed to reset");
+    return RC_OK;
 }

@@ -1,9 +1,9 @@
 #include <errno.h>
 #include <fcntl.h>
-#include <unistd.h>
 
 #include "board/board_services.h"
 #include "board/lane_driver.h"
+#include "common/descriptor.h"
 #include "common/log.h"
 
 namespace orblink {
@@ -11,17 +11,14 @@ namespace {
 
 int _ResetModphy(uint32_t ClientId)
 {
-    const int driver = open(kLaneDriver, O_RDONLY);
-    if (driver < 0)
+    const Descriptor driver{open(kLaneDriver, O_RDONLY)};
+    if (!driver)
         return OB_ERROR("open error, errno=%d", errno);
     OB_TRACE("open %s done", kLaneDriver);
-    const bool done = ioctl(driver, kResetLane, &ClientId) >= 0;
-    if (done)
-        OB_TRACE("ioctl(MODPHY_RESET_LANE,  ClientId = %d) done", ClientId);
-    else
-        OB_ERROR("ioctl error, errno=%d", errno);
-    close(driver);
-    return done ? RC_OK : RC_ERROR;
+    if (ioctl(driver.Get(), kResetLane, &ClientId) < 0)
+        return OB_ERROR("ioctl error, errno=%d", errno);
+    OB_TRACE("ioctl(MODPHY_RESET_LANE,  ClientId = %d) done", ClientId);
+    return RC_OK;
 }
 
 }  // namespace

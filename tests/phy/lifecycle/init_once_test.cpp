@@ -306,8 +306,9 @@ TEST_F(PhyInitOnce, ABoardEntryThatCannotBeCopiedIntoTheRecord)
     platform.Fail("kova_memcpy_s", 0, 3, 22);  // after the parser's and the receiver's
     EXPECT_EQ(InitOnce(), -1);
     const Lines all = transcript.All();
-    EXPECT_EQ(all[all.size() - 2], "phy1 ETHPHY_InitOnce:# Runtime-constraint violation error in "
-                                   "function kova_memcpy_s");
+    EXPECT_EQ(all[all.size() - 2],
+              "phy1 ETHPHY_InitOnce:# Runtime-constraint violation error in "
+              "function kova_memcpy_s");
     EXPECT_EQ(all.back(), kUnlock);
     EXPECT_EQ(PhyRegion().NumOfPhys, 0);
 }
