@@ -57,7 +57,7 @@ void EgressQueues::Drop(unsigned port)
 
 unsigned EgressQueues::QueueOf(unsigned port, uint8_t pcp)
 {
-    return port * kPerPort + (pcp < 2 ? 1u - pcp : pcp);
+    return port * kPerPort + QueueOf(pcp);
 }
 
 unsigned EgressQueues::Unfilled(unsigned queue) const

@@ -20,6 +20,7 @@ public:
     struct Admission {
         unsigned ingress;
         unsigned port;
+        uint16_t vid;
         uint8_t pcp;
         bool dei;
         bool copy;  // made by mirroring
@@ -36,6 +37,8 @@ public:
     };
 
     EgressQueues();
+    // Which of a port's queues a priority takes.
+    static constexpr unsigned QueueOf(uint8_t pcp) { return pcp < 2 ? 1u - pcp : pcp; }
     // The view must stay; to be called when it has changed. Ports without a link lose their frames.
     void Configure(const vswitch::ForwardingView& view);
     void Clear();

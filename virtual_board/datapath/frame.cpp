@@ -59,6 +59,11 @@ bool IsReserved(const uint8_t* mac)
     return memcmp(mac, kReservedPrefix, sizeof kReservedPrefix) == 0 && mac[5] <= 0x0F;
 }
 
+bool IsReservedOfProvider(const uint8_t* mac)
+{
+    return IsReserved(mac) && mac[5] >= 0x01 && mac[5] <= 0x0A;
+}
+
 bool IsPause(const uint8_t* mac)
 {
     return IsReserved(mac) && mac[5] == 1;

@@ -65,6 +65,8 @@ constexpr size_t LengthOf(Bytes bytes)
 bool IsBroadcast(const uint8_t* mac);
 // 01:80:C2:00:00:00 to 01:80:C2:00:00:0F
 bool IsReserved(const uint8_t* mac);
+// Those of them that an S-VLAN component of a provider bridge keeps for itself: 01 to 0A.
+bool IsReservedOfProvider(const uint8_t* mac);
 bool IsPause(const uint8_t* mac);
 MacAddress AddressAt(const uint8_t* mac);
 

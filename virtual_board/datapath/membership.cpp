@@ -20,6 +20,26 @@ enum MldType : uint8_t { kMldQuery = 130, kMldReport = 131, kMldDone = 132 };
 constexpr uint8_t kMldReportV2 = 143;
 
 constexpr uint8_t kAllNodes[16] = {0xFF, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+constexpr uint8_t kSolicitedNode[13] = {0xFF, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0xFF};
+
+constexpr uint8_t kPim = 103;
+constexpr uint8_t kPimHello = 0x20;  // of version 2
+constexpr size_t kPimHeader = 4;
+constexpr uint8_t kPimRouters[4] = {224, 0, 0, 13};
+constexpr uint8_t kPimRouters6[16] = {0xFF, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 13};
+
+// The sum that makes up an Internet checksum: 0xFFFF when that is right.
+uint16_t Sum(Bytes bytes, uint32_t start)
+{
+    uint64_t sum = start;
+    for (size_t at = 0; at + 1 < bytes.size(); at += 2)
+        sum += Word(bytes.data() + at);
+    if (bytes.size() % 2 != 0)
+        sum += static_cast<uint64_t>(bytes.back()) << 8;
+    while (sum >> 16 != 0)
+        sum = (sum & 0xFFFF) + (sum >> 16);
+    return static_cast<uint16_t>(sum);
+}
 
 }  // namespace
 
@@ -38,14 +58,25 @@ void MulticastPacket::ReadIpv4(Bytes packet)
     if (packet.size() < kIpv4Header || packet[0] >> 4 != 4 || packet[16] >> 4 != 0xE)
         return;
     protocol = Protocol::kIgmp;
+    source = packet.data() + 12;
     destination = packet.data() + 16;
     kind = Kind::kData;
     const size_t header = 4u * (packet[0] & 15);
     const size_t total = std::min<size_t>(Word(packet.data() + 2), packet.size());
     const bool laterFragment = (Word(packet.data() + 6) & 0x1FFF) != 0;
-    if (packet[9] != kProtocolIgmp || laterFragment || header < kIpv4Header || header + 8 > total)
+    if (laterFragment || header < kIpv4Header || header > total)
         return;
-    message = packet.subspan(header, total - header);
+    if (packet[9] == kProtocolIgmp)
+        ReadIgmp(packet.subspan(header, total - header));
+    else if (packet[9] == kPim && memcmp(destination, kPimRouters, sizeof kPimRouters) == 0)
+        ReadHello(packet.subspan(header, total - header));
+}
+
+void MulticastPacket::ReadIgmp(Bytes packet)
+{
+    if (packet.size() < 8 || Sum(packet, 0) != 0xFFFF)
+        return;
+    message = packet;
     const uint8_t type = message[0];
     if (type == kIgmpQuery)
         kind = Kind::kQuery;
@@ -58,15 +89,25 @@ void MulticastPacket::ReadIpv6(Bytes packet)
     if (packet.size() < kIpv6Header || packet[0] >> 4 != 6 || packet[24] != 0xFF)
         return;
     protocol = Protocol::kMld;
+    source = packet.data() + 8;
     destination = packet.data() + 24;
     kind = Kind::kData;
     const size_t total = std::min<size_t>(kIpv6Header + Word(packet.data() + 4), packet.size());
-    if (packet[6] != kHopByHop || total < kIpv6Header + 8 || packet[kIpv6Header] != kIcmp6)
+    const Bytes rest = packet.subspan(kIpv6Header, total - kIpv6Header);
+    if (packet[6] == kPim && memcmp(destination, kPimRouters6, sizeof kPimRouters6) == 0)
+        return ReadHello(rest);
+    if (packet[6] != kHopByHop || rest.size() < 8 || rest[0] != kIcmp6)
         return;
-    const size_t at = kIpv6Header + 8u * (packet[kIpv6Header + 1] + 1u);
-    if (at + 8 > total)
+    const size_t options = 8u * (rest[1] + 1u);
+    if (options + 8 <= rest.size())
+        ReadMld(rest.subspan(options));
+}
+
+void MulticastPacket::ReadMld(Bytes packet)
+{
+    if (Sum(packet, PseudoHeader(kIcmp6) + static_cast<uint32_t>(packet.size())) != 0xFFFF)
         return;
-    message = packet.subspan(at, total - at);
+    message = packet;
     const uint8_t type = message[0];
     const bool single = message.size() >= 8 + GroupSize();
     if (type == kMldQuery && single)
@@ -75,10 +116,47 @@ void MulticastPacket::ReadIpv6(Bytes packet)
         kind = Kind::kReport;
 }
 
+void MulticastPacket::ReadHello(Bytes packet)
+{
+    const uint32_t start =
+        protocol == Protocol::kMld ? PseudoHeader(kPim) + static_cast<uint32_t>(packet.size()) : 0;
+    if (packet.size() < kPimHeader || packet[0] != kPimHello || Sum(packet, start) != 0xFFFF)
+        return;
+    message = packet;
+    kind = Kind::kHello;
+}
+
+uint32_t MulticastPacket::PseudoHeader(uint8_t next) const
+{
+    uint32_t sum = next;
+    for (size_t at = 0; at < 16; at += 2)
+        sum += Word(source + at) + Word(destination + at);
+    return sum;
+}
+
+bool MulticastPacket::Elects() const
+{
+    return std::any_of(source, source + GroupSize(), [](uint8_t octet) { return octet != 0; });
+}
+
+std::chrono::seconds MulticastPacket::HoldTime() const
+{
+    constexpr uint16_t kHoldTime = 1;
+    for (size_t at = kPimHeader; at + 4 <= message.size();) {
+        const size_t length = Word(message.data() + at + 2);
+        if (Word(message.data() + at) == kHoldTime && length == 2 && at + 6 <= message.size())
+            return std::chrono::seconds(Word(message.data() + at + 4));
+        at += 4 + length;
+    }
+    return std::chrono::seconds(105);
+}
+
+// On IPv6 the groups of neighbour discovery as well: a host that is not heard there is not found.
 bool MulticastPacket::Unrestricted() const
 {
     if (protocol == Protocol::kMld)
-        return std::equal(std::begin(kAllNodes), std::end(kAllNodes), destination);
+        return std::equal(std::begin(kAllNodes), std::end(kAllNodes), destination) ||
+               std::equal(std::begin(kSolicitedNode), std::end(kSolicitedNode), destination);
     return destination[0] == 224 && destination[1] == 0 && destination[2] == 0;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 
 #include "virtual_board/datapath/frame.h"
@@ -16,9 +17,11 @@ using GroupAddress = std::array<uint8_t, 16>;
 // One packet to a multicast group; only as long as its frame.
 class MulticastPacket {
 public:
-    enum class Kind { kOther, kData, kQuery, kReport };  // leaving is a report as well
+    // Leaving is a report as well; a hello is that of a multicast router.
+    enum class Kind { kOther, kData, kQuery, kReport, kHello };
 
-    // kOther: neither IPv4 nor IPv6 to a group, or cut short.
+    // kOther: neither IPv4 nor IPv6 to a group, or cut short. A message with a wrong checksum is
+    // data.
     explicit MulticastPacket(const Frame& frame);
 
     Kind What() const { return kind; }
@@ -26,6 +29,10 @@ public:
     // Of kData: the destination, and whether it goes everywhere whoever has joined.
     GroupAddress Group() const { return GroupAt(destination); }
     bool Unrestricted() const;
+    // Of kQuery: from a router; one from the unspecified address is only passed on.
+    bool Elects() const;
+    // Of kHello: how long the router is there.
+    std::chrono::seconds HoldTime() const;
 
     // Of kReport: calls change(group, joins) for everything that the message reports.
     template <typename Change>
@@ -40,6 +47,10 @@ private:
     };
 
     void ReadIpv4(Bytes packet);
+    void ReadIgmp(Bytes packet);
+    void ReadMld(Bytes packet);
+    void ReadHello(Bytes packet);
+    uint32_t PseudoHeader(uint8_t next) const;
     void ReadIpv6(Bytes packet);
     size_t GroupSize() const { return protocol == Protocol::kIgmp ? 4 : 16; }
     size_t SingleGroupAt() const { return protocol == Protocol::kIgmp ? 4 : 8; }
@@ -51,6 +62,7 @@ private:
 
     Kind kind = Kind::kOther;
     Protocol protocol = Protocol::kIgmp;
+    const uint8_t* source = nullptr;
     const uint8_t* destination = nullptr;
     Bytes message;
 };

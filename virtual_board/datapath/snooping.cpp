@@ -10,6 +10,7 @@ using vswitch::PortMask;
 
 constexpr nanoseconds kMembershipTime = std::chrono::seconds(260);
 constexpr nanoseconds kQuerierTime = std::chrono::seconds(255);
+constexpr nanoseconds kLastMemberTime = std::chrono::seconds(2);
 constexpr PortMask kEverywhere = 0xFF;
 
 }  // namespace
@@ -92,11 +93,11 @@ void GroupTable::Join(const GroupAddress& group, uint16_t vid, unsigned port, na
         entries[at].until[port] = now + kMembershipTime;
 }
 
-void GroupTable::Leave(const GroupAddress& group, uint16_t vid, unsigned port)
+void GroupTable::Leave(const GroupAddress& group, uint16_t vid, unsigned port, nanoseconds now)
 {
     const int16_t at = Find(group, vid);
     if (at != kNone)
-        entries[at].until[port] = {};
+        entries[at].until[port] = std::min(entries[at].until[port], now + kLastMemberTime);
 }
 
 PortMask GroupTable::Members(const GroupAddress& group, uint16_t vid, nanoseconds now) const
@@ -107,8 +108,10 @@ PortMask GroupTable::Members(const GroupAddress& group, uint16_t vid, nanosecond
 
 Snooping::Snooping()
 {
-    for (Family& family : families)
+    for (Family& family : families) {
         family.queriers.resize(vswitch::kMaxVid + 1);
+        family.routers.resize(vswitch::kMaxVid + 1);
+    }
 }
 
 void Snooping::Forget(Protocol protocol)
@@ -118,6 +121,7 @@ void Snooping::Forget(Protocol protocol)
         return;
     family.groups.Clear();
     std::ranges::fill(family.queriers, PortTimes{});
+    std::ranges::fill(family.routers, PortTimes{});
     family.empty = true;
 }
 
@@ -128,30 +132,41 @@ void Snooping::Note(Family& family, const MulticastPacket& report, unsigned port
         if (joins)
             family.groups.Join(group, vid, port, now);
         else
-            family.groups.Leave(group, vid, port);
+            family.groups.Leave(group, vid, port, now);
     });
 }
 
-PortMask Snooping::Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
-                          unsigned internalPort, nanoseconds now)
+void Snooping::Follow(const MulticastPacket& packet, unsigned port, uint16_t vid, nanoseconds now)
 {
+    using Kind = MulticastPacket::Kind;
     Family& family = Of(packet.Of());
-    PortTimes& queriers = family.queriers[vid];
-    const MulticastPacket::Kind what = packet.What();
-    if (what == MulticastPacket::Kind::kQuery) {
-        queriers[port] = now + kQuerierTime;
-        family.empty = false;
-        return kEverywhere;
-    }
-    const unsigned toQueriers = StillIn(queriers, now) | vswitch::MaskOf(internalPort);
-    if (what == MulticastPacket::Kind::kReport) {
+    const Kind what = packet.What();
+    family.empty = family.empty && what == Kind::kData;
+    if (what == Kind::kQuery && packet.Elects())
+        family.queriers[vid][port] = now + kQuerierTime;
+    if (what == Kind::kHello)
+        family.routers[vid][port] = now + packet.HoldTime();
+    if (what == Kind::kReport)
         Note(family, packet, port, vid, now);
-        family.empty = false;
-        return static_cast<PortMask>(toQueriers);
-    }
-    if (packet.Unrestricted())
+}
+
+PortMask Snooping::Destinations(const MulticastPacket& packet, uint16_t vid, unsigned internalPort,
+                                nanoseconds now) const
+{
+    using Kind = MulticastPacket::Kind;
+    const Family& family = Of(packet.Of());
+    const unsigned queriers = StillIn(family.queriers[vid], now);
+    const unsigned toRouters =
+        queriers | StillIn(family.routers[vid], now) | vswitch::MaskOf(internalPort);
+    if (packet.What() == Kind::kReport)
+        return static_cast<PortMask>(toRouters);
+    if (packet.What() != Kind::kData || packet.Unrestricted())
         return kEverywhere;
-    return static_cast<PortMask>(toQueriers | family.groups.Members(packet.Group(), vid, now));
+    // Without a querier nobody is asked, so who has not reported may still want to hear.
+    const PortMask members = family.groups.Members(packet.Group(), vid, now);
+    if (members == 0 && queriers == 0)
+        return kEverywhere;
+    return static_cast<PortMask>(toRouters | members);
 }
 
 }  // namespace vboard::datapath

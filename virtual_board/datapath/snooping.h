@@ -24,7 +24,9 @@ public:
     GroupTable();
     void Clear();
     void Join(const GroupAddress& group, uint16_t vid, unsigned port, std::chrono::nanoseconds now);
-    void Leave(const GroupAddress& group, uint16_t vid, unsigned port);
+    // It ends soon, unless somebody answers the query that follows a leave.
+    void Leave(const GroupAddress& group, uint16_t vid, unsigned port,
+               std::chrono::nanoseconds now);
     vswitch::PortMask Members(const GroupAddress& group, uint16_t vid,
                               std::chrono::nanoseconds now) const;
 
@@ -52,17 +54,22 @@ public:
     Snooping();
     void Forget(Protocol protocol);
 
-    // Where a packet in a VLAN may go, after it was taken note of.
-    vswitch::PortMask Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
-                             unsigned internalPort, std::chrono::nanoseconds now);
+    // Takes note of a packet in a VLAN.
+    void Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
+                std::chrono::nanoseconds now);
+    // Where it may go after that.
+    vswitch::PortMask Destinations(const MulticastPacket& packet, uint16_t vid,
+                                   unsigned internalPort, std::chrono::nanoseconds now) const;
 
 private:
     struct Family {
         GroupTable groups;
         std::vector<PortTimes> queriers;  // by VLAN id
+        std::vector<PortTimes> routers;   // likewise, heard of by their hellos
         bool empty = true;
     };
     Family& Of(Protocol protocol) { return families[static_cast<size_t>(protocol)]; }
+    const Family& Of(Protocol protocol) const { return families[static_cast<size_t>(protocol)]; }
     static void Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
                      std::chrono::nanoseconds now);
 

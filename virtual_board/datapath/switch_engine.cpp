@@ -60,33 +60,83 @@ Bytes SwitchEngine::Padded(Bytes frame)
     return padded;
 }
 
+const ForwardingView& SwitchEngine::View()
+{
+    FollowChip();
+    return *view;
+}
+
+bool SwitchEngine::Open(unsigned port) const
+{
+    return (view->forwarding & MaskOf(port)) != 0 && chip.Awake(port);
+}
+
 void SwitchEngine::Receive(unsigned port, Bytes given, Time now)
 {
     FollowChip();
-    if (!(view->forwarding & MaskOf(port)) || !chip.Awake(port) || given.size() < kHeader)
+    if (!Open(port) || given.size() < kHeader)
         return;
     Transmit(now);
-    const Bytes bytes = Padded(given);
-    if (!CountReceived(port, bytes))
-        return;
-    const Frame frame = Classify(port, bytes);
-    if (view->ports[port].mirrorTo != ForwardingView::kNoMirror)
-        Mirror(port, port, frame.tag, bytes, now);
-    if (!Forward(frame, now) && !IsReserved(frame.Destination()))
-        counters.Count(port, kInDiscards);
+    const Frame frame = Classify(port, Padded(given));
+    const char* lost = Take(frame, given.size(), now);
+    if (watcher != nullptr)
+        watcher->Received(frame, lost);
     Transmit(now);
 }
 
-// False: longer than the MTU.
-bool SwitchEngine::CountReceived(unsigned port, Bytes frame)
+// Why the frame goes no further, or null.
+const char* SwitchEngine::Take(const Frame& frame, size_t length, Time now)
 {
-    const size_t length = LengthOf(frame);
+    const unsigned port = frame.port;
+    if (!CountReceived(port, frame.bytes))
+        return "longer than the MTU";
+    if (const char* why = WhyNoFrame(frame, length)) {
+        counters.Count(port, kInDiscards);
+        return why;
+    }
+    if (view->ports[port].mirrorTo != ForwardingView::kNoMirror)
+        Mirror(port, port, frame.tag, frame.bytes, now);
+    const char* lost = Forward(frame, now);
+    if (lost != nullptr && !IsPause(frame.Destination()))
+        counters.Count(port, kInDiscards);
+    return lost;
+}
+
+void SwitchEngine::ReceiveBad(unsigned port, Bytes given, Time now)
+{
+    FollowChip();
+    if (!Open(port) || given.size() < kHeader)
+        return;
+    const Bytes bytes = Padded(given);
+    CountLength(port, LengthOf(bytes));
+    counters.Count(port, LengthOf(bytes) > view->mtu ? kJabbers : kCrcAlignErrors);
+    if (watcher != nullptr)
+        watcher->Received(Classify(port, bytes), "wrong frame check sequence");
+    Transmit(now);
+}
+
+const char* SwitchEngine::WhyNoFrame(const Frame& frame, size_t length)
+{
+    if (frame.tagged && length < kHeader + kTag)
+        return "ends inside its tag";
+    return (frame.Source()[0] & 1) != 0 ? "comes from a group" : nullptr;
+}
+
+void SwitchEngine::CountLength(unsigned port, size_t length)
+{
     counters.Count(port, kOctets, length);
     counters.Count(port, kPkts);
     if (length <= 1518)
         counters.Count(port, SizeCounter(length));
     else if (length <= view->mtu)
         counters.Count(port, kPkts1519ToMax);
+}
+
+// False: longer than the MTU.
+bool SwitchEngine::CountReceived(unsigned port, Bytes frame)
+{
+    const size_t length = LengthOf(frame);
+    CountLength(port, length);
     if (length > view->mtu) {
         counters.Count(port, kOversizePkts);
         counters.Count(port, kMtuDiscards);
@@ -124,23 +174,25 @@ uint16_t SwitchEngine::VlanOfUntagged(const Frame& frame) const
     return view->ports[frame.port].pvid;
 }
 
-// False: discarded.
-bool SwitchEngine::Forward(const Frame& frame, Time now)
+// Why the frame is discarded, or null.
+const char* SwitchEngine::Forward(const Frame& frame, Time now)
 {
     if (!Admitted(frame)) {
         counters.Count(frame.port, kVlanInDiscards);
-        return false;
+        return "the port is not in its VLAN";
     }
     Learn(frame, now);
-    if (IsReserved(frame.Destination()))
-        return false;
-    const PortMask destinations = Destinations(frame, now);
-    if (destinations != 0)
-        Distribute(frame, destinations, now);
-    return destinations != 0;
+    if (IsPause(frame.Destination()))
+        return "a PAUSE frame";
+    Snoop(frame, now);
+    const PortMask destinations = RouteOf(frame, now).Ports();
+    if (destinations == 0)
+        return "no port to go to";
+    Distribute(frame, destinations, now);
+    return nullptr;
 }
 
-bool SwitchEngine::Admitted(const Frame& frame)
+bool SwitchEngine::Admitted(const Frame& frame) const
 {
     const uint16_t vid = frame.tag.vid;
     return vid != kReservedVid && (view->members[vid] & MaskOf(frame.port)) != 0;
@@ -153,28 +205,51 @@ void SwitchEngine::Learn(const Frame& frame, Time now)
         chip.NoteStationRefused();
 }
 
-PortMask SwitchEngine::Destinations(const Frame& frame, Time now)
+// To the bridge itself, which is the CPU behind the internal port; that one may send such frames.
+bool SwitchEngine::Trapped(const Frame& frame) const
 {
-    unsigned ports = 0xFF;
-    if (frame.ToGroup())
-        ports = Snooped(frame, now);
-    else if (const auto* known =
-                 chip.Stations().Find(AddressAt(frame.Destination()), frame.tag.vid))
-        ports = MaskOf(known->port);
-    return static_cast<PortMask>(ports & view->members[frame.tag.vid] & view->forwarding &
-                                 view->ports[frame.port].reaches);
+    const bool reserved = view->providerBridged ? IsReservedOfProvider(frame.Destination())
+                                                : IsReserved(frame.Destination());
+    return reserved && frame.port != view->internalPort;
 }
 
-PortMask SwitchEngine::Snooped(const Frame& frame, Time now)
+bool SwitchEngine::Snooped(const MulticastPacket& packet) const
+{
+    const bool followed = packet.Of() == Protocol::kIgmp ? view->igmp : view->mld;
+    return followed && packet.What() != MulticastPacket::Kind::kOther;
+}
+
+void SwitchEngine::Snoop(const Frame& frame, Time now)
+{
+    if ((!view->igmp && !view->mld) || !frame.ToGroup() || Trapped(frame))
+        return;
+    const MulticastPacket packet(frame);
+    if (Snooped(packet))
+        snooping.Follow(packet, frame.port, frame.tag.vid, now);
+}
+
+Route SwitchEngine::RouteOf(const Frame& frame, Time now) const
 {
     constexpr PortMask kEverywhere = 0xFF;
-    if (!view->igmp && !view->mld)
-        return kEverywhere;
-    const MulticastPacket packet(frame);
-    const bool followed = packet.Of() == Protocol::kIgmp ? view->igmp : view->mld;
-    if (packet.What() == MulticastPacket::Kind::kOther || !followed)
-        return kEverywhere;
-    return snooping.Follow(packet, frame.port, frame.tag.vid, view->internalPort, now);
+    const uint16_t vid = frame.tag.vid;
+    Route route{Route::By::kFlood, kEverywhere, view->members[vid], view->forwarding,
+                view->ports[frame.port].reaches};
+    if (Trapped(frame)) {
+        route.by = Route::By::kReserved;
+        route.wanted = MaskOf(view->internalPort);
+    } else if (frame.ToGroup()) {
+        if (!view->igmp && !view->mld)
+            return route;
+        const MulticastPacket packet(frame);
+        if (!Snooped(packet))
+            return route;
+        route.by = Route::By::kGroup;
+        route.wanted = snooping.Destinations(packet, vid, view->internalPort, now);
+    } else if (const auto* known = chip.Stations().Find(AddressAt(frame.Destination()), vid)) {
+        route.by = Route::By::kStation;
+        route.wanted = MaskOf(known->port);
+    }
+    return route;
 }
 
 bool SwitchEngine::TaggedOn(unsigned port, uint16_t vid) const
@@ -205,7 +280,7 @@ void SwitchEngine::Distribute(const Frame& frame, PortMask destinations, Time no
         const auto port = static_cast<unsigned>(std::countr_zero(left));
         const Bytes out = Outgoing(frame, TaggedOn(port, frame.tag.vid));
         const Verdict verdict =
-            Admit({frame.port, port, frame.tag.pcp, frame.tag.dei, false}, out, now);
+            Admit({frame.port, port, frame.tag.vid, frame.tag.pcp, frame.tag.dei, false}, out, now);
         bufferFound = bufferFound || verdict != Verdict::kNoBuffer;
     }
     if (!bufferFound)
@@ -215,8 +290,12 @@ void SwitchEngine::Distribute(const Frame& frame, PortMask destinations, Time no
 Verdict SwitchEngine::Admit(const EgressQueues::Admission& admission, Bytes frame, Time now)
 {
     const Verdict verdict = queues.Admit(admission, frame, now);
-    if (verdict != Verdict::kQueued)
+    if (verdict != Verdict::kQueued) {
         counters.Count(admission.port, kOutDiscards);
+        if (watcher != nullptr)
+            watcher->Discarded(admission, frame,
+                               verdict == Verdict::kNoBuffer ? "no buffer" : "discarded early");
+    }
     SendPauses();
     return verdict;
 }
@@ -239,7 +318,7 @@ void SwitchEngine::Mirror(unsigned port, unsigned ingress, const Tag& tag, Bytes
 {
     const auto to = static_cast<unsigned>(view->ports[port].mirrorTo);
     if (view->links & MaskOf(to))
-        Admit({ingress, to, tag.pcp, tag.dei, true}, frame, now);
+        Admit({ingress, to, tag.vid, tag.pcp, tag.dei, true}, frame, now);
 }
 
 void SwitchEngine::MirrorSent(const EgressQueues::Departure& departure, Time now)
@@ -250,7 +329,7 @@ void SwitchEngine::MirrorSent(const EgressQueues::Departure& departure, Time now
         size += piece.iov_len;
     }
     const auto& admission = departure.admission;
-    Mirror(departure.port, admission.ingress, {0, admission.pcp, admission.dei},
+    Mirror(departure.port, admission.ingress, {admission.vid, admission.pcp, admission.dei},
            {mirrored.data(), size}, now);
 }
 
@@ -261,6 +340,8 @@ void SwitchEngine::Transmit(Time now)
     while (queues.Depart(now, departure)) {
         const unsigned port = departure.port;
         wires.Send(port, departure.pieces);
+        if (watcher != nullptr)
+            watcher->Sent(departure.admission, departure.pieces);
         CountSent(port, static_cast<const uint8_t*>(departure.pieces[0].iov_base), departure.bytes);
         if (!departure.admission.copy && view->ports[port].mirrorTo != ForwardingView::kNoMirror)
             MirrorSent(departure, now);

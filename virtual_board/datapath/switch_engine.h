@@ -29,6 +29,35 @@ public:
     virtual void Send(unsigned port, std::span<const iovec> frame) = 0;
 };
 
+// Is told what becomes of each frame; the frame is gone after the call.
+class Watcher {
+public:
+    Watcher() = default;
+    Watcher(const Watcher&) = delete;
+    Watcher& operator=(const Watcher&) = delete;
+    virtual ~Watcher() = default;
+
+    // Came in; `lost` says why it goes no further, null that it does.
+    virtual void Received(const Frame& frame, const char* lost) = 0;
+    // Goes out, or is not taken by its queue.
+    virtual void Sent(const EgressQueues::Admission& admission, std::span<const iovec> frame) = 0;
+    virtual void Discarded(const EgressQueues::Admission& admission, Bytes frame,
+                           const char* why) = 0;
+};
+
+// Where a frame goes: each set of ports with the next is what is left of it.
+struct Route {
+    enum class By { kReserved, kStation, kFlood, kGroup };
+
+    By by;
+    vswitch::PortMask wanted;
+    vswitch::PortMask members;     // of its VLAN
+    vswitch::PortMask forwarding;  // with a link, in no test
+    vswitch::PortMask reachable;   // isolation and groups
+
+    vswitch::PortMask Ports() const { return wanted & members & forwarding & reachable; }
+};
+
 class SwitchEngine {
 public:
     using Time = std::chrono::nanoseconds;
@@ -37,10 +66,25 @@ public:
 
     // A frame arrives, without its frame check sequence. The chip must have been advanced to now.
     void Receive(unsigned port, Bytes frame, Time now);
+    // One arrives with a wrong frame check sequence.
+    void ReceiveBad(unsigned port, Bytes frame, Time now);
     // Sends what is to begin no later than now; Receive does it as well.
     void Transmit(Time now);
     // When Transmit has to be called next.
     std::optional<Time> NextTransmission() const { return queues.NextDeparture(); }
+
+    // Null: nobody is told any more.
+    void Watch(Watcher* told) { watcher = told; }
+
+    // What Receive would do with a frame now, step by step; it changes nothing.
+    const vswitch::ForwardingView& View();
+    bool Open(unsigned port) const;
+    // The frame is padded to the shortest length.
+    Frame Classify(unsigned port, Bytes bytes) const;
+    static const char* WhyNoFrame(const Frame& frame, size_t length);
+    bool Admitted(const Frame& frame) const;
+    Route RouteOf(const Frame& frame, Time now) const;
+    bool TaggedOn(unsigned port, uint16_t vid) const;
 
 private:
     struct Variant {
@@ -55,14 +99,14 @@ private:
     void Mirror(unsigned port, unsigned ingress, const Tag& tag, Bytes frame, Time now);
     void MirrorSent(const EgressQueues::Departure& departure, Time now);
 
-    Frame Classify(unsigned port, Bytes bytes) const;
     uint16_t VlanOfUntagged(const Frame& frame) const;
-    bool Forward(const Frame& frame, Time now);
-    bool Admitted(const Frame& frame);
+    const char* Take(const Frame& frame, size_t length, Time now);
+    const char* Forward(const Frame& frame, Time now);
+    void CountLength(unsigned port, size_t length);
     void Learn(const Frame& frame, Time now);
-    vswitch::PortMask Destinations(const Frame& frame, Time now);
-    vswitch::PortMask Snooped(const Frame& frame, Time now);
-    bool TaggedOn(unsigned port, uint16_t vid) const;
+    bool Trapped(const Frame& frame) const;
+    bool Snooped(const MulticastPacket& packet) const;
+    void Snoop(const Frame& frame, Time now);
     Bytes Outgoing(const Frame& frame, bool tagged);
     void Distribute(const Frame& frame, vswitch::PortMask destinations, Time now);
     EgressQueues::Verdict Admit(const EgressQueues::Admission& admission, Bytes frame, Time now);
@@ -72,6 +116,7 @@ private:
     Wires& wires;
     const vswitch::ForwardingView* view = nullptr;
     vswitch::Counters& counters;
+    Watcher* watcher = nullptr;
     Snooping snooping;
     EgressQueues queues;
 

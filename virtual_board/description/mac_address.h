@@ -14,4 +14,10 @@ using MacAddress = std::array<uint8_t, 6>;
 bool ParseMac(std::string_view text, MacAddress& mac);
 std::string FormatMac(const MacAddress& mac);
 
+// An address that one station can have: neither a group address nor 0.
+constexpr bool IsStation(const MacAddress& mac)
+{
+    return (mac[0] & 1) == 0 && mac != MacAddress{};
+}
+
 }  // namespace vboard

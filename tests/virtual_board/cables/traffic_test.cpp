@@ -14,6 +14,15 @@ const std::string kAll = "ffffffffffff";
 const std::string kFromA = "020000000001";
 const std::string kFromB = "020000000002";
 
+// General queries, from a router behind port 4.
+const std::string kIgmpQuery =
+    "01005e0000010200000000040800460000200000000001023ad30a000004e000"
+    "0001940400001164ee9b00000000";
+const std::string kMldQuery =
+    "33330000000102000000000486dd6000000000200001fe800000000000000000"
+    "000000000004ff0200000000000000000000000000013a000502000001008200"
+    "59142710000000000000000000000000000000000000";
+
 std::set<std::string> Addresses(const nlohmann::json& table)
 {
     std::set<std::string> addresses;
@@ -145,7 +154,8 @@ TEST_F(Traffic, TheMirrorSeesWhatTheMirroredHostSendsAndHears)
 
 TEST_F(Traffic, MulticastGoesToTheHostsThatHaveJoined)
 {
-    Run("ctl igmp 0 on; hear b; hear c\n"
+    Run("ctl igmp 0 on; send d " + kIgmpQuery +
+        "; hear b; hear c\n"
         "orblink-vboard exec b -- socat -u "
         "UDP4-RECVFROM:5000,ip-add-membership=239.1.1.1:10.0.0.2 CREATE:$S/got & pid=$!\n"
         "sleep 0.5\n"
@@ -168,7 +178,9 @@ TEST_F(Traffic, MulticastOverIpv6GoesToTheHostsThatHaveJoined)
         Run("for h in a b c; do i=$(interface_of $h)\n"
             "on $h sh -c \"echo 0 >/proc/sys/net/ipv6/conf/$i/disable_ipv6\"\n"
             "on $h ip -6 address add 2001:db8::$h/64 dev $i nodad; done\n"
-            "ctl igmp 0 on; hear b; hear c\n"
+            "ctl igmp 0 on; send d " +
+            kMldQuery +
+            "; hear b; hear c\n"
             "orblink-vboard exec b -- socat -u "
             "'UDP6-RECVFROM:5000,ipv6-join-group=[ff15::1]:lan2' CREATE:$S/got & pid=$!\n"
             "until on b ip maddr show lan2 | grep -q ff15::1; do sleep 0.05; done; sleep 0.5\n"
@@ -308,6 +320,50 @@ TEST_F(Traffic, InterfacesGoWithTheBoard)
     EXPECT_EQ(Json("outside"), 0);
     EXPECT_EQ(Json("inside"), 1);
     EXPECT_NE(std::system("ip link show lan1 >/dev/null 2>&1"), 0);
+}
+
+TEST_F(Traffic, AHostSeesTheStateOfItsCable)
+{
+    EXPECT_EQ(Run("on a ls /sys/class/net; on a cat /sys/class/net/lan1/carrier\n"
+                  "on a cat /sys/class/net/lan1/speed\n"
+                  "orblink-vboard control link sw0:1 down; on a cat /sys/class/net/lan1/carrier\n"
+                  "orblink-vboard control link sw0:1 up --speed 100 --half\n"
+                  "on a cat /sys/class/net/lan1/carrier /sys/class/net/lan1/speed "
+                  "/sys/class/net/lan1/duplex\n"
+                  "ctl port 0:1 disable; on a cat /sys/class/net/lan1/carrier\n"),
+              "lan1\nlo\n1\n1000\n0\n1\n100\nhalf\n0\n");
+}
+
+TEST_F(Traffic, AHostMayRenameItsInterface)
+{
+    EXPECT_EQ(Run("on b ip link set lan2 down; on b ip link set lan2 name eth9\n"
+                  "on b ip link set eth9 up; reach b 10.0.0.1; reach a 10.0.0.2\n"),
+              "yes\nyes\n");
+}
+
+TEST_F(Traffic, ADeletedInterfaceKeepsNobodyBusy)
+{
+    EXPECT_EQ(Run("pid=${ORBLINK_VBOARD%/*}; pid=${pid##*.}\n"
+                  "spent() { awk '{ print $14 + $15 }' /proc/$pid/stat; }\n"
+                  "on d ip link del lan4; before=$(spent); sleep 1; after=$(spent)\n"
+                  "test $((after - before)) -lt 5 && echo idle; reach a 10.0.0.2\n"
+                  "orblinkctl port 0:4 link | grep -c yes || true\n"),
+              "idle\nyes\n0\n");
+}
+
+TEST_F(Traffic, SendersDoNotKeepControlWaiting)
+{
+    Run("for i in 1 2 3 4; do\n"
+        "    host=$(echo $i | tr 1234 abcd)\n"
+        "    on $host mausezahn lan$i -q -c 0 -p 60 -a 02:00:00:00:01:0$i -b ff:ff:ff:ff:ff:ff "
+        ">/dev/null 2>&1 & pids=\"$pids $!\"\n"
+        "done\n"
+        "sleep 0.5; date +%s%N >$S/before\n"
+        "for i in 1 2 3 4 5 6 7 8 9 10; do orblink-vboard control battery $i; done\n"
+        "date +%s%N >$S/after; kill $pids\n");
+    const int64_t before = Json("before");
+    const int64_t after = Json("after");
+    EXPECT_LT(after - before, 4'000'000'000);
 }
 
 TEST_F(Traffic, AHostThatIsNotThereIsNamed)

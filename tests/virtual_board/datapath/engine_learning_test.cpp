@@ -101,12 +101,66 @@ TEST_F(Lan, CountsTheAddressesThatFindTheTableFullAndStillForwards)
     EXPECT_EQ(Ports(1, From(Station(3000), Station(3001))), "0 2 3 4 5 6 7");
 }
 
-TEST_F(Lan, ReservedAddressesAreReceivedAndNotForwarded)
+Octets Reserved(uint8_t last)
+{
+    return From(kA, {0x01, 0x80, 0xC2, 0, 0, last});
+}
+
+TEST_F(Lan, ReservedAddressesGoToTheInternalPortOnly)
 {
     for (uint8_t last = 0; last <= 15; ++last)
-        EXPECT_EQ(Ports(1, From(kA, {0x01, 0x80, 0xC2, 0, 0, last})), "") << int(last);
-    EXPECT_EQ(Ports(1, From(kA, {0x01, 0x80, 0xC2, 0, 0, 16})), "0 2 3 4 5 6 7");
+        EXPECT_EQ(Ports(1, Reserved(last)), last == 1 ? "" : "0") << int(last);
+    EXPECT_EQ(Ports(1, Reserved(16)), "0 2 3 4 5 6 7");
     EXPECT_EQ(Counter(1, "aPAUSEMACCtrlFramesReceived"), 1u);
     EXPECT_EQ(Counter(1, "aFramesReceivedOK"), 17u);
     EXPECT_EQ(Counter(1, "dot1dTpPortInDiscards"), 0u);
+}
+
+TEST_F(Lan, TheInternalPortSendsToReservedAddresses)
+{
+    WritePort(3, kVid, 103);
+    const Octets tagged = From(kA, {0x01, 0x80, 0xC2, 0, 0, 0x0E}, Tag(0, 103) + Payload());
+    EXPECT_EQ(Ports(0, tagged), "3");
+    EXPECT_EQ(Ports(0, Reserved(1)), "");
+}
+
+// What belongs to the bridges of the customer is for them.
+TEST_F(Lan, AProviderBridgeTrapsTheAddressesOfItsServiceVlansOnly)
+{
+    Write(kPbTpid, 0x88A8);
+    Write(kPbCtrl, 1);
+    for (uint8_t last = 0; last <= 15; ++last) {
+        const bool trapped = last >= 2 && last <= 10;
+        EXPECT_EQ(Ports(1, Reserved(last)), last == 1 ? ""
+                                            : trapped ? "0"
+                                                      : "0 2 3 4 5 6 7")
+            << int(last);
+    }
+}
+
+TEST_F(Lan, DropsFramesThatComeFromAGroup)
+{
+    EXPECT_EQ(Ports(1, From(kBroadcast, kB)), "");
+    EXPECT_EQ(Ports(1, From({3, 0, 0, 0, 0, 1}, kB)), "");
+    EXPECT_EQ(Counter(1, "dot1dTpPortInDiscards"), 2u);
+    EXPECT_EQ(Counter(1, "aFramesReceivedOK"), 2u);
+}
+
+TEST_F(Lan, DropsFramesThatEndInsideTheirTag)
+{
+    const Octets whole = From(kA, kB, Tag(0, 1) + Words({kTestType}));
+    for (size_t size = 14; size < whole.size(); ++size)
+        EXPECT_EQ(Ports(1, Octets(whole.begin(), whole.begin() + static_cast<long>(size))), "")
+            << size;
+    EXPECT_EQ(Known(kA), "");
+    EXPECT_EQ(Counter(1, "dot1dTpPortInDiscards"), 4u);
+    EXPECT_EQ(Ports(1, whole), "0 2 3 4 5 6 7");
+}
+
+TEST_F(Lan, AStationIsForgottenWhenItsPortLeavesTheVlan)
+{
+    Hear(2, From(kB, kA));
+    WritePort(2, kVid, 50);
+    WritePort(2, kVid, 1);
+    EXPECT_EQ(Known(kB), "");
 }

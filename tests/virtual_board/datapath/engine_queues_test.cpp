@@ -177,6 +177,34 @@ TEST_F(SlowPort, FramesOfAPortThatHoldsTooMuchAreRed)
     EXPECT_EQ(Survivors(2), 2u);
 }
 
+class FlowControl : public SlowPort, public ::testing::WithParamInterface<int> {};
+
+// Twelve of twenty buffers have left: eight are held still.
+TEST_P(FlowControl, AFrameIsRedFromXoffUntilXonExactly)
+{
+    const int xon = GetParam();
+    WritePort(1, kXoff, 20);
+    WritePort(1, kXon, static_cast<uint16_t>(xon));
+    Write(QueueRegister(2, 1, 4), 0);
+    Write(QueueRegister(2, 1, 5), 0);
+    Write(kWredCtrl, 0x6401);
+    for (unsigned i = 0; i < 5; ++i)
+        Give(1, Numbered(0, 0));
+    EXPECT_EQ(Counter(1, "aPAUSEMACCtrlFramesTransmitted"), 0u);
+    Give(1, Numbered(0, 0));
+    EXPECT_EQ(Counter(1, "aPAUSEMACCtrlFramesTransmitted"), 1u);
+    for (unsigned i = 0; i < 3; ++i) {
+        Give(1, Numbered(0, 0));
+        EXPECT_EQ(Discards(), i + 1);
+        bench.Wait(*engine.NextTransmission() - bench.now);
+        engine.Transmit(bench.now);
+    }
+    Give(1, Numbered(0, 0));
+    EXPECT_EQ(Discards(), xon >= 8 ? 3u : 4u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Xon, FlowControl, ::testing::Values(7, 8, 9));
+
 TEST_F(SlowPort, APortWithoutFlowControlSendsNoPause)
 {
     Survivors(1100);

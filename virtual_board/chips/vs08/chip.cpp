@@ -211,7 +211,13 @@ Refusal VswitchChip::WriteBlock(uint16_t address, uint16_t value)
         return queues.Write(address, value);
     if (!Within(address, kPortFirst, kPortLast))
         return kUnknownAddress;
-    const Refusal refusal = ports[address >> 8 & 7].Write(address & 0xFF, value);
+    const unsigned index = address >> 8 & 7;
+    Port& port = ports[index];
+    const uint16_t vid = port.Get(kPortVid);
+    const Refusal refusal = port.Write(address & 0xFF, value);
+    // What was learnt in the VLAN that the port has left is not behind it any more.
+    if (port.Get(kPortVid) != vid)
+        fdb.table.FlushPort(index);
     FollowLinks();
     return refusal;
 }

@@ -6,11 +6,6 @@ namespace vboard::vswitch {
 
 using std::chrono::nanoseconds;
 
-bool IsStation(const MacAddress& mac)
-{
-    return !(mac[0] & 1) && mac != MacAddress{};
-}
-
 size_t MacTable::BucketOf(const MacAddress& mac, uint16_t vid)
 {
     uint64_t key = vid;

@@ -62,7 +62,4 @@ private:
     std::chrono::nanoseconds oldestSeen{};  // at or before that of every entry that can age
 };
 
-// An address that one station can have: neither a group address nor 0.
-bool IsStation(const MacAddress& mac);
-
 }  // namespace vboard::vswitch

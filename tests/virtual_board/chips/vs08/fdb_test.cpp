@@ -20,6 +20,7 @@ constexpr uint16_t kDelete = 3;
 constexpr uint16_t kFlush = 4;
 constexpr uint16_t kFailed = 0x4000;
 constexpr uint16_t kBusy = 0x8000;
+constexpr std::chrono::nanoseconds kCommandTime = 5us;
 
 // Runs a MAC table command to its end; the result register.
 uint16_t RunFdb(ChipBench& bench, uint16_t op)
@@ -161,6 +162,38 @@ TEST_F(VswitchChipFdb, AgeingStepsRemoveAtTheirTimes)
         bench.Wait(kTimes[step - 1]);
         EXPECT_EQ(bench.Read(0x0208), 0) << step;
     }
+}
+
+TEST_F(VswitchChipFdb, AnEntryAgesAtTheInstantOfItsStep)
+{
+    ASSERT_TRUE(bench.Write(0x0113, 1));
+    auto& chip = bench.chip;
+    ASSERT_TRUE(chip.Learn(Station(1), 1, 1));
+    chip.Advance(bench.now + 15s - 1ns);
+    EXPECT_EQ(chip.Stations().Count(), 1u);
+    chip.Advance(bench.now + 15s);
+    EXPECT_EQ(chip.Stations().Count(), 0u);
+}
+
+TEST_F(VswitchChipFdb, ACommandIsDoneAtTheInstantOfItsTime)
+{
+    ASSERT_TRUE(bench.Write(0x0201, kGetNext));
+    auto& chip = bench.chip;
+    chip.Advance(bench.now + kCommandTime - 1ns);
+    EXPECT_EQ(*chip.Read22(5) & kBusy, kBusy);
+    chip.Advance(bench.now + kCommandTime);
+    EXPECT_EQ(*chip.Read22(5) & kBusy, 0);
+}
+
+TEST_F(VswitchChipFdb, APortThatLeavesItsVlanLosesItsEntries)
+{
+    ASSERT_TRUE(bench.chip.Learn(Station(1), 1, 1));
+    ASSERT_TRUE(bench.chip.Learn(Station(2), 2, 1));
+    ASSERT_TRUE(bench.Write(0x1103, 1));
+    EXPECT_EQ(bench.chip.Stations().Count(), 2u) << "nothing has changed";
+    ASSERT_TRUE(bench.Write(0x1103, 100));
+    EXPECT_EQ(bench.chip.Stations().Count(), 1u);
+    EXPECT_EQ(Next(bench, 0)->mac2, 2);
 }
 
 TEST_F(VswitchChipFdb, EachEntryAgesAtItsOwnTime)
