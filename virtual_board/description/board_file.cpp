@@ -1,8 +1,8 @@
 #include "virtual_board/description/board_file.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 
 #include "virtual_board/description/board_ports.h"
@@ -21,6 +21,10 @@ constexpr uint32_t kMaxMdioAddress = 31;
 constexpr uint32_t kMaxMdioBuses = 8;
 constexpr uint32_t kMaxPort = 7;
 constexpr uint32_t kMaxNegotiationMs = 60'000;
+// A board takes some kilobytes. What the parser takes seconds for, or more stack than there is, is
+// no board.
+constexpr size_t kLongestFile = 65'536;
+constexpr size_t kMaxDots = 16;
 
 template <typename Value, typename Given>
 void Assign(Value& value, const std::optional<Given>& given)
@@ -145,13 +149,14 @@ void ReadMacs(TomlReader& reader, std::array<MacAddress, 5>& macs)
     size_t count = 0;
     auto take = [&](const std::string& text) {
         MacAddress mac{};
-        bool good = ParseMac(text, mac);
+        const bool good = ParseMac(text, mac) && IsStation(mac);
         if (count < macs.size())
             macs[count] = mac;
         ++count;
         return good;
     };
-    bool given = reader.Texts("mac_addresses", "an address such as \"02:00:00:00:00:01\"", take);
+    bool given = reader.Texts("mac_addresses",
+                              "an address of one station such as \"02:00:00:00:00:01\"", take);
     if (given && count != macs.size())
         reader.Complain("mac_addresses", "expected five addresses");
 }
@@ -217,11 +222,51 @@ void ReadBoard(TomlReader& reader, BoardDescription& spec)
     reader.Tables("fault", SIZE_MAX, [&](TomlReader& fault) { ReadFault(fault, spec.faults); });
 }
 
+bool IsBareKeyCharacter(char c)
+{
+    return isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '-';
+}
+
+// Where a run of dotted words gets too long; npos: nowhere.
+size_t FindDeepKey(std::string_view text)
+{
+    size_t dots = 0;
+    for (size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (c == '.')
+            ++dots;
+        else if (!IsBareKeyCharacter(c) && c != ' ' && c != '\t' && c != '"' && c != '\'')
+            dots = 0;
+        if (dots > kMaxDots)
+            return at;
+    }
+    return std::string_view::npos;
+}
+
+// What makes a text no board whatever it says, before the parser reads it.
+BoardFileErrors CheckText(std::string_view text, std::string_view path)
+{
+    Problems problems{path};
+    const size_t deep = FindDeepKey(text);
+    if (text.size() > kLongestFile) {
+        problems.Add({{1, 1}, {1, 1}, nullptr}, "expected a file of at most 64 KiB");
+    } else if (deep != std::string_view::npos) {
+        const std::string_view before = text.substr(0, deep);
+        const auto line = static_cast<uint32_t>(std::ranges::count(before, '\n') + 1);
+        const auto column = static_cast<uint32_t>(deep - (before.rfind('\n') + 1) + 1);
+        problems.Add({{line, column}, {line, column}, nullptr},
+                     "expected at most 16 dots in a row");
+    }
+    return problems.InFileOrder();
+}
+
 }  // namespace
 
 std::variant<BoardDescription, BoardFileErrors> ParseBoard(std::string_view text,
                                                            std::string_view path)
 {
+    if (auto refused = CheckText(text, path); !refused.empty())
+        return refused;
     Problems problems{path};
     BoardDescription spec;
     try {
@@ -239,10 +284,16 @@ std::variant<BoardDescription, BoardFileErrors> ParseBoard(std::string_view text
 
 std::variant<BoardDescription, BoardFileErrors> LoadBoardFile(const std::string& path)
 {
-    std::ifstream file{path};
-    std::string text{std::istreambuf_iterator<char>{file}, {}};
+    std::error_code error;
+    const auto kind = std::filesystem::status(path, error).type();
+    if (error || kind != std::filesystem::file_type::regular)
+        return BoardFileErrors{path + (error ? ": cannot be read" : ": is no regular file")};
+    std::ifstream file{path, std::ios::binary};
+    std::string text(kLongestFile + 1, '\0');
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
     if (!file.is_open() || file.bad())
         return BoardFileErrors{path + ": cannot be read"};
+    text.resize(static_cast<size_t>(file.gcount()));
     return ParseBoard(text, path);
 }
 

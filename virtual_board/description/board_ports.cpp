@@ -1,6 +1,7 @@
 #include "virtual_board/description/board_ports.h"
 
 #include <algorithm>
+#include <set>
 
 #include "virtual_board/description/interface_address.h"
 
@@ -38,16 +39,18 @@ void ReadAddresses(TomlReader& reader, PortDescription& port)
     port.address = address.value_or("");
     const auto mac = reader.Text("mac", 1, kMaxText);
     MacAddress parsed{};
-    if (mac && ParseMac(*mac, parsed) && !(parsed[0] & 1))
+    if (mac && ParseMac(*mac, parsed) && IsStation(parsed))
         port.mac = parsed;
     else if (mac)
         reader.Complain("mac", "expected an address of one station, \"02:00:00:00:00:01\"");
 }
 
-void ReadPort(TomlReader& reader, SwitchDescription& spec)
+void ReadPort(TomlReader& reader, SwitchDescription& spec, std::set<uint32_t>& described)
 {
     reader.Require("port");
     const uint32_t number = reader.Number("port", kLastPort).value_or(0);
+    if (reader.Has("port") && !described.insert(number).second)
+        reader.Complain("port", "expected a port without a table before");
     PortDescription& port = spec.ports[number];
     ReadName(reader, "interface", kMaxInterfaceName, port.interface);
     port.host = port.interface;
@@ -81,7 +84,9 @@ void ReadPorts(TomlReader& reader, std::vector<SwitchDescription>& switches)
         spec.ports[p].interface = name + (p == spec.internalPort ? "soc" : "p" + std::to_string(p));
         spec.ports[p].host = spec.ports[p].interface;
     }
-    reader.Tables("port", kLastPort + 1, [&](TomlReader& port) { ReadPort(port, spec); });
+    std::set<uint32_t> described;
+    reader.Tables("port", kLastPort + 1,
+                  [&](TomlReader& port) { ReadPort(port, spec, described); });
     if (Shares(spec, switches))
         reader.Complain("port",
                         "expected interfaces, and hosts of another switch, with names of "

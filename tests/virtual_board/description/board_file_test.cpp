@@ -1,6 +1,8 @@
 #include "virtual_board/description/board_file.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace vboard {
 namespace {
@@ -215,6 +217,47 @@ INSTANTIATE_TEST_SUITE_P(
                   "3:9: value: expected an integer from 1 to 133"},
         std::pair{"[[fault]]\nname = \"mdio-error\"\nat = 0",
                   "3:6: at: expected an integer from 1"}));
+
+TEST(BoardFile, AddressesAreThoseOfStations)
+{
+    for (const char* wrong : {"00:00:00:00:00:00", "01:00:5e:00:00:01", "ff:ff:ff:ff:ff:ff"}) {
+        const std::string good = "\"02:00:00:00:00:01\", ";
+        auto parsed =
+            ParseBoard("mac_addresses = [" + good + good + good + good + "\"" + wrong + "\"]", "b");
+        auto* errors = std::get_if<BoardFileErrors>(&parsed);
+        ASSERT_NE(errors, nullptr) << wrong;
+        EXPECT_THAT(errors->front(), testing::HasSubstr("expected an address of one station"));
+        EXPECT_THAT(errors->front(), testing::StartsWith("b:1:"));
+    }
+}
+
+TEST(BoardFile, OneThatTheParserWouldChokeOnIsRefusedAtOnce)
+{
+    std::string deep = "name = \"x\"\na";
+    for (int i = 0; i < 30'000; ++i)
+        deep += ".a";
+    EXPECT_THAT(std::get<BoardFileErrors>(ParseBoard(deep, "b")),
+                testing::ElementsAre("b:2:34: expected at most 16 dots in a row"));
+    std::string keys;
+    for (int i = 0; i < 300'000; ++i)
+        keys += "k" + std::to_string(i) + "=1\n";
+    EXPECT_THAT(std::get<BoardFileErrors>(ParseBoard(keys, "b")),
+                testing::ElementsAre("b:1:1: expected a file of at most 64 KiB"));
+    EXPECT_TRUE(std::holds_alternative<BoardDescription>(
+        ParseBoard("name = \"a.b.c.d.e.f.g.h.i.j.k.l.m.n.o.p.q\"", "b")));
+}
+
+TEST(BoardFile, WhatIsNoRegularFileIsRefused)
+{
+    const std::string fifo = testing::TempDir() + "board.fifo." + std::to_string(getpid());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    for (const std::string& path : {std::string("/"), std::string("/dev/zero"), fifo})
+        EXPECT_THAT(std::get<BoardFileErrors>(LoadBoardFile(path)),
+                    testing::ElementsAre(path + ": is no regular file"));
+    unlink(fifo.c_str());
+    EXPECT_THAT(std::get<BoardFileErrors>(LoadBoardFile("/no/such/board")),
+                testing::ElementsAre("/no/such/board: cannot be read"));
+}
 
 TEST(Mac, IsSixHexadecimalBytes)
 {

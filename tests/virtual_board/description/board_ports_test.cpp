@@ -89,11 +89,13 @@ TEST(BoardPorts, MistakesAreNamed)
         EXPECT_THAT(Complaint("port = 1\naddress = \"" + std::string(address) + "\""),
                     HasSubstr("address: expected an address with prefix length"))
             << address;
-    for (const char* mac : {"02:00:00:00:00", "03:00:00:00:00:01"})
+    for (const char* mac : {"02:00:00:00:00", "03:00:00:00:00:01", "00:00:00:00:00:00"})
         EXPECT_THAT(Complaint("port = 1\nmac = \"" + std::string(mac) + "\""),
                     HasSubstr("mac: expected an address of one station"))
             << mac;
     EXPECT_THAT(Complaint("port = 1\ncolour = 1"), HasSubstr("unknown key 'colour'"));
+    EXPECT_THAT(Complaint("port = 1\n[[switch.port]]\nport = 1"),
+                HasSubstr("b:8:8: port: expected a port without a table before"));
 }
 
 TEST(BoardPorts, HostsBelongToOneSwitch)
