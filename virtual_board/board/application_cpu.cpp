@@ -60,8 +60,9 @@ int CheckAddress(const MailboxAddress& address, size_t size)
 
 }  // namespace
 
-ApplicationCpu::ApplicationCpu(const BoardDescription& spec, Faults& faults, Journal& journal)
-    : spec_{spec}, faults_{faults}, journal_{journal}
+ApplicationCpu::ApplicationCpu(const BoardDescription& board, Faults& activeFaults,
+                               Journal& boardJournal)
+    : spec{board}, faults{activeFaults}, journal{boardJournal}
 {
     SendAgain(std::nullopt);
 }
@@ -69,11 +70,11 @@ ApplicationCpu::ApplicationCpu(const BoardDescription& spec, Faults& faults, Jou
 int ApplicationCpu::Open(int type)
 {
     JournalEntry entry{JournalKind::kMailbox, "socket", {{"type", type}}};
-    if (faults_.Strike(FaultId::kMailboxDown))
+    if (faults.Strike(FaultId::kMailboxDown))
         entry.error = ENETDOWN;
-    else if (auto error = faults_.Strike(FaultId::kSocketError))
+    else if (auto error = faults.Strike(FaultId::kSocketError))
         entry.error = static_cast<int>(*error);
-    return journal_.Note(std::move(entry));
+    return journal.Note(std::move(entry));
 }
 
 int ApplicationCpu::Bind(MailboxEnd& end, std::span<const uint8_t> bytes)
@@ -83,38 +84,38 @@ int ApplicationCpu::Bind(MailboxEnd& end, std::span<const uint8_t> bytes)
                        "bind",
                        {{"family", address.family}, {"mid", address.mid}, {"appid", address.appid}},
                        CheckAddress(address, bytes.size())};
-    if (faults_.Strike(FaultId::kAppCpuDown))
+    if (faults.Strike(FaultId::kAppCpuDown))
         entry.error = EHOSTDOWN;
-    else if (auto error = faults_.Strike(FaultId::kBindError))
+    else if (auto error = faults.Strike(FaultId::kBindError))
         entry.error = static_cast<int>(*error);
     else if (end.bound)
         entry.error = EINVAL;
     end.bound = end.bound || entry.error == 0;
-    return journal_.Note(std::move(entry));
+    return journal.Note(std::move(entry));
 }
 
 ApplicationCpu::Letter* ApplicationCpu::FindLetter(Family family)
 {
-    auto found = std::ranges::find(letters_, family, &Letter::family);
-    return found != letters_.end() ? &*found : nullptr;
+    auto found = std::ranges::find(letters, family, &Letter::family);
+    return found != letters.end() ? &*found : nullptr;
 }
 
 ApplicationCpu::Letter* ApplicationCpu::NextLetter()
 {
-    auto found = std::ranges::find(letters_, Progress::kDue, &Letter::progress);
-    return found != letters_.end() ? &*found : nullptr;
+    auto found = std::ranges::find(letters, Progress::kDue, &Letter::progress);
+    return found != letters.end() ? &*found : nullptr;
 }
 
 std::vector<uint8_t> ApplicationCpu::Compose(Family family)
 {
-    std::vector<uint8_t> message = BoardDataMessage(spec_, family);
-    if (auto count = faults_.Strike(FaultId::kDeviceCount))
+    std::vector<uint8_t> message = BoardDataMessage(spec, family);
+    if (auto count = faults.Strike(FaultId::kDeviceCount))
         message[DeviceCountOffset(family)] = static_cast<uint8_t>(*count);
-    if (auto type = faults_.Strike(FaultId::kMessageType))
+    if (auto type = faults.Strike(FaultId::kMessageType))
         PutWord(message, 0, *type);
-    if (auto length = faults_.Strike(FaultId::kPayloadLength))
+    if (auto length = faults.Strike(FaultId::kPayloadLength))
         PutWord(message, 4, *length);
-    if (auto size = faults_.Strike(FaultId::kMessageSize))
+    if (auto size = faults.Strike(FaultId::kMessageSize))
         message.resize(*size);
     return message;
 }
@@ -124,11 +125,11 @@ Received ApplicationCpu::Deliver(MailboxEnd& end, Letter& letter)
     letter.progress = Progress::kSent;
     end.unanswered = letter.family;
     Received received{0, Compose(letter.family)};
-    journal_.Note({JournalKind::kMailbox,
-                   "receive",
-                   {{"family", NameOf(letter.family)},
-                    {"size", received.message.size()},
-                    {"bytes", Hex(received.message)}}});
+    journal.Note({JournalKind::kMailbox,
+                  "receive",
+                  {{"family", NameOf(letter.family)},
+                   {"size", received.message.size()},
+                   {"bytes", Hex(received.message)}}});
     return received;
 }
 
@@ -136,16 +137,16 @@ std::optional<Received> ApplicationCpu::Receive(MailboxEnd& end)
 {
     auto refuse = [&](int error) {
         end.waiting = false;
-        return Received{journal_.Note({JournalKind::kMailbox, "receive", Json::object(), error})};
+        return Received{journal.Note({JournalKind::kMailbox, "receive", Json::object(), error})};
     };
     if (!end.bound)
         return refuse(EINVAL);
     bool asked = std::exchange(end.waiting, true);
     if (!asked)
-        if (auto error = faults_.Strike(FaultId::kReceiveError))
+        if (auto error = faults.Strike(FaultId::kReceiveError))
             return refuse(static_cast<int>(*error));
     Letter* letter = NextLetter();
-    if (letter == nullptr || faults_.IsSet(FaultId::kSilent))
+    if (letter == nullptr || faults.IsSet(FaultId::kSilent))
         return std::nullopt;
     end.waiting = false;
     return Deliver(end, *letter);
@@ -158,7 +159,7 @@ int ApplicationCpu::Acknowledge(MailboxEnd& end, std::span<const uint8_t> messag
     bool right = std::ranges::equal(message, kAcknowledgement);
     if (!end.unanswered) {
         entry.note = "nothing was to be acknowledged";
-        return journal_.Note(std::move(entry));
+        return journal.Note(std::move(entry));
     }
     entry.facts["family"] = NameOf(*end.unanswered);
     if (Letter* letter = FindLetter(*end.unanswered))
@@ -166,7 +167,7 @@ int ApplicationCpu::Acknowledge(MailboxEnd& end, std::span<const uint8_t> messag
     if (!right)
         entry.note = "not an acknowledgement: the board data will be sent again";
     end.unanswered.reset();
-    return journal_.Note(std::move(entry));
+    return journal.Note(std::move(entry));
 }
 
 int ApplicationCpu::Send(MailboxEnd& end, std::span<const uint8_t> message, size_t& taken)
@@ -175,13 +176,13 @@ int ApplicationCpu::Send(MailboxEnd& end, std::span<const uint8_t> message, size
     JournalEntry refused{JournalKind::kMailbox, "send", {{"size", message.size()}}};
     if (!end.bound)
         refused.error = ENOTCONN;
-    else if (auto error = faults_.Strike(FaultId::kSendError))
+    else if (auto error = faults.Strike(FaultId::kSendError))
         refused.error = static_cast<int>(*error);
     else if (message.size() > kMaxMessage)
         refused.error = EMSGSIZE;
     if (refused.error != 0)
-        return journal_.Note(std::move(refused));
-    if (auto limit = faults_.Strike(FaultId::kSendShort))
+        return journal.Note(std::move(refused));
+    if (auto limit = faults.Strike(FaultId::kSendShort))
         taken = std::min<size_t>(taken, *limit);
     return Acknowledge(end, message.first(taken));
 }
@@ -194,27 +195,27 @@ void ApplicationCpu::Close(MailboxEnd& end)
         if (Letter* letter = FindLetter(*end.unanswered))
             letter->progress = Progress::kDue;
     }
-    journal_.Note(std::move(entry));
+    journal.Note(std::move(entry));
     end = {};
 }
 
 void ApplicationCpu::SendAgain(std::optional<Family> family)
 {
     if (!family) {
-        letters_.clear();
-        for (Family each : spec_.order)
-            letters_.push_back({each, Progress::kDue});
+        letters.clear();
+        for (Family each : spec.order)
+            letters.push_back({each, Progress::kDue});
         return;
     }
-    std::erase_if(letters_, [&](const Letter& letter) { return letter.family == *family; });
-    letters_.insert(letters_.begin(), {*family, Progress::kDue});
+    std::erase_if(letters, [&](const Letter& letter) { return letter.family == *family; });
+    letters.insert(letters.begin(), {*family, Progress::kDue});
 }
 
 Json ApplicationCpu::State() const
 {
     static constexpr std::string_view kProgress[] = {"due", "sent", "acknowledged"};
     Json state = Json::object();
-    for (const Letter& letter : letters_)
+    for (const Letter& letter : letters)
         state[NameOf(letter.family)] = kProgress[static_cast<size_t>(letter.progress)];
     return state;
 }

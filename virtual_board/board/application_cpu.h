@@ -29,7 +29,7 @@ struct Received {
 
 class ApplicationCpu {
 public:
-    ApplicationCpu(const BoardDescription& spec, Faults& faults, Journal& journal);
+    ApplicationCpu(const BoardDescription& board, Faults& activeFaults, Journal& boardJournal);
 
     // The calls of one mailbox socket, each 0 or errno. Send: `taken` is the number of bytes that
     // count as sent.
@@ -59,10 +59,10 @@ private:
     Received Deliver(MailboxEnd& end, Letter& letter);
     int Acknowledge(MailboxEnd& end, std::span<const uint8_t> message);
 
-    const BoardDescription& spec_;
-    Faults& faults_;
-    Journal& journal_;
-    std::vector<Letter> letters_;
+    const BoardDescription& spec;
+    Faults& faults;
+    Journal& journal;
+    std::vector<Letter> letters;
 };
 
 }  // namespace vboard

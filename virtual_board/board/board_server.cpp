@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 #include <algorithm>
@@ -9,28 +10,58 @@
 #include <cstring>
 #include <system_error>
 
+#include "virtual_board/board/control.h"
+
 namespace vboard {
 namespace {
 
 constexpr size_t kControlPacket = 32768;
 
-[[noreturn]] void Fail(const std::string& what)
+[[noreturn]] void Fail(const std::string& what, int error = errno)
 {
-    throw std::system_error(errno, std::generic_category(), what);
+    throw std::system_error(error, std::generic_category(), what);
+}
+
+UniqueFd MakeSocket(const std::string& path)
+{
+    UniqueFd fd{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
+    if (!fd)
+        Fail(path);
+    return fd;
+}
+
+bool Bind(const UniqueFd& fd, const sockaddr_un& address)
+{
+    return bind(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+// A socket that a killed board has left: nobody listens there any more. Connecting to a file of
+// another kind is refused as well.
+bool IsDeserted(const sockaddr_un& address)
+{
+    struct stat file {};
+    if (lstat(address.sun_path, &file) != 0 || !S_ISSOCK(file.st_mode))
+        return false;
+    const UniqueFd fd = MakeSocket(address.sun_path);
+    return connect(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
+           errno == ECONNREFUSED;
 }
 
 UniqueFd Listen(const std::string& path)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        errno = ENAMETOOLONG;
-        Fail(path);
-    }
+    if (path.size() >= sizeof address.sun_path)
+        Fail(path, ENAMETOOLONG);
     path.copy(address.sun_path, sizeof address.sun_path - 1);
-    UniqueFd fd{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
-    if (!fd || bind(fd.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
-        Fail(path);
+    UniqueFd fd = MakeSocket(path);
+    if (!Bind(fd, address)) {
+        const int error = errno;
+        if (error != EADDRINUSE || !IsDeserted(address) || unlink(path.c_str()) != 0)
+            Fail(path, error);
+        if (!Bind(fd, address))
+            Fail(path);
+    }
     if (listen(fd.Get(), SOMAXCONN) != 0)
         Fail(path);
     return fd;
@@ -52,7 +83,7 @@ bool IsControl(std::span<const uint8_t> packet, wire::Request& request)
 }
 
 // Until something is ready, or until the traffic has to go on.
-int Wait(std::vector<pollfd>& polled, const Background* traffic)
+int Wait(std::vector<pollfd>& polled, const Cables* traffic)
 {
     const auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
     timespec time{};
@@ -65,25 +96,25 @@ int Wait(std::vector<pollfd>& polled, const Background* traffic)
 
 }  // namespace
 
-BoardServer::BoardServer(VirtualBoard& board, std::string path)
-    : board_{board}, path_{std::move(path)}, listener_{Listen(path_)}
+BoardServer::BoardServer(VirtualBoard& served, std::string socketPath)
+    : board{served}, path{std::move(socketPath)}, listener{Listen(path)}
 {
 }
 
 BoardServer::~BoardServer()
 {
-    unlink(path_.c_str());
+    unlink(path.c_str());
 }
 
 void BoardServer::Accept()
 {
     for (;;) {
-        UniqueFd fd{accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
+        UniqueFd fd{accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
         if (!fd)
             return;
         Client client{PeerPid(fd.Get())};
-        sessions_.push_back({std::move(fd), client});
-        ReadPackets(sessions_.back());
+        sessions.push_back({std::move(fd), client});
+        ReadPackets(sessions.back());
     }
 }
 
@@ -109,16 +140,17 @@ void BoardServer::HandlePacket(Session& session, std::span<const uint8_t> packet
     bool fresh = session.client.role == Client::Role::kNone;
     if (fresh && IsControl(packet, request))
         return HandleControl(session, packet.subspan(sizeof request));
-    if (auto answer = board_.Handle(session.client, packet))
+    if (auto answer = board.Handle(session.client, packet))
         Queue(session, *answer);
     else
-        session.waitingSince = nextTicket_++;
+        session.waitingSince = nextTicket++;
 }
 
 void BoardServer::HandleControl(Session& session, std::span<const uint8_t> json)
 {
     Json command = Json::parse(json.begin(), json.end(), nullptr, false);
-    std::string text = board_.Control(command).dump();
+    const std::string text =
+        Control(board, command).dump(-1, ' ', false, Json::error_handler_t::replace);
     for (size_t at = 0; at < text.size(); at += kControlPacket) {
         std::string part = text.substr(at, kControlPacket);
         session.outbox.emplace_back(part.begin(), part.end());
@@ -154,43 +186,41 @@ void BoardServer::Flush(Session& session)
 void BoardServer::ServeWaiting()
 {
     std::vector<Session*> waiting;
-    for (Session& session : sessions_)
+    for (Session& session : sessions)
         if (session.waitingSince != 0 && !session.gone)
             waiting.push_back(&session);
     std::ranges::sort(waiting, std::less<>{}, &Session::waitingSince);
     for (Session* session : waiting)
-        if (auto answer = board_.Retry(session->client))
+        if (auto answer = board.Retry(session->client))
             Queue(*session, *answer);
 }
 
 void BoardServer::DropGone()
 {
-    for (auto session = sessions_.begin(); session != sessions_.end();) {
+    for (auto session = sessions.begin(); session != sessions.end();) {
         if (!session->gone) {
             ++session;
             continue;
         }
-        board_.Closed(session->client);
-        session = sessions_.erase(session);
+        board.Closed(session->client);
+        session = sessions.erase(session);
     }
 }
 
 void BoardServer::PollOnce(int wakeFd, bool& woken)
 {
-    std::vector<pollfd> polled = {{wakeFd, POLLIN, 0}, {listener_.Get(), POLLIN, 0}};
+    std::vector<pollfd> polled = {{wakeFd, POLLIN, 0}, {listener.Get(), POLLIN, 0}};
     std::vector<Session*> order;
-    for (Session& session : sessions_) {
+    for (Session& session : sessions) {
         short events = session.outbox.empty() ? POLLIN : POLLOUT;
         polled.push_back({session.fd.Get(), events, 0});
         order.push_back(&session);
     }
-    Background* traffic = board_.Traffic();
+    Cables* traffic = board.Plugged();
     if (traffic != nullptr)
         polled.push_back({traffic->Fd(), POLLIN, 0});
     if (Wait(polled, traffic) < 0)
         return;
-    if (traffic != nullptr)
-        traffic->Serve();
     woken = polled[0].revents != 0;
     for (size_t i = 0; i < order.size(); ++i) {
         short happened = polled[i + 2].revents;
@@ -201,6 +231,9 @@ void BoardServer::PollOnce(int wakeFd, bool& woken)
     }
     if (polled[1].revents != 0)
         Accept();
+    // Last, so that what clients have changed shows at the cables at once.
+    if (traffic != nullptr)
+        traffic->Serve();
 }
 
 void BoardServer::Run(int wakeFd, const std::function<bool()>& stop)

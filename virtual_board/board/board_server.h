@@ -17,7 +17,7 @@ namespace vboard {
 class BoardServer {
 public:
     // Listens at the path, which goes with the server. Throws std::system_error.
-    BoardServer(VirtualBoard& board, std::string path);
+    BoardServer(VirtualBoard& served, std::string socketPath);
     ~BoardServer();
 
     // Serves until stop, called whenever `wakeFd` is readable, says true.
@@ -43,11 +43,11 @@ private:
     void DropGone();
     void PollOnce(int wakeFd, bool& woken);
 
-    VirtualBoard& board_;
-    std::string path_;
-    UniqueFd listener_;
-    std::list<Session> sessions_;
-    uint64_t nextTicket_ = 1;
+    VirtualBoard& board;
+    std::string path;
+    UniqueFd listener;
+    std::list<Session> sessions;
+    uint64_t nextTicket = 1;
 };
 
 }  // namespace vboard

@@ -10,9 +10,12 @@ constexpr unsigned kBestSpeed = 1;
 
 Device MakeSwitch(const SwitchDescription& spec, size_t index)
 {
-    Device device{"sw" + std::to_string(index), &spec.wiring, nullptr};
-    if (spec.wiring.chip == "vswitch")
-        device.chip = std::make_unique<VswitchChip>(spec.internalPort);
+    Device device{"sw" + std::to_string(index), &spec.wiring, nullptr, nullptr};
+    if (spec.wiring.chip == "vswitch") {
+        auto chip = std::make_unique<VswitchChip>(spec.internalPort);
+        device.switchChip = chip.get();
+        device.chip = std::move(chip);
+    }
     for (uint32_t port : spec.linksUp)
         if (device.chip)
             device.chip->SetLink(port, true, kBestSpeed, true);
@@ -34,7 +37,7 @@ PhyConfig ConfigOf(const PhyDescription& spec)
 
 Device MakePhy(const PhyDescription& spec, size_t index)
 {
-    Device device{"phy" + std::to_string(index), &spec.wiring, nullptr};
+    Device device{"phy" + std::to_string(index), &spec.wiring, nullptr, nullptr};
     if (spec.wiring.chip == "ieee8023")
         device.chip = std::make_unique<PhyModel>(ConfigOf(spec));
     return device;

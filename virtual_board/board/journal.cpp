@@ -8,12 +8,12 @@ namespace vboard {
 
 int Journal::Note(JournalEntry entry)
 {
-    if (entries_.size() >= capacity_) {
-        entries_.pop_front();
-        ++dropped_;
+    if (entries.size() >= capacity) {
+        entries.pop_front();
+        ++dropped;
     }
     int error = entry.error;
-    entries_.push_back({next_++, clock_.Now(), pid_, std::move(entry)});
+    entries.push_back({next++, clock.Now(), pid, std::move(entry)});
     return error;
 }
 
@@ -34,19 +34,19 @@ Json Journal::ShowEntry(const Stamped& stamped)
 
 Json Journal::Show(const JournalQuery& query) const
 {
-    Json entries = Json::array();
+    Json shown = Json::array();
     auto wanted = [&](const Stamped& one) { return !query.kind || one.entry.kind == *query.kind; };
-    auto matching = static_cast<size_t>(std::count_if(entries_.begin(), entries_.end(), wanted));
+    auto matching = static_cast<size_t>(std::count_if(entries.begin(), entries.end(), wanted));
     size_t skip = matching > query.tail ? matching - query.tail : 0;
-    for (const Stamped& one : entries_) {
+    for (const Stamped& one : entries) {
         if (!wanted(one))
             continue;
         if (skip > 0)
             --skip;
         else
-            entries.push_back(ShowEntry(one));
+            shown.push_back(ShowEntry(one));
     }
-    return {{"dropped", dropped_}, {"entries", std::move(entries)}};
+    return {{"dropped", dropped}, {"entries", std::move(shown)}};
 }
 
 std::string ErrnoName(int error)

@@ -37,19 +37,19 @@ struct JournalQuery {
 
 class Journal {
 public:
-    explicit Journal(const BoardClock& clock, size_t capacity = 16384)
-        : clock_{clock}, capacity_{capacity}
+    explicit Journal(const BoardClock& boardClock, size_t limit = 16384)
+        : clock{boardClock}, capacity{limit}
     {
     }
 
     // Whose call the entries that follow belong to; 0 = the board's own.
-    void SetCaller(pid_t pid) { pid_ = pid; }
+    void SetCaller(pid_t caller) { pid = caller; }
 
     // Returns entry.error, so that a call can be noted and ended in one statement.
     int Note(JournalEntry entry);
 
-    uint64_t Dropped() const { return dropped_; }
-    size_t Size() const { return entries_.size(); }
+    uint64_t Dropped() const { return dropped; }
+    size_t Size() const { return entries.size(); }
 
     // {"dropped": n, "entries": [{"number", "timeNs", "pid", "kind", "call", "facts", "result",
     // "note"}...]}
@@ -64,12 +64,12 @@ private:
     };
     static Json ShowEntry(const Stamped& stamped);
 
-    const BoardClock& clock_;
-    size_t capacity_;
-    pid_t pid_ = 0;
-    uint64_t next_ = 1;
-    uint64_t dropped_ = 0;
-    std::deque<Stamped> entries_;
+    const BoardClock& clock;
+    size_t capacity;
+    pid_t pid = 0;
+    uint64_t next = 1;
+    uint64_t dropped = 0;
+    std::deque<Stamped> entries;
 };
 
 // "EIO" for an errno, "ok" for 0.

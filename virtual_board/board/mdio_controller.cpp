@@ -11,9 +11,14 @@ constexpr uint16_t kNobodyAnswers = 0xFFFF;  // the pulled-up bus
 
 }  // namespace
 
-MdioController::MdioController(const std::vector<Device>& devices, uint32_t buses, Faults& faults,
-                               Journal& journal, const BoardClock& clock)
-    : devices_{devices}, buses_{buses}, faults_{faults}, journal_{journal}, clock_{clock}
+MdioController::MdioController(const std::vector<Device>& boardDevices, uint32_t busCount,
+                               Faults& activeFaults, Journal& boardJournal,
+                               const BoardClock& boardClock)
+    : devices{boardDevices},
+      buses{busCount},
+      faults{activeFaults},
+      journal{boardJournal},
+      clock{boardClock}
 {
 }
 
@@ -26,12 +31,12 @@ int MdioController::Decode(const wire::MiiAccess& access, Target& target) const
     unsigned highest = target.clause45 ? 0x3FF : 31;
     if (rest > highest || (!target.clause45 && access.reg > kMaxClause22))
         return EINVAL;
-    return access.bus < buses_ ? 0 : ENODEV;
+    return access.bus < buses ? 0 : ENODEV;
 }
 
 MdioDevice* MdioController::Find(uint16_t bus, uint8_t address) const
 {
-    for (const Device& device : devices_)
+    for (const Device& device : devices)
         if (device.wiring->mdioBus == bus && device.wiring->mdioAddr == address)
             return device.chip.get();
     return nullptr;
@@ -40,7 +45,7 @@ MdioDevice* MdioController::Find(uint16_t bus, uint8_t address) const
 bool MdioController::Run(MdioDevice& chip, const Target& target, wire::MiiAccess& access) const
 {
     auto reg22 = static_cast<uint8_t>(access.reg);
-    chip.Advance(clock_.Now());
+    chip.Advance(clock.Now());
     if (access.write != 0)
         return target.clause45 ? chip.Write45(target.mmd, access.reg, access.valueIn)
                                : chip.Write22(reg22, access.valueIn);
@@ -51,7 +56,7 @@ bool MdioController::Run(MdioDevice& chip, const Target& target, wire::MiiAccess
 
 int MdioController::Reach(const Target& target, wire::MiiAccess& access, std::string& note)
 {
-    if (auto error = faults_.Strike(FaultId::kMdioError)) {
+    if (auto error = faults.Strike(FaultId::kMdioError)) {
         note = "fault";
         return static_cast<int>(*error);
     }
@@ -82,7 +87,7 @@ int MdioController::Access(wire::MiiAccess& access)
         entry.facts["value"] = access.valueIn;
     else if (entry.error == 0)
         entry.facts["value"] = access.valueOut;
-    return journal_.Note(std::move(entry));
+    return journal.Note(std::move(entry));
 }
 
 }  // namespace vboard

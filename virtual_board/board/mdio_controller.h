@@ -14,17 +14,20 @@
 
 namespace vboard {
 
+class VswitchChip;
+
 // A device of the board under the name that `control` uses.
 struct Device {
     std::string name;  // "sw0", "phy1"
     const Wiring* wiring;
-    std::unique_ptr<MdioDevice> chip;  // null: the board file says that no chip is there
+    std::unique_ptr<MdioDevice> chip;   // null: the board file says that no chip is there
+    VswitchChip* switchChip = nullptr;  // the same, when it forwards frames
 };
 
 class MdioController {
 public:
-    MdioController(const std::vector<Device>& devices, uint32_t buses, Faults& faults,
-                   Journal& journal, const BoardClock& clock);
+    MdioController(const std::vector<Device>& boardDevices, uint32_t busCount, Faults& activeFaults,
+                   Journal& boardJournal, const BoardClock& boardClock);
 
     // One request; 0 or errno. A read leaves its value in access.valueOut.
     int Access(wire::MiiAccess& access);
@@ -40,11 +43,11 @@ private:
     bool Run(MdioDevice& chip, const Target& target, wire::MiiAccess& access) const;
     int Reach(const Target& target, wire::MiiAccess& access, std::string& note);
 
-    const std::vector<Device>& devices_;
-    uint32_t buses_;
-    Faults& faults_;
-    Journal& journal_;
-    const BoardClock& clock_;
+    const std::vector<Device>& devices;
+    uint32_t buses;
+    Faults& faults;
+    Journal& journal;
+    const BoardClock& clock;
 };
 
 }  // namespace vboard

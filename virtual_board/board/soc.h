@@ -18,8 +18,8 @@ namespace vboard {
 
 class Soc {
 public:
-    Soc(const BoardDescription& spec, const std::vector<Device>& devices, Faults& faults,
-        Journal& journal, const BoardClock& clock);
+    Soc(const BoardDescription& spec, const std::vector<Device>& boardDevices, Faults& activeFaults,
+        Journal& boardJournal, const BoardClock& boardClock);
 
     // Each 0 or errno.
     int OpenLaneDriver();
@@ -30,7 +30,7 @@ public:
     int OpenAttributeForWriting(wire::Attribute attribute);
     int WriteAttribute(wire::Attribute attribute, std::string_view text);
 
-    void SetBattery(uint32_t value) { battery_ = value; }
+    void SetBattery(uint32_t value) { battery = value; }
 
     Json State() const;
 
@@ -45,18 +45,18 @@ private:
         uint32_t duplex = 0;
         uint32_t reconfigurations = 0;
     };
-    void SetResetLine(uint32_t pin, bool released);
+    void SetResetLine(uint32_t pin, bool high);
     Json ShowLanes() const;
     Json ShowInterfaces() const;
 
-    const std::vector<Device>& devices_;
-    Faults& faults_;
-    Journal& journal_;
-    const BoardClock& clock_;
-    uint32_t battery_;
-    std::array<bool, 2> released_{};
-    std::array<Interface, 2> interfaces_{};
-    std::map<uint32_t, uint32_t> laneResets_;
+    const std::vector<Device>& devices;
+    Faults& faults;
+    Journal& journal;
+    const BoardClock& clock;
+    uint32_t battery;
+    std::array<bool, 2> released{};
+    std::array<Interface, 2> interfaces{};
+    std::map<uint32_t, uint32_t> laneResets;
 };
 
 }  // namespace vboard

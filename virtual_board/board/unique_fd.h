@@ -10,24 +10,24 @@ namespace vboard {
 class UniqueFd {
 public:
     UniqueFd() = default;
-    explicit UniqueFd(int fd) : fd_{fd} {}
-    UniqueFd(UniqueFd&& other) noexcept : fd_{std::exchange(other.fd_, -1)} {}
+    explicit UniqueFd(int owned) : fd{owned} {}
+    UniqueFd(UniqueFd&& other) noexcept : fd{std::exchange(other.fd, -1)} {}
     UniqueFd& operator=(UniqueFd&& other) noexcept
     {
-        std::swap(fd_, other.fd_);
+        std::swap(fd, other.fd);
         return *this;
     }
     ~UniqueFd()
     {
-        if (fd_ >= 0)
-            close(fd_);
+        if (fd >= 0)
+            close(fd);
     }
 
-    int Get() const { return fd_; }
-    explicit operator bool() const { return fd_ >= 0; }
+    int Get() const { return fd; }
+    explicit operator bool() const { return fd >= 0; }
 
 private:
-    int fd_ = -1;
+    int fd = -1;
 };
 
 }  // namespace vboard

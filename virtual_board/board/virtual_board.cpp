@@ -40,23 +40,21 @@ bool IsAttribute(uint32_t arg)
 
 }  // namespace
 
-VirtualBoard::VirtualBoard(BoardDescription spec, double timeScale)
-    : spec_{std::move(spec)},
-      clock_{timeScale},
-      devices_{MakeDevices(spec_)},
-      applicationCpu_{spec_, faults_, journal_},
-      mdio_{devices_, spec_.mdioBuses, faults_, journal_, clock_},
-      soc_{spec_, devices_, faults_, journal_, clock_}
+VirtualBoard::VirtualBoard(BoardDescription description, double timeScale)
+    : spec{std::move(description)},
+      clock{timeScale},
+      devices{MakeDevices(spec)},
+      applicationCpu{spec, faults, journal},
+      mdio{devices, spec.mdioBuses, faults, journal, clock},
+      soc{spec, devices, faults, journal, clock}
 {
-    for (const Fault& fault : spec_.faults)
-        faults_.Add(fault);
-    if (spec_.tapPorts)
-        lans_ = std::make_unique<cables::Lans>(spec_, devices_, clock_);
+    for (const Fault& fault : spec.faults)
+        faults.Add(fault);
 }
 
 std::optional<Answer> VirtualBoard::Handle(Client& client, std::span<const uint8_t> packet)
 {
-    journal_.SetCaller(client.pid);
+    journal.SetCaller(client.pid);
     if (client.role == Client::Role::kAttribute)
         return WriteAttribute(client, packet);
     wire::Request request{};
@@ -83,14 +81,13 @@ std::optional<Answer> VirtualBoard::Call(Client& client, const wire::Request& re
         case wire::Op::kGmac:
             return CallGmac(data);
         case wire::Op::kInterface:
-            return Outcome(soc_.SetInterface(wire::InterfaceIndex(request.arg),
-                                             wire::InterfaceUp(request.arg)));
+            return Outcome(soc.SetInterface(wire::InterfaceIndex(request.arg),
+                                            wire::InterfaceUp(request.arg)));
         case wire::Op::kLaneOpen:
         case wire::Op::kAttributeWrite:
             return OpenFile(client, request);
         case wire::Op::kLaneReset:
-            return Outcome(client.role == Client::Role::kLane ? soc_.ResetLane(request.arg)
-                                                              : EBADF);
+            return Outcome(client.role == Client::Role::kLane ? soc.ResetLane(request.arg) : EBADF);
         case wire::Op::kAttributeRead:
             return CallAttributeRead(request.arg);
         default:
@@ -102,7 +99,7 @@ std::optional<Answer> VirtualBoard::CallMailbox(Client& client, const wire::Requ
                                                 std::span<const uint8_t> data)
 {
     if (request.op == wire::Op::kSocket) {
-        int error = applicationCpu_.Open(static_cast<int>(request.arg));
+        int error = applicationCpu.Open(static_cast<int>(request.arg));
         if (error == 0)
             client.role = Client::Role::kMailbox;
         return Outcome(error);
@@ -110,10 +107,10 @@ std::optional<Answer> VirtualBoard::CallMailbox(Client& client, const wire::Requ
     if (client.role != Client::Role::kMailbox)
         return Outcome(EBADF);
     if (request.op == wire::Op::kBind)
-        return Outcome(applicationCpu_.Bind(client.mailbox, data));
+        return Outcome(applicationCpu.Bind(client.mailbox, data));
     if (request.op == wire::Op::kSend) {
         size_t taken = 0;
-        int error = applicationCpu_.Send(client.mailbox, data, taken);
+        int error = applicationCpu.Send(client.mailbox, data, taken);
         return Outcome(error, static_cast<int32_t>(taken));
     }
     auto answer = Retry(client);
@@ -126,8 +123,8 @@ std::optional<Answer> VirtualBoard::CallMailbox(Client& client, const wire::Requ
 
 std::optional<Answer> VirtualBoard::Retry(Client& client)
 {
-    journal_.SetCaller(client.pid);
-    auto received = applicationCpu_.Receive(client.mailbox);
+    journal.SetCaller(client.pid);
+    auto received = applicationCpu.Receive(client.mailbox);
     if (!received)
         return std::nullopt;
     Answer answer = Outcome(received->error, static_cast<int32_t>(received->message.size()));
@@ -140,7 +137,7 @@ Answer VirtualBoard::CallMii(std::span<const uint8_t> data)
     wire::MiiAccess access{};
     if (!Read(data, access))
         return Outcome(EPROTO);
-    Answer answer = Outcome(mdio_.Access(access));
+    Answer answer = Outcome(mdio.Access(access));
     answer.data = Bytes(access.valueOut);
     return answer;
 }
@@ -151,7 +148,7 @@ Answer VirtualBoard::CallGmac(std::span<const uint8_t> data)
     if (!Read(data, request))
         return Outcome(EPROTO);
     int32_t result = 0;
-    Answer answer = Outcome(soc_.ReconfigureGmac(request, result));
+    Answer answer = Outcome(soc.ReconfigureGmac(request, result));
     answer.data = Bytes(result);
     return answer;
 }
@@ -161,7 +158,7 @@ Answer VirtualBoard::CallAttributeRead(uint32_t arg)
     if (!IsAttribute(arg))
         return Outcome(ENOENT);
     std::string text;
-    int error = soc_.ReadAttribute(static_cast<wire::Attribute>(arg), text);
+    int error = soc.ReadAttribute(static_cast<wire::Attribute>(arg), text);
     Answer answer = Outcome(error, static_cast<int32_t>(text.size()));
     answer.data.assign(text.begin(), text.end());
     return answer;
@@ -170,7 +167,7 @@ Answer VirtualBoard::CallAttributeRead(uint32_t arg)
 Answer VirtualBoard::OpenFile(Client& client, const wire::Request& request)
 {
     if (request.op == wire::Op::kLaneOpen) {
-        int error = soc_.OpenLaneDriver();
+        int error = soc.OpenLaneDriver();
         if (error == 0)
             client.role = Client::Role::kLane;
         return Outcome(error);
@@ -178,7 +175,7 @@ Answer VirtualBoard::OpenFile(Client& client, const wire::Request& request)
     if (!IsAttribute(request.arg))
         return Outcome(ENOENT);
     client.attribute = static_cast<wire::Attribute>(request.arg);
-    int error = soc_.OpenAttributeForWriting(client.attribute);
+    int error = soc.OpenAttributeForWriting(client.attribute);
     if (error == 0)
         client.role = Client::Role::kAttribute;
     return Outcome(error);
@@ -187,15 +184,15 @@ Answer VirtualBoard::OpenFile(Client& client, const wire::Request& request)
 Answer VirtualBoard::WriteAttribute(Client& client, std::span<const uint8_t> text)
 {
     std::string_view written{reinterpret_cast<const char*>(text.data()), text.size()};
-    int error = soc_.WriteAttribute(client.attribute, written);
+    int error = soc.WriteAttribute(client.attribute, written);
     return Outcome(error, static_cast<int32_t>(text.size()));
 }
 
 void VirtualBoard::Closed(Client& client)
 {
-    journal_.SetCaller(client.pid);
+    journal.SetCaller(client.pid);
     if (client.role == Client::Role::kMailbox)
-        applicationCpu_.Close(client.mailbox);
+        applicationCpu.Close(client.mailbox);
 }
 
 }  // namespace vboard

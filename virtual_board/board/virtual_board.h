@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "virtual_board/board/application_cpu.h"
+#include "virtual_board/board/cables.h"
 #include "virtual_board/board/mdio_controller.h"
 #include "virtual_board/board/soc.h"
 #include "virtual_board/board/wire.h"
-#include "virtual_board/cables/lans.h"
 
 namespace vboard {
 
@@ -36,7 +36,7 @@ struct Answer {
 
 class VirtualBoard {
 public:
-    VirtualBoard(BoardDescription spec, double timeScale);
+    VirtualBoard(BoardDescription description, double timeScale);
 
     // One packet of a client. nullopt: the answer comes later, from Retry.
     std::optional<Answer> Handle(Client& client, std::span<const uint8_t> packet);
@@ -44,15 +44,20 @@ public:
     std::optional<Answer> Retry(Client& client);
     void Closed(Client& client);
 
-    // The traffic between the ports of the switches; null: the ports have no interfaces.
-    Background* Traffic() { return lans_.get(); }
+    // Plugs the cables in, which must stay as long as the board is served.
+    void Plug(Cables& plugged) { cables = &plugged; }
+    // Null: the ports have no interfaces.
+    Cables* Plugged() const { return cables; }
 
-    // A command of `orblink-vboard control` and its answer, both JSON; see board_control.cpp.
-    Json Control(const Json& command);
+    const BoardDescription& Description() const { return spec; }
+    const BoardClock& Clock() const { return clock; }
+    const std::vector<Device>& Devices() const { return devices; }
+    Journal& Log() { return journal; }
+    Faults& ActiveFaults() { return faults; }
+    ApplicationCpu& Cpu() { return applicationCpu; }
+    Soc& SystemOnChip() { return soc; }
 
 private:
-    friend class BoardControl;
-
     std::optional<Answer> Call(Client& client, const wire::Request& request,
                                std::span<const uint8_t> data);
     std::optional<Answer> CallMailbox(Client& client, const wire::Request& request,
@@ -63,15 +68,15 @@ private:
     Answer OpenFile(Client& client, const wire::Request& request);
     Answer WriteAttribute(Client& client, std::span<const uint8_t> text);
 
-    BoardDescription spec_;
-    BoardClock clock_;
-    Journal journal_{clock_};
-    Faults faults_;
-    std::vector<Device> devices_;
-    ApplicationCpu applicationCpu_;
-    MdioController mdio_;
-    Soc soc_;
-    std::unique_ptr<cables::Lans> lans_;
+    BoardDescription spec;
+    BoardClock clock;
+    Journal journal{clock};
+    Faults faults;
+    std::vector<Device> devices;
+    ApplicationCpu applicationCpu;
+    MdioController mdio;
+    Soc soc;
+    Cables* cables = nullptr;
 };
 
 }  // namespace vboard

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 #include "virtual_board/cables/network_namespace.h"
 
@@ -17,8 +19,10 @@ using datapath::Wires;
 using vswitch::kPorts;
 
 constexpr unsigned kBestSpeed = 1;
-constexpr int kBatch = 64;
-constexpr int kRounds = 16;
+constexpr size_t kMaxLans = 2;
+// A client of the board waits no longer than a turn and one round of batches.
+constexpr std::chrono::microseconds kTurn{250};
+constexpr int kBatch = 8;
 constexpr size_t kRoom = 65536;
 
 // What an event of the interfaces is about.
@@ -40,6 +44,7 @@ struct Lans::Lan : public Wires {
     VswitchChip& chip;
     size_t index;
     std::array<Port, kPorts> ports;
+    std::optional<uint32_t> linksShown;  // of the chip's changes
     SwitchEngine engine{chip, *this};
     std::array<uint8_t, kRoom> room;
 };
@@ -51,8 +56,8 @@ Lans::Lans(const BoardDescription& spec, const std::vector<Device>& devices,
     if (!events)
         throw std::system_error(errno, std::generic_category(), "epoll");
     for (size_t i = 0; i < spec.switches.size(); ++i) {
-        if (auto* chip = dynamic_cast<VswitchChip*>(devices[i].chip.get()))
-            MakeHosts(MakeLan(spec.switches[i], devices[i], *chip));
+        if (devices[i].switchChip != nullptr)
+            MakeHosts(MakeLan(spec.switches[i], devices[i], *devices[i].switchChip));
     }
 }
 
@@ -125,16 +130,19 @@ std::optional<std::chrono::nanoseconds> Lans::Wait() const
 
 void Lans::Serve()
 {
-    for (int round = 0; round < kRounds; ++round) {
-        std::array<epoll_event, 2 * kPorts> ready;
+    const auto end = std::chrono::steady_clock::now() + kTurn;
+    do {
+        std::array<epoll_event, 2 * kPorts * kMaxLans> ready;
         const int count = epoll_wait(events.Get(), ready.data(), ready.size(), 0);
         for (int i = 0; i < count; ++i)
             Handle(ready[i].data.u64);
         if (count <= 0)
             break;
-    }
-    for (const auto& lan : lans)
+    } while (std::chrono::steady_clock::now() < end);
+    for (const auto& lan : lans) {
         lan->engine.Transmit(clock.Now());
+        ShowLinks(*lan);
+    }
 }
 
 void Lans::Handle(uint64_t mark)
@@ -149,14 +157,27 @@ void Lans::Handle(uint64_t mark)
 
 void Lans::ReadFrames(Lan& lan, unsigned port)
 {
+    TapPort& tap = *lan.ports[port].tap;
     for (int i = 0; i < kBatch; ++i) {
-        const Bytes frame = lan.ports[port].tap->Read(lan.room);
-        if (frame.empty())
+        const Bytes frame = tap.Read(lan.room);
+        if (frame.empty()) {
+            if (tap.IsGone())
+                Unplug(lan, port);
             return;
+        }
         const auto now = clock.Now();
         lan.chip.Advance(now);
         lan.engine.Receive(port, frame, now);
     }
+}
+
+// What a deleted interface has ready is an error, for ever.
+void Lans::Unplug(Lan& lan, unsigned port)
+{
+    const TapPort& tap = *lan.ports[port].tap;
+    for (const int fd : {tap.FrameFd(), tap.ChangeFd()})
+        epoll_ctl(events.Get(), EPOLL_CTL_DEL, fd, nullptr);
+    FollowInterface(lan, port);
 }
 
 void Lans::FollowInterface(Lan& lan, unsigned port)
@@ -165,25 +186,28 @@ void Lans::FollowInterface(Lan& lan, unsigned port)
     lan.chip.SetPartnerPower(port, lan.ports[port].tap->IsUp());
 }
 
-Json Lans::Show() const
+void Lans::ShowLinks(Lan& lan)
 {
-    Json shown = Json::array();
-    for (const auto& lan : lans) {
-        for (const Port& port : lan->ports)
-            shown.push_back({{"host", port.spec.host},
-                             {"interface", port.spec.interface},
-                             {"port", port.name},
-                             {"address", port.spec.address}});
+    if (lan.linksShown == lan.chip.ForwardingChanges())
+        return;
+    const vswitch::ForwardingView& view = lan.chip.Forwarding();
+    for (unsigned p = 0; p < kPorts; ++p) {
+        const auto& rules = view.ports[p];
+        const Shown now{(view.links & vswitch::MaskOf(p)) != 0, rules.megabits, rules.fullDuplex};
+        if (std::exchange(lan.ports[p].shown, now) != now)
+            lan.ports[p].tap->ShowLink(now.up, now.megabits, now.fullDuplex);
     }
-    return shown;
+    lan.linksShown = lan.chip.ForwardingChanges();
 }
 
-std::string Lans::HostNames() const
+std::vector<CableEnd> Lans::Ends() const
 {
-    std::string names;
-    for (const Host& host : hosts)
-        names += (names.empty() ? "" : ", ") + host.name;
-    return names.empty() ? "none" : names;
+    std::vector<CableEnd> ends;
+    for (const auto& lan : lans) {
+        for (const Port& port : lan->ports)
+            ends.push_back({port.name, port.spec.interface, port.spec.host, port.spec.address});
+    }
+    return ends;
 }
 
 int Lans::NetworkOf(const std::string& host) const

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "virtual_board/board/background.h"
 #include "virtual_board/board/board_clock.h"
+#include "virtual_board/board/cables.h"
 #include "virtual_board/board/journal.h"
 #include "virtual_board/board/mdio_controller.h"
 #include "virtual_board/cables/tap_port.h"
@@ -15,7 +15,7 @@
 
 namespace vboard::cables {
 
-class Lans : public Background {
+class Lans : public Cables {
 public:
     // Makes the interfaces and namespaces of every VS08 on the board. Throws std::system_error.
     Lans(const BoardDescription& spec, const std::vector<Device>& devices, const BoardClock& clock);
@@ -25,17 +25,22 @@ public:
     std::optional<std::chrono::nanoseconds> Wait() const override;
     void Serve() override;
 
-    // [{"host", "interface", "port", "address"}]
-    Json Show() const;
-    std::string HostNames() const;
-    // The descriptor of a host's namespace; -1: no such host.
-    int NetworkOf(const std::string& host) const;
+    std::vector<CableEnd> Ends() const override;
+    int NetworkOf(const std::string& host) const override;
 
 private:
+    // What an interface was last told of its cable; it begins with a carrier.
+    struct Shown {
+        bool up = true;
+        uint32_t megabits = 0;
+        bool fullDuplex = true;
+        bool operator==(const Shown&) const = default;
+    };
     struct Port {
         PortDescription spec;
         std::string name;  // "sw0:2"
         std::unique_ptr<TapPort> tap;
+        Shown shown = {};
     };
     struct Lan;
     struct Host {
@@ -49,7 +54,9 @@ private:
     void Add(int fd, uint64_t mark);
     void Handle(uint64_t mark);
     void ReadFrames(Lan& lan, unsigned port);
+    void Unplug(Lan& lan, unsigned port);
     void FollowInterface(Lan& lan, unsigned port);
+    void ShowLinks(Lan& lan);
 
     const BoardClock& clock;
     UniqueFd events;

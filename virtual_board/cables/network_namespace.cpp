@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 
@@ -42,6 +43,17 @@ void EnterNetwork(pid_t holder, int fd)
     const UniqueFd network{open(path.c_str(), O_RDONLY | O_CLOEXEC)};
     if (!network || setns(network.Get(), CLONE_NEWNET) != 0)
         Fail("cannot enter the network namespace of the host");
+}
+
+void ShowOwnInterfaces()
+{
+    if (unshare(CLONE_NEWNS) != 0)
+        return;
+    // In a chroot there is no mount at the root (EINVAL) and nothing that could spread.
+    if (mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) != 0 && errno != EINVAL)
+        return;
+    // Refused where the machine hides parts of its /sys; the host's interfaces stay hidden then.
+    static_cast<void>(mount("sysfs", "/sys", "sysfs", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr));
 }
 
 void KeepRightsAcrossExec()

@@ -17,6 +17,10 @@ UniqueFd MakeNetwork(const std::function<void()>& body);
 // std::system_error.
 void EnterNetwork(pid_t holder, int fd);
 
+// Gives the calling process a /sys that shows the interfaces of its network namespace. Where mounts
+// are not allowed it goes on showing those of the machine.
+void ShowOwnInterfaces();
+
 // Lets what this process executes next keep the rights that it has in the board's user namespace.
 void KeepRightsAcrossExec();
 

@@ -1,9 +1,11 @@
 #include "virtual_board/cables/tap_port.h"
 
 #include <fcntl.h>
+#include <linux/ethtool.h>
 #include <linux/if_tun.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
+#include <linux/sockios.h>
 #include <net/if.h>
 #include <net/if_arp.h>
 #include <sys/ioctl.h>
@@ -138,6 +140,7 @@ TapPort::TapPort(const PortDescription& spec)
 std::span<const uint8_t> TapPort::Read(std::span<uint8_t> room)
 {
     const ssize_t size = read(frames.Get(), room.data(), room.size());
+    gone = size < 0 && errno == EBADFD;
     return room.first(static_cast<size_t>(std::max<ssize_t>(size, 0)));
 }
 
@@ -148,13 +151,40 @@ void TapPort::Write(std::span<const iovec> frame)
         writev(frames.Get(), frame.data(), static_cast<int>(frame.size()));
 }
 
+bool TapPort::Find(ifreq& request) const
+{
+    request = {};
+    return ioctl(frames.Get(), TUNGETIFF, &request) == 0;
+}
+
 bool TapPort::IsUp()
 {
     char message[8192];
     while (recv(changes.Get(), message, sizeof message, 0) > 0 || errno == ENOBUFS) {
     }
-    ifreq request = RequestFor(interface);
-    return ioctl(changes.Get(), SIOCGIFFLAGS, &request) == 0 && (request.ifr_flags & IFF_UP) != 0;
+    ifreq request{};
+    return Find(request) && ioctl(changes.Get(), SIOCGIFFLAGS, &request) == 0 &&
+           (request.ifr_flags & IFF_UP) != 0;
+}
+
+void TapPort::ShowLink(bool up, uint32_t megabits, bool fullDuplex)
+{
+    ifreq request{};
+    if (!Find(request))
+        return;
+    int carrier = up ? 1 : 0;
+    ethtool_cmd settings{};
+    settings.cmd = ETHTOOL_GSET;
+    request.ifr_data = reinterpret_cast<char*>(&settings);
+    // Kernels before 5.0 know no carrier of a TAP interface and those before 5.8 no settings: there
+    // the interface goes on saying what it always says, and frames are dropped all the same.
+    static_cast<void>(ioctl(frames.Get(), TUNSETCARRIER, &carrier));
+    if (ioctl(changes.Get(), SIOCETHTOOL, &request) != 0)
+        return;
+    settings.cmd = ETHTOOL_SSET;
+    ethtool_cmd_speed_set(&settings, up ? megabits : static_cast<uint32_t>(SPEED_UNKNOWN));
+    settings.duplex = !up ? DUPLEX_UNKNOWN : fullDuplex ? DUPLEX_FULL : DUPLEX_HALF;
+    static_cast<void>(ioctl(changes.Get(), SIOCETHTOOL, &request));
 }
 
 }  // namespace vboard::cables

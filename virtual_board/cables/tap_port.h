@@ -1,6 +1,7 @@
 // A TAP interface: the cable between a port of the switch and a network namespace.
 #pragma once
 
+#include <net/if.h>
 #include <sys/uio.h>
 
 #include <cstdint>
@@ -25,17 +26,26 @@ public:
     // Readable when the interface may have come up or gone down.
     int ChangeFd() const { return changes.Get(); }
 
-    // The next frame that was sent into the interface; empty: none is waiting.
+    // The next frame that was sent into the interface; empty: none is waiting, or the interface
+    // is gone.
     std::span<const uint8_t> Read(std::span<uint8_t> room);
     // A frame arrives at the interface; lost when that is down.
     void Write(std::span<const iovec> frame);
     // Takes note of the changes so far.
     bool IsUp();
+    // Whether its host has deleted the interface.
+    bool IsGone() const { return gone; }
+    // What the interface says of its cable: carrier, and the speed and duplex while it has one.
+    void ShowLink(bool up, uint32_t megabits, bool fullDuplex);
 
 private:
-    std::string interface;
+    // The interface under the name that its host gives it now; false: it is gone.
+    bool Find(ifreq& request) const;
+
+    std::string interface;  // as it was made
     UniqueFd frames;
     UniqueFd changes;
+    bool gone = false;
 };
 
 }  // namespace vboard::cables

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
 
@@ -127,10 +128,23 @@ std::string EntryText(const Json& entry)
 
 }  // namespace
 
+std::optional<std::string> BoardSocket(const std::string& given)
+{
+    const char* inside = getenv(wire::kSocketVariable);
+    if (!given.empty())
+        return given;
+    if (inside != nullptr && *inside != '\0')
+        return inside;
+    fprintf(stderr,
+            "orblink-vboard: no board named: give --socket PATH, or run inside "
+            "'orblink-vboard run'\n");
+    return std::nullopt;
+}
+
 Json AskBoard(const std::string& path, const Json& command)
 {
     UniqueFd fd = ConnectTo(path);
-    std::string text = command.dump();
+    const std::string text = command.dump(-1, ' ', false, Json::error_handler_t::replace);
     wire::Request request{wire::kMagic, wire::Op::kControl, 0, static_cast<uint32_t>(text.size())};
     std::string packet(sizeof request, '\0');
     memcpy(packet.data(), &request, sizeof request);

@@ -1,11 +1,16 @@
 // The client side of `orblink-vboard control`.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "virtual_board/board/journal.h"
 
 namespace vboard {
+
+// The socket of the board that is meant: the given one, else that of the board around. nullopt,
+// with a complaint: there is none.
+std::optional<std::string> BoardSocket(const std::string& given);
 
 // Sends a command to the board at the path and returns its answer. Throws std::system_error when
 // no board answers there.

@@ -1,14 +1,20 @@
-// The command line of `orblink-vboard control`.
+// `orblink-vboard control`: a command to a running board, and its answer.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <functional>
-#include <memory>
+#include <string>
+
+#include "virtual_board/board/control.h"
 
 namespace vboard {
 
-// Adds `control` with its verbs. When one of them was given, `run` is set to what carries it out
-// and returns the exit code.
-void AddControlCommand(CLI::App& program, std::function<int()>& run);
+struct ControlOptions {
+    std::string socketPath;  // empty: that of the board around
+    bool json = false;
+    const ControlVerb* verb = nullptr;
+    Json command = Json::object();
+};
+
+// The exit code that the board gives, 1 when none answers, 2 when none is named.
+int ControlCommand(const ControlOptions& options);
 
 }  // namespace vboard

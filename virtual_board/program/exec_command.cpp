@@ -4,15 +4,10 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <string>
 #include <system_error>
-#include <vector>
 
-#include "virtual_board/board/board_control.h"
-#include "virtual_board/board/wire.h"
+#include "virtual_board/board/control.h"
 #include "virtual_board/cables/network_namespace.h"
 #include "virtual_board/program/control_client.h"
 
@@ -21,12 +16,6 @@ namespace {
 
 constexpr int kExitNotExecutable = 126;
 constexpr int kExitNotFound = 127;
-
-struct ExecOptions {
-    std::string socketPath;
-    std::string host;
-    std::vector<std::string> command;
-};
 
 int Execute(const std::vector<std::string>& command)
 {
@@ -48,40 +37,23 @@ int ExecuteOn(const ExecOptions& options, const std::string& socketPath)
         return answer.value("exit", kExitFailed);
     }
     cables::EnterNetwork(answer.at("pid"), answer.at("fd"));
+    cables::ShowOwnInterfaces();
     return Execute(options.command);
-}
-
-int ExecCommand(const ExecOptions& options)
-{
-    const char* inside = getenv(wire::kSocketVariable);
-    const std::string given = inside != nullptr ? inside : "";
-    const std::string path = options.socketPath.empty() ? given : options.socketPath;
-    if (path.empty()) {
-        fprintf(stderr,
-                "orblink-vboard: no board named: give --socket PATH, or run inside "
-                "'orblink-vboard run'\n");
-        return kExitUsage;
-    }
-    try {
-        return ExecuteOn(options, path);
-    } catch (const std::exception& error) {
-        fprintf(stderr, "orblink-vboard: %s\n", error.what());
-        return kExitFailed;
-    }
 }
 
 }  // namespace
 
-void AddExecCommand(CLI::App& program, std::function<int()>& run)
+int ExecCommand(const ExecOptions& options)
 {
-    auto options = std::make_shared<ExecOptions>();
-    auto* verb = program.add_subcommand("exec", "run a command on a host behind a switch port");
-    verb->add_option("--socket", options->socketPath,
-                     "the board's socket; inside 'run' the board that is running");
-    verb->add_option("host", options->host, "as 'control hosts' shows it")->required();
-    verb->add_option("command", options->command, "after --: the command and its arguments")
-        ->required();
-    verb->final_callback([options, &run] { run = [=] { return ExecCommand(*options); }; });
+    const auto path = BoardSocket(options.socketPath);
+    if (!path)
+        return kExitUsage;
+    try {
+        return ExecuteOn(options, *path);
+    } catch (const std::exception& error) {
+        fprintf(stderr, "orblink-vboard: %s\n", error.what());
+        return kExitFailed;
+    }
 }
 
 }  // namespace vboard

@@ -1,13 +1,18 @@
 // `orblink-vboard exec`: a command on a host behind a port of a switch.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <functional>
+#include <string>
+#include <vector>
 
 namespace vboard {
 
-// Adds `exec`. When it was given, `run` is set to what carries it out; that returns only when the
-// command could not be started: 1, 2, 3 or 5 as for `control`, 126 or 127.
-void AddExecCommand(CLI::App& program, std::function<int()>& run);
+struct ExecOptions {
+    std::string socketPath;  // empty: that of the board around
+    std::string host;
+    std::vector<std::string> command;
+};
+
+// Returns only when the command could not be started: 1, 2, 3 or 5 as for `control`, 126 or 127.
+int ExecCommand(const ExecOptions& options);
 
 }  // namespace vboard

@@ -1,7 +1,6 @@
 #include "virtual_board/program/run_command.h"
 
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 
@@ -10,11 +9,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <optional>
 
 #include "virtual_board/board/board_server.h"
 #include "virtual_board/board/virtual_board.h"
+#include "virtual_board/cables/lans.h"
 #include "virtual_board/cables/network_namespace.h"
 #include "virtual_board/description/board_file.h"
+#include "virtual_board/program/keeper.h"
 #include "virtual_board/program/namespaces.h"
 #include "virtual_board/program/runtime_dir.h"
 
@@ -31,9 +33,6 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 constexpr int kExitNotExecutable = 126;
 constexpr int kExitNotFound = 127;
-constexpr int kExitSignalled = 128;
-
-constexpr int kForwarded[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2};
 
 sigset_t BoardSignals()
 {
@@ -86,29 +85,30 @@ public:
         sigset_t set = BoardSignals();
         sigset_t before;
         sigprocmask(SIG_BLOCK, &set, &before);
-        signals_ = UniqueFd{signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK)};
-        pid_ = fork();
-        if (pid_ != 0)
+        signals = UniqueFd{signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK)};
+        const pid_t board = getpid();
+        pid = fork();
+        if (pid != 0)
             return;
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        sigprocmask(SIG_SETMASK, &before, nullptr);
-        prepare();
-        Execute(options.command);
+        KeepCommand(board, before, [&] {
+            prepare();
+            Execute(options.command);
+        });
     }
 
-    bool Started() const { return pid_ > 0 && signals_; }
-    int SignalFd() const { return signals_.Get(); }
-    int ExitStatus() const { return exitStatus_; }
+    bool Started() const { return pid > 0 && signals; }
+    int SignalFd() const { return signals.Get(); }
+    int ExitStatus() const { return exitStatus; }
 
     // Passes on what has arrived; true once the command has ended.
     bool HandleSignals()
     {
         signalfd_siginfo signal{};
-        while (read(signals_.Get(), &signal, sizeof signal) == sizeof signal) {
+        while (read(signals.Get(), &signal, sizeof signal) == sizeof signal) {
             // The terminal has sent it to the command as well.
             bool fromTerminal = signal.ssi_code == SI_KERNEL;
             if (signal.ssi_signo != SIGCHLD && !fromTerminal)
-                kill(pid_, static_cast<int>(signal.ssi_signo));
+                kill(pid, static_cast<int>(signal.ssi_signo));
         }
         return Reap();
     }
@@ -117,15 +117,15 @@ private:
     bool Reap()
     {
         int status = 0;
-        if (waitpid(pid_, &status, WNOHANG) != pid_)
+        if (waitpid(pid, &status, WNOHANG) != pid)
             return false;
-        exitStatus_ = WIFEXITED(status) ? WEXITSTATUS(status) : kExitSignalled + WTERMSIG(status);
+        exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : kExitSignalled + WTERMSIG(status);
         return true;
     }
 
-    pid_t pid_ = -1;
-    UniqueFd signals_;
-    int exitStatus_ = kExitFailed;
+    pid_t pid = -1;
+    UniqueFd signals;
+    int exitStatus = kExitFailed;
 };
 
 int RunOnBoard(const RunOptions& options, BoardDescription spec, const LibraryDirs& libraries)
@@ -138,6 +138,9 @@ int RunOnBoard(const RunOptions& options, BoardDescription spec, const LibraryDi
         spec.tapPorts = options.ports == "tap";
     const bool keepsRights = spec.tapPorts && geteuid() != 0;
     VirtualBoard board{std::move(spec), options.timeScale};
+    std::optional<cables::Lans> lans;
+    if (board.Description().tapPorts)
+        board.Plug(lans.emplace(board.Description(), board.Devices(), board.Clock()));
     BoardServer server{board, path};
     fprintf(stderr, "orblink-vboard: board \"%s\" at %s\n", name.c_str(), path.c_str());
     CommandProcess command{options, [&] {

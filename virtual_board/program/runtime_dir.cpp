@@ -1,11 +1,15 @@
 #include "virtual_board/program/runtime_dir.h"
 
 #include <elf.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <utility>
 
 namespace vboard {
@@ -13,6 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr unsigned kMaxBoards = 100;
+constexpr char kPrefix[] = "orblink-vboard.";
 constexpr char kPreloadName[] = "liborblink-vboard-preload.so";
 
 // EI_CLASS of the preloaded library in a directory, 0 when there is none.
@@ -72,6 +78,29 @@ void Link(const std::optional<std::string>& target, const fs::path& link)
     fs::create_directory_symlink(*target, link);
 }
 
+// The directory, locked; nothing when somebody else holds its lock, or has removed it.
+UniqueFd Lock(const fs::path& directory)
+{
+    UniqueFd fd{open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)};
+    struct stat status {};
+    const bool own = fd && flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 &&
+                     fstat(fd.Get(), &status) == 0 && status.st_nlink > 0 &&
+                     status.st_uid == geteuid();
+    return own ? std::move(fd) : UniqueFd{};
+}
+
+// What killed boards have left. What cannot be removed is in nobody's way.
+void RemoveDeserted(const std::string& base)
+{
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(base, ignored)) {
+        if (!entry.path().filename().string().starts_with(kPrefix))
+            continue;
+        if (Lock(entry.path()))
+            fs::remove_all(entry.path(), ignored);
+    }
+}
+
 }  // namespace
 
 bool HasLibrary(const std::string& directory)
@@ -92,20 +121,28 @@ LibraryDirs FindLibraries(const std::vector<std::string>& given)
 }
 
 RuntimeDir::RuntimeDir(const LibraryDirs& libraries)
-    : path_{BaseDir() + "/orblink-vboard." + std::to_string(getpid())}
 {
-    fs::remove_all(path_);
-    fs::create_directory(path_);
-    fs::permissions(path_, fs::perms::owner_all);
-    Link(libraries.bits64, fs::path(path_) / "lib/x86_64-linux-gnu");
-    Link(libraries.bits32, fs::path(path_) / "lib/i386-linux-gnu");
-    Link(libraries.bits32, fs::path(path_) / "lib32");
+    const std::string base = BaseDir();
+    RemoveDeserted(base);
+    // The number of a process of another container may be the same.
+    const std::string first = base + "/" + kPrefix + std::to_string(getpid());
+    for (unsigned number = 0; !lock; ++number) {
+        if (number > kMaxBoards)
+            throw std::runtime_error("cannot make and lock a directory such as " + first);
+        path = number == 0 ? first : first + "." + std::to_string(number);
+        if (fs::create_directory(path))
+            lock = Lock(path);
+    }
+    fs::permissions(path, fs::perms::owner_all);
+    Link(libraries.bits64, fs::path(path) / "lib/x86_64-linux-gnu");
+    Link(libraries.bits32, fs::path(path) / "lib/i386-linux-gnu");
+    Link(libraries.bits32, fs::path(path) / "lib32");
 }
 
 RuntimeDir::~RuntimeDir()
 {
     std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    fs::remove_all(path, ignored);
 }
 
 std::string RuntimeDir::Preload() const

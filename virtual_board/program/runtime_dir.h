@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "virtual_board/board/unique_fd.h"
+
 namespace vboard {
 
 // Where the preloaded library was found for each ABI.
@@ -28,13 +30,14 @@ public:
     RuntimeDir& operator=(const RuntimeDir&) = delete;
     ~RuntimeDir();
 
-    std::string DefaultSocket() const { return path_ + "/board.sock"; }
+    std::string DefaultSocket() const { return path + "/board.sock"; }
     // Values with a $LIB for the dynamic linker to replace.
     std::string Preload() const;
-    std::string LibraryPath() const { return path_ + "/$LIB"; }
+    std::string LibraryPath() const { return path + "/$LIB"; }
 
 private:
-    std::string path_;
+    std::string path;
+    UniqueFd lock;  // of the directory: somebody is using it
 };
 
 }  // namespace vboard

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include "virtual_board/program/control_client.h"
@@ -140,7 +141,7 @@ TEST_F(BoardServerTest, ReceiversAreServedInTheOrderInWhichTheyBegan)
     StartReceiving(first);
     AskBoard(path, {{"verb", "state"}});  // answered after what the board had received before
     StartReceiving(second);
-    AskBoard(path, {{"verb", "fault-clear"}});
+    AskBoard(path, {{"verb", "fault"}, {"name", "clear"}});
     EXPECT_EQ(MessageType(first), 10);
     EXPECT_EQ(MessageType(second), 11);
 }
@@ -149,12 +150,44 @@ TEST_F(BoardServerTest, ControlRefusesWhatIsNoCommand)
 {
     for (const Json& command :
          {Json(5), Json::object(), Json{{"verb", "explode"}}, Json{{"verb", 5}},
-          Json{{"verb", "battery"}}, Json{{"verb", "link"}, {"device", "sw0"}}}) {
+          Json{{"verb", "battery"}}, Json{{"verb", "link"}, {"device", "sw0"}},
+          Json{{"verb", "reg"}, {"device", "sw0"}, {"first", 0}, {"last", 4294967295U}}}) {
         Json answer = AskBoard(path, command);
         EXPECT_EQ(answer["ok"], false) << command;
         EXPECT_EQ(answer["schema"], 1);
         EXPECT_NE(answer["exit"], 0) << command;
     }
+}
+
+TEST_F(BoardServerTest, TheJournalTakesBytesThatAreNoText)
+{
+    UniqueFd fd = Connect();
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeWrite, 0, 0}).error, 0);
+    ASSERT_EQ(send(fd.Get(), "\377\300", 2, 0), 2);
+    wire::Reply reply{};
+    ASSERT_EQ(recv(fd.Get(), &reply, sizeof reply, 0), ssize_t{sizeof reply});
+    EXPECT_EQ(reply.error, EINVAL);
+    Json journal = AskBoard(path, {{"verb", "journal"}});
+    ASSERT_EQ(journal["ok"], true);
+    EXPECT_EQ(journal["entries"].back()["facts"]["text"], "\uFFFD\uFFFD");
+}
+
+TEST_F(BoardServerTest, ASocketThatAKilledBoardHasLeftIsTakenOver)
+{
+    const std::string other = directory + "/left";
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    other.copy(address.sun_path, sizeof address.sun_path - 1);
+    {
+        UniqueFd left{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)};
+        ASSERT_EQ(bind(left.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        ASSERT_EQ(listen(left.Get(), 1), 0);
+        EXPECT_THROW(BoardServer(board, other), std::system_error);
+    }
+    EXPECT_NO_THROW(BoardServer(board, other));
+    std::ofstream{other} << "no socket\n";
+    EXPECT_THROW(BoardServer(board, other), std::system_error);
+    EXPECT_TRUE(std::filesystem::is_regular_file(other));
 }
 
 }  // namespace

@@ -1,12 +1,14 @@
 // `orblink-vboard run`: namespaces, exit status, signals, complaints.
 
 #include <gmock/gmock.h>
+#include <signal.h>
 #include <sys/ipc.h>
 #include <sys/sem.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <fstream>
+#include <sstream>
 
 #include "tests/virtual_board/program/vboard_process.h"
 
@@ -15,6 +17,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 
 TEST(Run, PassesTheExitStatusOn)
 {
@@ -39,6 +42,7 @@ TEST(Run, UsageErrorsAreTwo)
     EXPECT_EQ(Shell("$RUN -- true").status, 2);
     EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml").status, 2);
     EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml --time-scale 0 -- true").status, 2);
+    EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml --time-scale nan -- true").status, 2);
     EXPECT_EQ(Shell("$RUN --board $BOARDS/phy.toml --nonsense -- true").status, 2);
     EXPECT_EQ(Shell("$VBOARD --help").status, 0);
 }
@@ -154,6 +158,40 @@ TEST(Run, LeavesNothingBehind)
     ASSERT_THAT(directory, MatchesRegex("/.*orblink-vboard\\.[0-9]+\n"));
     directory.pop_back();
     EXPECT_NE(access(directory.c_str(), F_OK), 0);
+}
+
+TEST(Run, WhatTheCommandHasStartedEndsWithIt)
+{
+    auto outcome = OnBoard("no_devices.toml",
+                           "setsid sh -c 'echo $$; exec sleep 600' & sleep 600 & echo $!\n"
+                           "until test $(ls /proc/$!/exe | wc -l) = 1; do sleep 0.05; done\n"
+                           "sleep 0.3; exit 3\n");
+    EXPECT_EQ(outcome.status, 3);
+    std::istringstream pids{Printed(outcome)};
+    int count = 0;
+    for (pid_t pid = 0; pids >> pid; ++count)
+        EXPECT_NE(kill(pid, 0), 0) << pid;
+    EXPECT_EQ(count, 2);
+}
+
+TEST(Run, AKilledBoardTakesItsCommandAlongAndIsInNobodysWay)
+{
+    const std::string socket = TemporaryPath("killed.sock");
+    const std::string run = "$RUN --socket " + socket + " --board $BOARDS/no_devices.toml -- sh ";
+    auto outcome = Shell(
+        "echo 'setsid sleep 600 & echo $! >$0.pid; echo ${LD_LIBRARY_PATH%/*} >$0.dir\n"
+        "touch $0.ready; exec sleep 600' >$0.run\n" +
+        run +
+        "$0.run & until test -e $0.run.ready; do sleep 0.05; done\n"
+        "kill -KILL $!; wait $! 2>/dev/null\n"
+        "for i in 1 2 3 4 5 6 7 8 9 10; do kill -0 $(cat $0.run.pid) 2>/dev/null && sleep 0.2; "
+        "done\n"
+        "kill -0 $(cat $0.run.pid) 2>/dev/null && echo alive\n"
+        "test -d $(cat $0.run.dir) && echo left\n" +
+        run + "-c 'echo again'\ntest -d $(cat $0.run.dir) || echo swept\n");
+    EXPECT_THAT(outcome.output, Not(HasSubstr("alive")));
+    EXPECT_THAT(outcome.output, HasSubstr("left\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("again\nswept\n"));
 }
 
 TEST(Run, KeepsWhatTheEnvironmentPreloadsAlready)

@@ -55,14 +55,14 @@ std::optional<uint16_t> PhyModel::Read22(uint8_t reg)
     if (!Answers())
         return kNobodyAnswers;
     if (InSoftReset() && reg != 0) {
-        complaint_ = "read during the software reset";
+        complaint = "read during the software reset";
         return std::nullopt;
     }
     if (reg == 14)
         return ReadIndirect();
     auto value = Peek22(reg);
     if (!value)
-        complaint_ = kNoRegister;
+        complaint = kNoRegister;
     else
         HaveRead22(reg);
     return value;
@@ -72,15 +72,15 @@ std::optional<uint16_t> PhyModel::Peek22(uint8_t reg) const
 {
     switch (reg) {
         case 0:
-            return static_cast<uint16_t>(control_ | (InSoftReset() ? kReset : 0));
+            return static_cast<uint16_t>(control | (InSoftReset() ? kReset : 0));
         case 1:
             return Status();
         case 2:
-            return static_cast<uint16_t>(config_.identifier >> 16);
+            return static_cast<uint16_t>(config.identifier >> 16);
         case 3:
-            return static_cast<uint16_t>(config_.identifier);
+            return static_cast<uint16_t>(config.identifier);
         case 13:
-            return mmdSelect_;
+            return mmdSelect;
         case 9:
         case 10:
         case 15:
@@ -92,17 +92,17 @@ std::optional<uint16_t> PhyModel::Peek22(uint8_t reg) const
 
 std::optional<uint16_t> PhyModel::PeekNegotiation(uint8_t reg) const
 {
-    if (!config_.negotiates)
+    if (!config.negotiates)
         return std::nullopt;
     switch (reg) {
         case 4:
-            return advertisement_;
+            return advertisement;
         case 5:
             return PartnerAbility();
         case 6:
             return Expansion();
         case 7:
-            return nextPage_;
+            return nextPage;
         case 8:
             return 0;
         default:
@@ -115,69 +115,69 @@ std::optional<uint16_t> PhyModel::PeekGigabit(uint8_t reg) const
     if (!Has(kPhyGigabit))
         return std::nullopt;
     if (reg == 9)
-        return gigabitControl_;
+        return gigabitControl;
     if (reg == 10)
         return GigabitStatus();
-    return static_cast<uint16_t>((config_.modes & kPhyGigabit) << 8);
+    return static_cast<uint16_t>((config.modes & kPhyGigabit) << 8);
 }
 
 // The latched bit and the present one.
 uint16_t PhyModel::LinkStatus(LinkLatch latch) const
 {
-    return LinkUp() && !wasDown_[latch] ? kLinkStatus : 0;
+    return LinkUp() && !wasDown[latch] ? kLinkStatus : 0;
 }
 
 uint16_t PhyModel::Status() const
 {
     unsigned status = kPreambleSuppression | kExtendedCapability | LinkStatus(kStatusLatch);
-    status |= (config_.modes & 0x0FU) << kStatusModesShift;
+    status |= (config.modes & 0x0FU) << kStatusModesShift;
     status |= Has(kPhyGigabit) ? kExtendedStatus : 0U;
-    status |= config_.negotiates ? kNegotiationAbility : 0U;
+    status |= config.negotiates ? kNegotiationAbility : 0U;
     status |= Negotiating() && LinkUp() ? kNegotiationComplete : 0U;
     return static_cast<uint16_t>(status);
 }
 
 uint16_t PhyModel::PartnerAbility() const
 {
-    if (link_.detected)
-        return static_cast<uint16_t>(link_.mode << kTechnologyShift);
-    if (!link_.exchanged)
+    if (link.detected)
+        return static_cast<uint16_t>(link.mode << kTechnologyShift);
+    if (!link.exchanged)
         return 0;
-    unsigned modes = (far_.modes & 0x0FU) << kTechnologyShift;
+    unsigned modes = (far.modes & 0x0FU) << kTechnologyShift;
     return static_cast<uint16_t>(modes | kAcknowledge | kSelector);
 }
 
 uint16_t PhyModel::Expansion() const
 {
     unsigned value = Has(kPhyGigabit | kPhy2500Full) ? kNextPageAble : 0U;
-    value |= pageReceived_ ? kPageReceived : 0U;
-    value |= link_.exchanged ? kPartnerNegotiates : 0U;
-    bool partnerHasPages = (far_.modes & (kPhyGigabit | kPhy2500Full)) != 0;
-    value |= link_.exchanged && partnerHasPages ? kPartnerNextPageAble : 0U;
+    value |= pageReceived ? kPageReceived : 0U;
+    value |= link.exchanged ? kPartnerNegotiates : 0U;
+    bool partnerHasPages = (far.modes & (kPhyGigabit | kPhy2500Full)) != 0;
+    value |= link.exchanged && partnerHasPages ? kPartnerNextPageAble : 0U;
     return static_cast<uint16_t>(value);
 }
 
 uint16_t PhyModel::GigabitStatus() const
 {
-    unsigned value = counters_[kIdleErrors];
-    if (link_.exchanged)
-        value |= (far_.modes & kPhyGigabit) << 6;
-    if ((link_.mode & kPhyGigabit) == 0)
+    unsigned value = counters[kIdleErrors];
+    if (link.exchanged)
+        value |= (far.modes & kPhyGigabit) << 6;
+    if ((link.mode & kPhyGigabit) == 0)
         return static_cast<uint16_t>(value);
-    bool manual = (gigabitControl_ & kManualMaster) != 0;
+    bool manual = (gigabitControl & kManualMaster) != 0;
     uint16_t master = manual ? kMasterValue : kMultiport;
-    value |= (gigabitControl_ & master) != 0 ? kIsMaster : 0U;
+    value |= (gigabitControl & master) != 0 ? kIsMaster : 0U;
     return static_cast<uint16_t>(value | kReceiversGood);
 }
 
 void PhyModel::HaveRead22(uint8_t reg)
 {
     if (reg == 1)
-        wasDown_[kStatusLatch] = !LinkUp();
+        wasDown[kStatusLatch] = !LinkUp();
     if (reg == 6)
-        pageReceived_ = false;
+        pageReceived = false;
     if (reg == 10)
-        counters_[kIdleErrors] = 0;
+        counters[kIdleErrors] = 0;
 }
 
 bool PhyModel::Write22(uint8_t reg, uint16_t value)
@@ -207,9 +207,9 @@ PhyModel::Refusal PhyModel::WriteRegister(uint8_t reg, uint16_t value)
     if ((value & reserved) != 0)
         return kReservedBit;
     if (reg == 7)
-        nextPage_ = value;
-    else if (config_.indirect)
-        mmdSelect_ = value;
+        nextPage = value;
+    else if (config.indirect)
+        mmdSelect = value;
     return nullptr;
 }
 
@@ -219,7 +219,7 @@ PhyModel::Refusal PhyModel::CheckControl(uint16_t value) const
         return kReservedBit;
     if ((value & kUnidirectional) != 0)
         return kNoAbility;
-    if ((value & (kNegotiate | kRestart)) != 0 && !config_.negotiates)
+    if ((value & (kNegotiate | kRestart)) != 0 && !config.negotiates)
         return kNoAbility;
     if ((value & (kNegotiate | kReset)) == 0 && !Has(ForcedMode(value)))
         return kNoMode;
@@ -232,11 +232,11 @@ PhyModel::Refusal PhyModel::WriteControl(uint16_t value)
         return refusal;
     if ((value & kReset) != 0) {
         DropLink();
-        softResetUntil_ = now_ + config_.softResetTime;
+        softResetUntil = now + config.softResetTime;
         return nullptr;
     }
-    uint16_t changed = control_ ^ value;
-    control_ = value & kControlStored;
+    uint16_t changed = control ^ value;
+    control = value & kControlStored;
     uint16_t decisive = kNegotiate | kPowerDown;
     if (!Negotiating())
         decisive |= kSpeedHigh | kSpeedLow | kFullDuplex;
@@ -247,7 +247,7 @@ PhyModel::Refusal PhyModel::WriteControl(uint16_t value)
 
 PhyModel::Refusal PhyModel::WriteAdvertisement(uint16_t value)
 {
-    auto modes = static_cast<uint16_t>((config_.modes & 0x0FU) << kTechnologyShift);
+    auto modes = static_cast<uint16_t>((config.modes & 0x0FU) << kTechnologyShift);
     uint16_t extras = kAdvertisementExtras;
     if (Has(kPhy2500Full))
         extras |= kExtendedNextPage;
@@ -257,50 +257,50 @@ PhyModel::Refusal PhyModel::WriteAdvertisement(uint16_t value)
         return kReservedBit;
     if ((value & ~(modes | extras | kSelectorField)) != 0)
         return kNoAbility;
-    advertisement_ = value;
+    advertisement = value;
     return nullptr;
 }
 
 PhyModel::Refusal PhyModel::WriteGigabitControl(uint16_t value)
 {
-    auto modes = static_cast<uint16_t>((config_.modes & kPhyGigabit) << 4);
+    auto modes = static_cast<uint16_t>((config.modes & kPhyGigabit) << 4);
     if ((value & 0x00FF) != 0)
         return kReservedBit;
     if ((value & kTestMode) != 0)
         return "test modes are not modelled";
     if ((value & ~(modes | kManualMaster | kMasterValue | kMultiport)) != 0)
         return kNoAbility;
-    gigabitControl_ = value;
+    gigabitControl = value;
     return nullptr;
 }
 
 std::optional<uint16_t> PhyModel::ReadIndirect()
 {
-    if (!config_.indirect)
+    if (!config.indirect)
         return 0;
-    uint8_t mmd = mmdSelect_ & 31;
-    MmdFunction function = FunctionOf(mmdSelect_);
+    uint8_t mmd = mmdSelect & 31;
+    MmdFunction function = FunctionOf(mmdSelect);
     if (function == kAddress)
-        return mmdAddress_[mmd];
-    auto value = ReadMmd(mmd, mmdAddress_[mmd]);
+        return mmdAddress[mmd];
+    auto value = ReadMmd(mmd, mmdAddress[mmd]);
     if (value && function == kDataIncrement)
-        ++mmdAddress_[mmd];
+        ++mmdAddress[mmd];
     return value;
 }
 
 PhyModel::Refusal PhyModel::WriteIndirect(uint16_t value)
 {
-    if (!config_.indirect)
+    if (!config.indirect)
         return nullptr;
-    uint8_t mmd = mmdSelect_ & 31;
-    MmdFunction function = FunctionOf(mmdSelect_);
+    uint8_t mmd = mmdSelect & 31;
+    MmdFunction function = FunctionOf(mmdSelect);
     if (function == kAddress) {
-        mmdAddress_[mmd] = value;
+        mmdAddress[mmd] = value;
         return nullptr;
     }
-    Refusal refusal = WriteMmd(mmd, mmdAddress_[mmd], value);
+    Refusal refusal = WriteMmd(mmd, mmdAddress[mmd], value);
     if (refusal == nullptr && function != kData)
-        ++mmdAddress_[mmd];
+        ++mmdAddress[mmd];
     return refusal;
 }
 

@@ -1,0 +1,63 @@
+// What `orblink-vboard control` does to a board. A command is {"verb": ..., arguments}; the answer
+// is {"schema": 1, "ok": true, ...} or {"schema": 1, "ok": false, "error": text, "exit": code}.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "virtual_board/board/virtual_board.h"
+
+namespace vboard {
+
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitNoSuchObject = 3;
+inline constexpr int kExitNotSupported = 5;
+
+struct ControlArgument {
+    enum class Form {
+        kText,
+        kWord,       // one of `words`
+        kNumber,     // from min to max, or one of `words` for its number
+        kFlag,       // true when given
+        kDevice,     // "sw0", "phy1"
+        kPort,       // "sw0:2", "phy0": "device" and "port" in the command
+        kRegisters,  // "0x10", "0x10-0x1f": "first" and "last" in the command
+    };
+    struct Word {
+        std::string_view text;
+        uint64_t number = 0;
+    };
+
+    std::string_view name;  // an option when it begins with "--"
+    std::string_view key;   // of the command
+    Form form;
+    std::string_view help;
+    bool required = false;
+    std::span<const Word> words = {};
+    uint64_t min = 0;
+    uint64_t max = UINT64_MAX;
+    std::optional<uint64_t> standard = std::nullopt;  // what a number is that is not given
+};
+
+// One row of the table of verbs; the command line and its help follow it.
+struct ControlVerb {
+    enum class Answer { kNothing, kTree, kJournal, kRegisters };
+
+    std::string_view name;
+    std::string_view help;
+    std::span<const ControlArgument> arguments;
+    Json (*run)(VirtualBoard& board, const Json& command);
+    Answer answer = Answer::kNothing;
+    bool changes = true;  // goes into the journal
+    bool listed = true;   // a word of the command line
+    bool faults = false;  // its help lists them
+};
+
+std::span<const ControlVerb> ControlVerbs();
+
+Json Control(VirtualBoard& board, const Json& command);
+
+}  // namespace vboard
