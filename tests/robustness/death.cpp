@@ -47,7 +47,7 @@ void OnLine(const std::string& line)
 {
     if (!death.counting)
         return;
-    WatchNewMappings();
+    FollowMappings(line);
     if (line.rfind("sys ", 0) == 0 || line.rfind("wait ", 0) == 0)
         Pass(PointKind::kSystemCall, line);
     else if (line.rfind("hal", 0) == 0)

@@ -128,6 +128,14 @@ void WatchNewMappings()
     Protect(watch.protection);
 }
 
+void FollowMappings(const std::string& line)
+{
+    static bool mapped = false;
+    if (mapped)
+        WatchNewMappings();
+    mapped = line.rfind("sys mmap(", 0) == 0;
+}
+
 void StopWatching()
 {
     watching = false;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace obtest {
 
@@ -28,6 +29,9 @@ void WatchRegions(const RegionWatch& watch);
 
 // Takes mappings under watch that the library has made in the meantime.
 void WatchNewMappings();
+
+// The same, for each line of a transcript: looks only where something has just been mapped.
+void FollowMappings(const std::string& line);
 
 void StopWatching();
 
