@@ -1,10 +1,9 @@
-// What others do to the region, to the process's descriptors and to its threads.
+// Who owns the region, where its descriptor is, and what becomes of a cancelled thread.
 #include <fcntl.h>
 #include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <thread>
 
 #include "tests/phy/phy_fixture.h"
 
@@ -12,31 +11,7 @@ using namespace obtest;
 
 namespace {
 
-class PhyHostileRegion : public PhyTest {
-protected:
-    // Writes one of two values into a byte of the region for as long as the test lives.
-    class Flipper {
-    public:
-        Flipper(uint8_t& byte, uint8_t first, uint8_t second)
-            : thread_([this, &byte, first, second] {
-                  while (!ended_) {
-                      __atomic_store_n(&byte, first, __ATOMIC_RELAXED);
-                      __atomic_store_n(&byte, second, __ATOMIC_RELAXED);
-                  }
-              })
-        {
-        }
-        ~Flipper()
-        {
-            ended_ = true;
-            thread_.join();
-        }
-
-    private:
-        std::atomic<bool> ended_ = false;
-        std::thread thread_;
-    };
-};
+using PhyHostileRegion = PhyTest;
 
 void* PollOnce(void*)
 {
@@ -47,32 +22,6 @@ void* PollOnce(void*)
 std::atomic<bool> inSlot;
 
 }  // namespace
-
-TEST_F(PhyHostileRegion, ACountThatChangesIsReadOnce)
-{
-    Init();
-    const Flipper flipper{PhyRegion().NumOfPhys, 1, 200};
-    for (int i = 0; i < 20'000; ++i) {
-        uint8_t count = 0;
-        const int result = ETHPHY_GetNumOfPhys(&count);
-        ASSERT_EQ(count, result == 0 ? 1 : 0);
-        if (i % 1000 == 0)
-            transcript.Clear();
-    }
-}
-
-TEST_F(PhyHostileRegion, InitialisationTrustsTheBoardDataAndNotTheRegion)
-{
-    Init();
-    const Flipper flipper{PhyRegion().NumOfPhys, 1, 255};
-    for (int i = 0; i < 300; ++i) {
-        RemovePhySemaphore();
-        platform.mailbox.push_back(PhyBoard{{{}}}.Message());
-        ASSERT_EQ(ETHPHY_InitOnce(), 0);
-        ASSERT_EQ(Record(1).halIdx, EP_NO_HAL_INDEX);
-        transcript.Clear();
-    }
-}
 
 TEST_F(PhyHostileRegion, ARegionOfAnotherUserIsRefusedByRoot)
 {

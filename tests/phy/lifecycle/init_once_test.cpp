@@ -6,7 +6,9 @@
 #include <cstring>
 
 #include "tests/phy/phy_fixture.h"
+#include "tests/robustness/watched_region.h"
 #include "tests/support/interpose.h"
+#include "tests/switch/call/changing_region.h"
 
 using namespace obtest;
 using testing::ElementsAre;
@@ -299,6 +301,28 @@ TEST_F(PhyInitOnce, BoardDataThatCannotBeCopied)
     EXPECT_EQ(log[log.size() - 2], "phy1 [_InitPhyDevices] _InitBoardSpecificData() failed");
     EXPECT_EQ(log.back(), "phy1 [ETHPHY_InitOnce] _InitPhyDevices() failed");
     EXPECT_EQ(transcript.All().back(), kUnlock);
+}
+
+// Each initialisation maps anew, and the watch takes so many mappings only.
+TEST_F(PhyInitOnce, CountsByTheBoardDataWhateverOthersWriteIntoTheRegion)
+{
+    otherBoardData = [](EthphyBsd* bsd) {
+        bsd->numOfPhys = 1;
+        strcpy(bsd->entry[0].halLibName, "libphyk20.so");
+        WatchNewMappings();
+        return 0;
+    };
+    for (int nth = 1; nth <= 30; ++nth) {
+        int result = -1;
+        RunChangingAfter(
+            nth, [] { PhyRegion().NumOfPhys = 255; }, [&] { result = ETHPHY_InitOnce(); });
+        EXPECT_EQ(result, 0);
+        EXPECT_EQ(PhyRegion().phy[0].halIdx, 0);
+        EXPECT_EQ(PhyRegion().phy[1].halIdx, EP_NO_HAL_INDEX);
+        RemovePhySemaphore();
+        transcript.Clear();
+    }
+    otherBoardData = nullptr;
 }
 
 TEST_F(PhyInitOnce, ABoardEntryThatCannotBeCopiedIntoTheRecord)
