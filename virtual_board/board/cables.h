@@ -3,9 +3,12 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "virtual_board/datapath/trace.h"
 
 namespace vboard {
 
@@ -15,6 +18,32 @@ struct CableEnd {
     std::string interface;
     std::string host;  // whose network namespace it is in; empty: where the board was started
     std::string address;
+};
+
+// What a cable does to frames in either direction. Chances are in parts per million.
+struct WireFaults {
+    static constexpr uint32_t kAll = 1'000'000;
+
+    uint32_t fcsErrors = 0;
+    uint32_t loss = 0;
+    uint32_t duplicates = 0;
+    std::chrono::nanoseconds delay{};
+    std::chrono::nanoseconds jitter{};  // at most so much more or less
+    bool operator==(const WireFaults&) const = default;
+};
+
+// A frame at a port.
+struct CapturedFrame {
+    int64_t timeNs = 0;
+    bool received = false;  // by the switch; else sent by it
+    std::string comment;    // VLAN, queue, why it was dropped
+    std::vector<uint8_t> bytes;
+};
+
+struct Captured {
+    std::vector<CapturedFrame> frames;
+    uint64_t next = 0;  // the number with which to ask again
+    uint64_t lost = 0;  // frames that were not kept so long
 };
 
 class Cables {
@@ -34,6 +63,14 @@ public:
     virtual std::vector<CableEnd> Ends() const = 0;
     // The descriptor of a host's namespace; -1: no such host.
     virtual int NetworkOf(const std::string& host) const = 0;
+
+    // Of a port of a switch, "sw0", 2; false or nullopt: no such port.
+    virtual bool SetWire(const std::string& device, unsigned port, const WireFaults& faults) = 0;
+    // The frames from a number on; nothing: from now.
+    virtual std::optional<Captured> Capture(const std::string& device, unsigned port,
+                                            std::optional<uint64_t> from) = 0;
+    virtual std::optional<std::vector<datapath::TraceStep>> Trace(
+        const std::string& device, unsigned port, const std::vector<uint8_t>& frame) = 0;
 };
 
 }  // namespace vboard

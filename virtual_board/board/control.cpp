@@ -1,40 +1,24 @@
 #include "virtual_board/board/control.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <iterator>
 #include <string>
 
+#include "virtual_board/board/cable_verbs.h"
+#include "virtual_board/board/control_answer.h"
+
 namespace vboard {
 namespace {
 
-constexpr int kSchema = 1;
 constexpr unsigned kLastRegister = 31;
 constexpr std::string_view kAllFaults = "clear";
 
-struct Refusal {
-    int exitCode;
-    std::string text;
-};
-
-Json Done(Json facts = Json::object())
-{
-    Json answer = {{"schema", kSchema}, {"ok", true}};
-    answer.update(facts);
-    return answer;
-}
-
 Json Refused(const Refusal& refusal)
 {
-    return {
-        {"schema", kSchema}, {"ok", false}, {"error", refusal.text}, {"exit", refusal.exitCode}};
-}
-
-std::string PortName(const Json& command)
-{
-    return command.at("device").get<std::string>() + ":" +
-           std::to_string(command.at("port").get<unsigned>());
+    return {{"schema", kControlSchema},
+            {"ok", false},
+            {"error", refusal.text},
+            {"exit", refusal.exitCode}};
 }
 
 const Device& FindDevice(const VirtualBoard& board, const Json& command)
@@ -209,48 +193,6 @@ Json SendAgain(VirtualBoard& board, const Json& command)
     return Done();
 }
 
-const Cables& CablesOf(const VirtualBoard& board)
-{
-    if (board.Plugged() == nullptr)
-        throw Refusal{kExitNotSupported,
-                      "this board's ports have no interfaces: run it with --ports tap"};
-    return *board.Plugged();
-}
-
-Json ShowHosts(VirtualBoard& board, const Json&)
-{
-    Json hosts = Json::array();
-    for (const CableEnd& end : CablesOf(board).Ends())
-        hosts.push_back({{"host", end.host},
-                         {"interface", end.interface},
-                         {"port", end.port},
-                         {"address", end.address}});
-    return Done({{"hosts", hosts}});
-}
-
-std::string HostNames(const Cables& cables)
-{
-    std::vector<std::string> names;
-    for (const CableEnd& end : cables.Ends())
-        if (!end.host.empty() && std::ranges::find(names, end.host) == names.end())
-            names.push_back(end.host);
-    std::string list;
-    for (const std::string& name : names)
-        list += (list.empty() ? "" : ", ") + name;
-    return list.empty() ? "none" : list;
-}
-
-Json ShowNetwork(VirtualBoard& board, const Json& command)
-{
-    const auto host = command.at("host").get<std::string>();
-    const Cables& cables = CablesOf(board);
-    const int fd = cables.NetworkOf(host);
-    if (fd < 0)
-        throw Refusal{kExitNoSuchObject,
-                      "no host '" + host + "' on this board, which has " + HostNames(cables)};
-    return Done({{"pid", getpid()}, {"fd", fd}});
-}
-
 using Argument = ControlArgument;
 using Form = ControlArgument::Form;
 using Words = ControlArgument::Word;
@@ -314,6 +256,20 @@ constexpr Argument kRegisterArguments[] = {
 constexpr Argument kMailboxArguments[] = {
     {"action", "action", Form::kWord, "resend: send the board data again", true, kResend},
     {"family", "family", Form::kWord, "only that of switch or phy", false, kFamilies}};
+constexpr Argument kWireArguments[] = {
+    kSwitchPort,
+    {"--fcs-errors", "fcsErrors", Form::kChance, "a wrong frame check sequence: 1%"},
+    {"--loss", "loss", Form::kChance, "not there any more: 1%"},
+    {"--duplicate", "duplicate", Form::kChance, "there twice: 1%"},
+    {"--delay", "delay", Form::kTime, "later by so much of the board's time: 10ms"},
+    {"--jitter", "jitter", Form::kTime, "earlier or later by up to so much: 2ms"}};
+constexpr Argument kCaptureArguments[] = {
+    kSwitchPort,
+    {"-w,--write", "file", Form::kFile, "the pcapng file to write", true},
+    {"--count", "count", Form::kNumber, "end after N frames", false, {}, 1, UINT32_MAX}};
+constexpr Argument kTraceArguments[] = {
+    {"--from", "", Form::kPort, "the port on which it comes in, sw0:1", true},
+    {"frame", "frame", Form::kFrame, "hexadecimal, from the destination address on", true}};
 
 constexpr ControlVerb kVerbs[] = {
     {"state", "print what the board is like now", kStateArguments, ShowState,
@@ -339,6 +295,12 @@ constexpr ControlVerb kVerbs[] = {
      ShowHosts,
      ControlVerb::Answer::kTree,
      false},
+    {"wire", "what a cable does to frames; without options it is a good one", kWireArguments,
+     SetWire},
+    {"capture", "write the frames of a port to a file", kCaptureArguments, CaptureFrames,
+     ControlVerb::Answer::kCapture, false},
+    {"trace", "why a frame goes where it goes", kTraceArguments, TraceFrame,
+     ControlVerb::Answer::kTrace, false},
     {"network",
      "where a host's network is",
      {},

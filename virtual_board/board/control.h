@@ -25,6 +25,10 @@ struct ControlArgument {
         kDevice,     // "sw0", "phy1"
         kPort,       // "sw0:2", "phy0": "device" and "port" in the command
         kRegisters,  // "0x10", "0x10-0x1f": "first" and "last" in the command
+        kChance,     // "1%", "0.5%": parts per million
+        kTime,       // "10ms", "500us": nanoseconds
+        kFrame,      // hexadecimal octets, with or without ':', from the destination address on
+        kFile,       // of the one who asks: not part of the command
     };
     struct Word {
         std::string_view text;
@@ -44,7 +48,7 @@ struct ControlArgument {
 
 // One row of the table of verbs; the command line and its help follow it.
 struct ControlVerb {
-    enum class Answer { kNothing, kTree, kJournal, kRegisters };
+    enum class Answer { kNothing, kTree, kJournal, kRegisters, kTrace, kCapture };
 
     std::string_view name;
     std::string_view help;

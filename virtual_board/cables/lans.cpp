@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "virtual_board/cables/capture.h"
 #include "virtual_board/cables/network_namespace.h"
 
 namespace vboard::cables {
@@ -34,18 +35,32 @@ constexpr uint64_t MarkOf(size_t lan, unsigned port, bool change)
 }  // namespace
 
 struct Lans::Lan : public Wires {
-    Lan(VswitchChip& switchChip, size_t number) : chip(switchChip), index(number) {}
+    Lan(std::string device, VswitchChip& switchChip, size_t number, const BoardClock& boardClock)
+        : name(std::move(device)), chip(switchChip), index(number), clock(boardClock)
+    {
+    }
 
     void Send(unsigned port, std::span<const iovec> frame) override
     {
-        ports[port].tap->Write(frame);
+        Wire& wire = ports[port].wire;
+        if (wire.IsGood())
+            return ports[port].tap->Write(frame);
+        std::vector<uint8_t> bytes;
+        for (const iovec& piece : frame) {
+            const auto* start = static_cast<const uint8_t*>(piece.iov_base);
+            bytes.insert(bytes.end(), start, start + piece.iov_len);
+        }
+        wire.Send(false, bytes, clock.Now());
     }
 
+    std::string name;
     VswitchChip& chip;
     size_t index;
+    const BoardClock& clock;
     std::array<Port, kPorts> ports;
     std::optional<uint32_t> linksShown;  // of the chip's changes
     SwitchEngine engine{chip, *this};
+    cables::Capture capture{engine, clock};
     std::array<uint8_t, kRoom> room;
 };
 
@@ -65,10 +80,11 @@ Lans::~Lans() = default;
 
 Lans::Lan& Lans::MakeLan(const SwitchDescription& spec, const Device& device, VswitchChip& chip)
 {
-    Lan& lan = *lans.emplace_back(std::make_unique<Lan>(chip, lans.size()));
+    Lan& lan = *lans.emplace_back(std::make_unique<Lan>(device.name, chip, lans.size(), clock));
     for (unsigned p = 0; p < kPorts; ++p) {
         lan.ports[p].name = device.name + ":" + std::to_string(p);
         lan.ports[p].spec = spec.ports[p];
+        lan.ports[p].wire = Wire{p + 1};
     }
     chip.SetLink(spec.internalPort, true, kBestSpeed, true);
     return lan;
@@ -120,6 +136,10 @@ std::optional<std::chrono::nanoseconds> Lans::Wait() const
     for (const auto& lan : lans) {
         if (const auto time = lan->engine.NextTransmission())
             next = next ? std::min(*next, *time) : *time;
+        for (const Port& port : lan->ports) {
+            if (const auto time = port.wire.NextArrival())
+                next = next ? std::min(*next, *time) : *time;
+        }
     }
     if (!next)
         return std::nullopt;
@@ -140,6 +160,8 @@ void Lans::Serve()
             break;
     } while (std::chrono::steady_clock::now() < end);
     for (const auto& lan : lans) {
+        for (unsigned p = 0; p < kPorts; ++p)
+            Arrive(*lan, p);
         lan->engine.Transmit(clock.Now());
         ShowLinks(*lan);
     }
@@ -166,8 +188,30 @@ void Lans::ReadFrames(Lan& lan, unsigned port)
             return;
         }
         const auto now = clock.Now();
+        Wire& wire = lan.ports[port].wire;
+        if (!wire.IsGood()) {
+            wire.Send(true, frame, now);
+            continue;
+        }
         lan.chip.Advance(now);
         lan.engine.Receive(port, frame, now);
+    }
+}
+
+// What has come out of a cable. An interface takes no frame with a wrong check sequence.
+void Lans::Arrive(Lan& lan, unsigned port)
+{
+    while (const auto arrival = lan.ports[port].wire.Receive(clock.Now())) {
+        const auto now = clock.Now();
+        lan.chip.Advance(now);
+        if (arrival->atSwitch && arrival->bad) {
+            lan.engine.ReceiveBad(port, arrival->frame, now);
+        } else if (arrival->atSwitch) {
+            lan.engine.Receive(port, arrival->frame, now);
+        } else if (!arrival->bad) {
+            const iovec piece{const_cast<uint8_t*>(arrival->frame.data()), arrival->frame.size()};
+            lan.ports[port].tap->Write({&piece, 1});
+        }
     }
 }
 
@@ -208,6 +252,40 @@ std::vector<CableEnd> Lans::Ends() const
             ends.push_back({port.name, port.spec.interface, port.spec.host, port.spec.address});
     }
     return ends;
+}
+
+Lans::Lan* Lans::FindLan(const std::string& device, unsigned port) const
+{
+    for (const auto& lan : lans)
+        if (lan->name == device && port < kPorts)
+            return lan.get();
+    return nullptr;
+}
+
+bool Lans::SetWire(const std::string& device, unsigned port, const WireFaults& faults)
+{
+    Lan* lan = FindLan(device, port);
+    if (lan != nullptr)
+        lan->ports[port].wire.Set(faults);
+    return lan != nullptr;
+}
+
+std::optional<Captured> Lans::Capture(const std::string& device, unsigned port,
+                                      std::optional<uint64_t> from)
+{
+    Lan* lan = FindLan(device, port);
+    return lan != nullptr ? std::optional{lan->capture.Take(port, from)} : std::nullopt;
+}
+
+std::optional<std::vector<datapath::TraceStep>> Lans::Trace(const std::string& device,
+                                                            unsigned port,
+                                                            const std::vector<uint8_t>& frame)
+{
+    Lan* lan = FindLan(device, port);
+    if (lan == nullptr)
+        return std::nullopt;
+    lan->chip.Advance(clock.Now());
+    return datapath::Trace(lan->engine, port, frame, clock.Now());
 }
 
 int Lans::NetworkOf(const std::string& host) const

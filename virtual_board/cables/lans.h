@@ -11,6 +11,7 @@
 #include "virtual_board/board/journal.h"
 #include "virtual_board/board/mdio_controller.h"
 #include "virtual_board/cables/tap_port.h"
+#include "virtual_board/cables/wire.h"
 #include "virtual_board/datapath/switch_engine.h"
 
 namespace vboard::cables {
@@ -27,6 +28,11 @@ public:
 
     std::vector<CableEnd> Ends() const override;
     int NetworkOf(const std::string& host) const override;
+    bool SetWire(const std::string& device, unsigned port, const WireFaults& faults) override;
+    std::optional<Captured> Capture(const std::string& device, unsigned port,
+                                    std::optional<uint64_t> from) override;
+    std::optional<std::vector<datapath::TraceStep>> Trace(
+        const std::string& device, unsigned port, const std::vector<uint8_t>& frame) override;
 
 private:
     // What an interface was last told of its cable; it begins with a carrier.
@@ -41,6 +47,7 @@ private:
         std::string name;  // "sw0:2"
         std::unique_ptr<TapPort> tap;
         Shown shown = {};
+        Wire wire{1};
     };
     struct Lan;
     struct Host {
@@ -48,6 +55,8 @@ private:
         UniqueFd network;
     };
 
+    Lan* FindLan(const std::string& device, unsigned port) const;
+    void Arrive(Lan& lan, unsigned port);
     Lan& MakeLan(const SwitchDescription& spec, const Device& device, VswitchChip& chip);
     void MakeHosts(Lan& lan);
     void Watch(Lan& lan, unsigned port);

@@ -192,4 +192,15 @@ std::string RegistersText(const Json& answer)
     return text;
 }
 
+std::string TraceText(const Json& answer)
+{
+    std::string text;
+    for (const Json& step : answer["steps"]) {
+        const auto registers = step["registers"].get<std::string>();
+        text += step["decision"].get<std::string>();
+        text += registers.empty() ? "\n" : " (" + registers + ")\n";
+    }
+    return text;
+}
+
 }  // namespace vboard

@@ -20,5 +20,6 @@ Json AskBoard(const std::string& path, const Json& command);
 std::string StateText(const Json& answer);
 std::string JournalText(const Json& answer);
 std::string RegistersText(const Json& answer);
+std::string TraceText(const Json& answer);
 
 }  // namespace vboard

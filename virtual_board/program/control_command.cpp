@@ -1,8 +1,9 @@
 #include "virtual_board/program/control_command.h"
 
 #include <cstdio>
-#include <system_error>
+#include <exception>
 
+#include "virtual_board/program/capture_command.h"
 #include "virtual_board/program/control_client.h"
 
 namespace vboard {
@@ -17,6 +18,9 @@ std::string TextOf(ControlVerb::Answer form, const Json& answer)
             return JournalText(answer);
         case ControlVerb::Answer::kRegisters:
             return RegistersText(answer);
+        case ControlVerb::Answer::kTrace:
+            return TraceText(answer);
+        case ControlVerb::Answer::kCapture:
         case ControlVerb::Answer::kNothing:
             return {};
     }
@@ -43,8 +47,10 @@ int ControlCommand(const ControlOptions& options)
     if (!path)
         return kExitUsage;
     try {
+        if (options.verb->answer == ControlVerb::Answer::kCapture)
+            return CaptureCommand(*path, options.command);
         return Print(options, AskBoard(*path, options.command));
-    } catch (const std::system_error& error) {
+    } catch (const std::exception& error) {
         fprintf(stderr, "orblink-vboard: %s\n", error.what());
         return kExitFailed;
     }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <vector>
 
 #include "virtual_board/description/fault_kinds.h"
 
@@ -9,6 +11,13 @@ namespace vboard {
 namespace {
 
 constexpr size_t kFaultColumn = 36;
+constexpr double kLargestScaled = 1e6;
+
+struct Unit {
+    std::string_view name;
+    double size;
+};
+
 constexpr unsigned kLastRegister = 31;
 
 using Form = ControlArgument::Form;
@@ -94,6 +103,56 @@ std::string FillRegisters(const std::string& word, Json& command)
     return {};
 }
 
+// A number with decimals and one of the units; in units of the smallest.
+std::optional<int64_t> ParseScaled(const std::string& word, std::span<const Unit> units)
+{
+    double value = 0;
+    const char* end = word.data() + word.size();
+    const auto [rest, error] = std::from_chars(word.data(), end, value);
+    const auto unit = std::ranges::find(units, std::string_view(rest, end), &Unit::name);
+    if (error != std::errc{} || unit == units.end() || !(value >= 0 && value <= kLargestScaled))
+        return std::nullopt;
+    return std::llround(value * unit->size);
+}
+
+std::string FillChance(const ControlArgument& argument, const std::string& word, Json& command)
+{
+    constexpr Unit kUnits[] = {{"%", 1e4}};
+    const auto parts = ParseScaled(word, kUnits);
+    if (!parts || *parts > WireFaults::kAll)
+        return Expected(word, "is no part: expected 0% to 100%");
+    command[argument.key] = *parts;
+    return {};
+}
+
+std::string FillTime(const ControlArgument& argument, const std::string& word, Json& command)
+{
+    constexpr Unit kUnits[] = {{"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}};
+    const auto time = ParseScaled(word, kUnits);
+    if (!time)
+        return Expected(word, "is no time: expected a number and ns, us, ms or s");
+    command[argument.key] = *time;
+    return {};
+}
+
+std::string FillFrame(const ControlArgument& argument, const std::string& word, Json& command)
+{
+    constexpr size_t kShortest = 14;
+    std::string digits = word;
+    std::erase(digits, ':');
+    std::vector<uint8_t> octets;
+    for (size_t at = 0; at + 2 <= digits.size(); at += 2) {
+        uint8_t octet = 0;
+        const char* end = digits.data() + at + 2;
+        if (std::from_chars(digits.data() + at, end, octet, 16).ptr == end)
+            octets.push_back(octet);
+    }
+    if (digits.size() != 2 * octets.size() || octets.size() < kShortest)
+        return Expected(word, "is no frame: expected at least 14 octets in hexadecimal");
+    command[argument.key] = octets;
+    return {};
+}
+
 std::string FaultHelp()
 {
     std::string help = "The faults, their value [default] and what they do:\n";
@@ -122,10 +181,17 @@ std::string FillArgument(const ControlArgument& argument, const std::string& wor
             return FillPort(word, command);
         case Form::kRegisters:
             return FillRegisters(word, command);
+        case Form::kChance:
+            return FillChance(argument, word, command);
+        case Form::kTime:
+            return FillTime(argument, word, command);
+        case Form::kFrame:
+            return FillFrame(argument, word, command);
         case Form::kFlag:
             command[argument.key] = true;
             return {};
         case Form::kText:
+        case Form::kFile:
         case Form::kDevice:
             command[argument.key] = word;
             return {};

@@ -366,6 +366,45 @@ TEST_F(Traffic, SendersDoNotKeepControlWaiting)
     EXPECT_LT(after - before, 4'000'000'000);
 }
 
+TEST_F(Traffic, ABadCableIsSeenInTheCountersAndByThePing)
+{
+    // The delay is each way, on the board's time, which runs twenty times as fast.
+    EXPECT_EQ(Run("cable() { orblink-vboard control wire sw0:1 \"$@\"; }\n"
+                  "cable --loss 100%; reach a 10.0.0.2\n"
+                  "cable --fcs-errors 100%; send a ffffffffffff02000000000188b500 5\n"
+                  "orblink-vboard control state sw0 | grep -o 'etherStatsCRCAlignErrors=[0-9]*'\n"
+                  "cable --delay 2s; on a ping -c 1 -W 5 10.0.0.2 |\n"
+                  "    awk -F 'time=' '/time=/ { print ($2 + 0 >= 200 ? \"late\" : \"early\") }'\n"
+                  "cable; reach a 10.0.0.2\n"),
+              "no\netherStatsCRCAlignErrors=5\nlate\nyes\n");
+}
+
+TEST_F(Traffic, ACaptureShowsWhatPassesAndWhatDoesNot)
+{
+    EXPECT_EQ(Run("orblink-vboard control capture sw0:1 -w $S/port.pcapng --count 4 & pid=$!\n"
+                  "until test -s $S/port.pcapng; do sleep 0.05; done\n"
+                  "send a ffffffffffff02000000000188b501\n"
+                  "send a ffffffffffff01000000000188b502\n"
+                  "send b 02000000000102000000000288b503\n"
+                  "send a 0180c200000102000000000188b504; wait $pid\n"
+                  "tcpdump -r $S/port.pcapng -e -n 2>/dev/null | grep -c 0x88b5\n"
+                  "grep -a -o 'VLAN [0-9]*[a-zA-Z0-9, :]*' $S/port.pcapng\n"),
+              "4\nVLAN 1\nVLAN 1, dropped: comes from a group\nVLAN 1, queue 1, from port 2\n"
+              "VLAN 1, dropped: a PAUSE frame\n");
+}
+
+TEST_F(Traffic, ATraceSaysWhereAFrameGoes)
+{
+    EXPECT_EQ(
+        Run("ctl port 0:3 vlan 100\n"
+            "orblink-vboard control trace --from sw0:1 ff:ff:ff:ff:ff:ff:02:00:00:00:00:01:88:b5 "
+            ">$S/trace\n"
+            "grep -c 'not on port 3: not in its VLAN (PORT_VID 0x1303)' $S/trace\n"
+            "grep -c 'goes out on port 2, untagged (PORT_TAG 0x1205)' $S/trace\n"
+            "orblink-vboard control trace --from sw0:1 12 2>&1 | head -1\n"),
+        "1\n1\nframe: '12' is no frame: expected at least 14 octets in hexadecimal\n");
+}
+
 TEST_F(Traffic, AHostThatIsNotThereIsNamed)
 {
     EXPECT_EQ(Run("on nobody true 2>&1 || echo $?; orblink-vboard control hosts | grep -c lan\n"),

@@ -1,0 +1,57 @@
+// What a cable does to the frames on it, both ways, when it is not a good one.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <queue>
+#include <span>
+#include <vector>
+
+#include "virtual_board/board/cables.h"
+
+namespace vboard::cables {
+
+class Wire {
+public:
+    using Time = std::chrono::nanoseconds;
+
+    // A frame that comes out at an end.
+    struct Arrival {
+        bool atSwitch;
+        bool bad;  // its frame check sequence is wrong
+        std::vector<uint8_t> frame;
+    };
+
+    explicit Wire(uint32_t seed) : random(seed) {}
+
+    void Set(const WireFaults& given) { faults = given; }
+    const WireFaults& Faults() const { return faults; }
+    // It hands on at once, as it is, what goes in.
+    bool IsGood() const { return faults == WireFaults{} && travelling.empty(); }
+
+    void Send(bool toSwitch, std::span<const uint8_t> frame, Time now);
+    // What has come out by now, in order.
+    std::optional<Arrival> Receive(Time now);
+    // When the next frame comes out.
+    std::optional<Time> NextArrival() const;
+
+private:
+    struct Travelling {
+        Time due;
+        uint64_t number;  // of those that come out at the same time the one that went in first
+        Arrival arrival;
+        bool operator<(const Travelling& other) const;
+    };
+
+    bool Draw(uint32_t partsPerMillion);
+    uint32_t Random();
+    void Put(bool toSwitch, std::span<const uint8_t> frame, Time now);
+
+    WireFaults faults;
+    std::priority_queue<Travelling> travelling;
+    uint64_t sent = 0;
+    uint32_t random;
+};
+
+}  // namespace vboard::cables

@@ -1,0 +1,122 @@
+#include "virtual_board/program/capture_command.h"
+
+#include <signal.h>
+#include <time.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+#include "virtual_board/board/control.h"
+#include "virtual_board/program/control_client.h"
+#include "virtual_board/program/pcapng.h"
+
+namespace vboard {
+namespace {
+
+constexpr timespec kPause{0, 50'000'000};
+
+struct CloseFile {
+    // What is written was flushed before.
+    void operator()(FILE* file) const { static_cast<void>(fclose(file)); }
+};
+using File = std::unique_ptr<FILE, CloseFile>;
+
+[[noreturn]] void Fail(const std::string& what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+class Output {
+public:
+    explicit Output(const std::string& path) : name(path), file(fopen(path.c_str(), "wbe"))
+    {
+        if (!file)
+            Fail(name);
+    }
+    // Whole, so that who reads along finds no half records.
+    void Write(const std::string& bytes)
+    {
+        if (fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size() ||
+            fflush(file.get()) != 0)
+            Fail(name);
+    }
+
+private:
+    std::string name;
+    File file;
+};
+
+// Waits for a moment; true when a signal says to end.
+bool EndsNow(const sigset_t& signals)
+{
+    return sigtimedwait(&signals, nullptr, &kPause) > 0;
+}
+
+sigset_t BlockSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, signal);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+std::string Record(const Json& frame)
+{
+    const auto bytes = frame.at("bytes").get<std::vector<uint8_t>>();
+    return PcapngRecord({frame.at("timeNs"), frame.at("received"), frame.at("comment"), bytes});
+}
+
+// The answer, when it is none that refuses.
+Json Ask(const std::string& path, const Json& question, int& exitCode)
+{
+    Json answer = AskBoard(path, question);
+    exitCode = 0;
+    if (!answer.value("ok", false)) {
+        fprintf(stderr, "orblink-vboard: %s\n", answer.value("error", "refused").c_str());
+        exitCode = answer.value("exit", kExitFailed);
+    }
+    return answer;
+}
+
+}  // namespace
+
+int CaptureCommand(const std::string& socketPath, const Json& command)
+{
+    const sigset_t signals = BlockSignals();
+    Json question = command;
+    question.erase("file");
+    int exitCode = 0;
+    Json answer = Ask(socketPath, question, exitCode);
+    if (exitCode != 0)
+        return exitCode;
+    Output output{command.at("file")};
+    output.Write(PcapngHeader(command.at("device").get<std::string>() + ":" +
+                              std::to_string(command.at("port").get<unsigned>())));
+    uint64_t left = command.value("count", UINT64_MAX);
+    uint64_t lost = 0;
+    for (bool ends = false; !ends && left > 0;) {
+        ends = EndsNow(signals);
+        question["from"] = answer.at("next");
+        answer = Ask(socketPath, question, exitCode);
+        if (exitCode != 0)
+            return exitCode;
+        lost += answer.at("lost").get<uint64_t>();
+        for (const Json& frame : answer.at("frames")) {
+            if (left == 0)
+                break;
+            output.Write(Record(frame));
+            --left;
+        }
+    }
+    if (lost > 0)
+        fprintf(stderr, "orblink-vboard: %llu frames came faster than they were written\n",
+                static_cast<unsigned long long>(lost));
+    return 0;
+}
+
+}  // namespace vboard
