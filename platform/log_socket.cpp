@@ -44,34 +44,28 @@ long Word(const void* address)
     return reinterpret_cast<long>(address);
 }
 
-// The kernel's name for a socket; numbers of descriptors are used again, these are not.
-uint32_t Identity(int fd)
+// Descriptor and the kernel's own number for the socket behind it in one word, so that threads agree
+// on both: descriptors are used again, those numbers are not. 0 = no socket.
+constexpr unsigned kFdBits = sizeof(uintptr_t) == 8 ? 32 : 20;
+constexpr uintptr_t kFdMask = (uintptr_t{1} << kFdBits) - 1;
+constinit std::atomic<uintptr_t> kept{0};
+static_assert(std::atomic<uintptr_t>::is_always_lock_free);
+
+uintptr_t WordFor(int fd)
 {
-    constexpr uint32_t kNoSocket = 0xFFFFFFFFU;
-    constexpr uint32_t kUnknown = 0;  // before Linux 4.6
-    uint64_t cookie = 0;
+    uint64_t cookie = 0;  // stays 0 before Linux 4.6
     socklen_t size = sizeof(cookie);
     if (SocketCall(kGetSockOpt, long{fd}, long{SOL_SOCKET}, long{SO_COOKIE}, Word(&cookie),
-                   Word(&size)) == 0)
-        return static_cast<uint32_t>(cookie);
-    return errno == ENOPROTOOPT ? kUnknown : kNoSocket;
+                   Word(&size)) != 0 &&
+        errno != ENOPROTOOPT)
+        return 0;
+    return static_cast<uintptr_t>(cookie) << kFdBits | (static_cast<uintptr_t>(fd) + 1);
 }
 
-// Descriptor and identity in one word, so that threads agree on both.
-struct LogSocket {
-    int fd;
-    uint32_t identity;
-
-    static LogSocket From(uint64_t word)
-    {
-        return {static_cast<int>(word & 0xFFFFFFFFU) - 1, static_cast<uint32_t>(word >> 32)};
-    }
-    uint64_t Packed() const { return uint64_t{identity} << 32 | static_cast<uint32_t>(fd + 1); }
-};
-
-// 0 = no descriptor.
-constinit std::atomic<uint64_t> kept{0};
-static_assert(std::atomic<uint64_t>::is_always_lock_free);
+int DescriptorIn(uintptr_t word)
+{
+    return static_cast<int>(word & kFdMask) - 1;
+}
 
 // Never 0, 1 or 2: a program may have closed its standard streams, and its next printed line would
 // go to the log.
@@ -92,18 +86,17 @@ int OpenDescriptor()
 // another file under its number by now. That one is left alone.
 int Descriptor()
 {
-    uint64_t word = kept.load(std::memory_order_acquire);
-    const LogSocket current = LogSocket::From(word);
-    if (current.fd >= 0 && Identity(current.fd) == current.identity)
-        return current.fd;
+    uintptr_t word = kept.load(std::memory_order_acquire);
+    if (word != 0 && WordFor(DescriptorIn(word)) == word)
+        return DescriptorIn(word);
     const int fd = OpenDescriptor();
     if (fd < 0)
         return -1;
-    const LogSocket opened = {fd, Identity(fd)};
-    if (kept.compare_exchange_strong(word, opened.Packed(), std::memory_order_acq_rel))
+    const bool fits = static_cast<uintptr_t>(fd) < kFdMask;
+    if (fits && kept.compare_exchange_strong(word, WordFor(fd), std::memory_order_acq_rel))
         return fd;
     syscall(SYS_close, fd);  // another thread was faster
-    return LogSocket::From(word).fd;
+    return fits ? DescriptorIn(word) : -1;
 }
 
 bool Send(int fd, const char* data, size_t size)
