@@ -88,30 +88,32 @@ bool PostText(int fd, const void* text, size_t size)
     return SendParts(fd, &part, 1);
 }
 
-long Await(int fd, Buffer answer)
+long Await(int fd, Buffer answer, wire::Reply* header, int flags)
 {
     wire::Reply reply{};
     iovec parts[] = {{&reply, sizeof reply}, {answer.data, answer.size}};
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
-    long received = syscall(SYS_recvmsg, fd, &message, 0);
+    long received = syscall(SYS_recvmsg, fd, &message, flags);
     if (received < 0)
         return -1;
     if (static_cast<size_t>(received) < sizeof reply)
         reply.error = ECONNRESET;
+    if (header != nullptr)
+        *header = reply;
     if (reply.error == 0)
         return reply.result;
     errno = reply.error;
     return -1;
 }
 
-long AwaitUninterrupted(int fd, Buffer answer)
+long AwaitUninterrupted(int fd, Buffer answer, wire::Reply* header)
 {
     long result;
     do {
         errno = 0;
-        result = Await(fd, answer);
+        result = Await(fd, answer, header);
     } while (result < 0 && errno == EINTR);
     return result;
 }

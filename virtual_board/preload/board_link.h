@@ -22,15 +22,16 @@ const char* BoardPath();
 int Connect();
 void Disconnect(int fd);
 
-// One packet each way. Post: false with errno. Await: the reply's result, or -1 with errno; -1 and
-// EINTR leaves the reply due.
+// One packet each way. Post: false with errno. Await: the reply's result, or -1 with errno. The
+// header tells a reply that came from a wait that was cut short: that one leaves it as it is, and
+// the reply due.
 bool Post(int fd, const wire::Request& request, const void* data);
 bool PostText(int fd, const void* text, size_t size);
-long Await(int fd, Buffer answer = {});
+long Await(int fd, Buffer answer = {}, wire::Reply* header = nullptr, int flags = 0);
 
 // Post and Await, not interrupted.
 long Ask(int fd, wire::Op op, uint32_t arg, Buffer data = {}, Buffer answer = {});
-long AwaitUninterrupted(int fd, Buffer answer = {});
+long AwaitUninterrupted(int fd, Buffer answer = {}, wire::Reply* header = nullptr);
 
 // Ask on a connection made for this one question.
 long AskOnce(wire::Op op, uint32_t arg, Buffer data = {}, Buffer answer = {});

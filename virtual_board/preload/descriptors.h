@@ -9,7 +9,7 @@ enum class DescriptorKind : uint8_t { kNone, kMailbox, kLane, kAttribute };
 
 struct Descriptor {
     DescriptorKind kind;
-    bool answerDue;  // a receive was interrupted after it had been asked for
+    bool answerDue;  // a receive was cut short after it had been asked for
     unsigned long long cookie;
 };
 

@@ -176,7 +176,20 @@ int Acknowledge(int fd, const char* answer)
     return 0;
 }
 
-// mailbox ack|wrong|silent [interrupted|short|now]
+// mailbox ack|wrong|silent [interrupted|short|now|late]
+// The message comes after the receive has timed out, and while something is being sent.
+ssize_t ReceiveLate(int fd)
+{
+    const timeval limit{0, 100'000};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    if (recv(fd, buffer, sizeof buffer, MSG_TRUNC) < 0 && errno == EAGAIN)
+        puts("timed out");
+    fflush(stdout);
+    sleep(1);
+    printf("sent %d\n", static_cast<int>(send(fd, "late", 4, 0)));
+    return recv(fd, buffer, sizeof buffer, MSG_TRUNC);
+}
+
 int Mailbox(const char* answer, const char* how)
 {
     int fd = OpenMailbox(1, 12);
@@ -186,6 +199,8 @@ int Mailbox(const char* answer, const char* how)
     ssize_t size;
     if (strcmp(how, "interrupted") == 0)
         size = ReceiveInterrupted(fd, interruptions);
+    else if (strcmp(how, "late") == 0)
+        size = ReceiveLate(fd);
     else if (strcmp(how, "short") == 0)
         size = recv(fd, buffer, 10, 0);
     else

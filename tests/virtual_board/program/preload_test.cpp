@@ -133,6 +133,17 @@ TEST(Preload, ASignalInterruptsAReceiveAndTheNextOneGetsTheMessage)
     EXPECT_EQ(Printed(outcome), "received 184 of type 10 length 176\nwas interrupted\nsent 8\n");
 }
 
+TEST(Preload, AMessageThatComesAfterATimeOutDoesNotAnswerASend)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$VBOARD control fault silent\n"
+                           "$CLIENT mailbox ack late > $0.out &\n"
+                           "until grep -q timed $0.out; do sleep 0.05; done\n"
+                           "$VBOARD control fault clear\n"
+                           "wait $!; cat $0.out\n");
+    EXPECT_EQ(Printed(outcome), "timed out\nsent 4\nreceived 184 of type 10 length 176\nsent 8\n");
+}
+
 TEST(Preload, ErrnosOfAMailboxThatIsNotUp)
 {
     auto outcome = OnBoard("one_switch.toml",
