@@ -12,8 +12,13 @@ struct Ended {
     bool inTime = true;  // false: it had to be killed
 };
 
+// How a child ends: at once, or as a program does, so that what measures the library writes its
+// findings (which takes its time).
+enum class Exit { kAtOnce, kMeasured };
+
 // Runs the work in a child and waits for its end, at most so many milliseconds.
-Ended InChild(const std::function<std::string()>& work, int milliseconds = 20000);
+Ended InChild(const std::function<std::string()>& work, int milliseconds = 20000,
+              Exit how = Exit::kAtOnce);
 
 // A process whose end is not waited for.
 class Background {

@@ -72,7 +72,8 @@ FaultyRun RunOnce(const FaultScenario& scenario, const Fault& fault)
     if (scenario.before != Before::kNothing)
         for (Family family : {Family::kSwitch, Family::kPhy})
             EXPECT_EQ(InChild([=] { return std::to_string(Initialise(family)); }).text, "0");
-    FaultyRun run = Parsed(InChild([&] { return Describe(scenario, fault); }, 5000));
+    FaultyRun run =
+        Parsed(InChild([&] { return Describe(scenario, fault); }, 5000, Exit::kMeasured));
     run.lockAfterExit = scenario.family == Family::kNone ? 1 : LockValue(scenario.family);
     return run;
 }

@@ -84,7 +84,7 @@ protected:
     HostileRegion() { InitialiseElsewhere(); }
 
     // Processes live, one after the other, until the time is over.
-    void ExpectLives()
+    void ExpectLives(const char* what)
     {
         int lives = 0;
         const auto end = Clock::now() + std::chrono::seconds(Seconds(1));
@@ -96,8 +96,8 @@ protected:
             ASSERT_EQ(LockValue(family), 1) << "life " << lives;
         }
         EXPECT_GT(lives, 2);
-        printf("| %s calls while others write the region | %d processes, %zu calls each |\n",
-               family == Family::kSwitch ? "switch" : "PHY", lives,
+        printf("| %s calls while others write %s | %d processes, %zu calls each |\n",
+               family == Family::kSwitch ? "switch" : "PHY", what, lives,
                kRounds * (CallsOf(family).size() + CallsOf(Family::kNone).size() + 1) + 1);
     }
 
@@ -150,7 +150,7 @@ void Keep(const Mapping& mapping)
 TEST_P(HostileRegion, CrashesNobodyAndKeepsNoLock)
 {
     const Background writer([] { SpoilAllForEver(); });
-    ExpectLives();
+    ExpectLives("the regions");
 }
 
 TEST_P(HostileRegion, WithACountThatDoesNotStayCrashesNobody)
@@ -158,7 +158,7 @@ TEST_P(HostileRegion, WithACountThatDoesNotStayCrashesNobody)
     volatile uint8_t* const count =
         family == Family::kSwitch ? &Region().NumOfSwitches : &PhyRegion().NumOfPhys;
     const Background writer([=] { SpoilCountForEver(count); });
-    ExpectLives();
+    ExpectLives("the device count");
 }
 
 // One family's region only: the truth is that of one mapping.

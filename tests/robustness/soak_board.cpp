@@ -137,11 +137,15 @@ void Write(const Setting& setting, uint8_t port, uint32_t value, uint32_t worker
 {
     WorkerRecord& record = Log().worker[worker];
     intention = {&setting, port, value, worker, 0};
+    record.setting = static_cast<uint32_t>(Index(setting));
+    record.value = value;
+    record.port = port;
     const uint64_t begin = MicrosecondsNow();
     const int result = setting.set(port, value);
     record.worstWait = std::max(record.worstWait, static_cast<uint32_t>(MicrosecondsNow() - begin));
     if (intention.sequence != 0)
         record.completed[static_cast<int>(setting.family)] = intention.sequence;
+    record.port = 0;
     ++record.calls;
     record.failures += result != 0 ? 1 : 0;
 }
@@ -250,6 +254,9 @@ int Work(uint32_t worker, uint64_t end)
     LogFromSlots();
     Platform().transcript.quiet = true;
     WorkerRecord& record = Log().worker[worker];
+    uint8_t count = 0;
+    record.failures += ORBLINK_GetNumOfSwitches(&count) == 0 ? 0 : 1;
+    record.failures += ETHPHY_GetNumOfPhys(&count) == 0 ? 0 : 1;
     std::minstd_rand random(worker + 1);
     const std::vector<Setting>& settings = Settings();
     for (int round = 0; Milliseconds() < end; ++round) {

@@ -38,6 +38,8 @@ struct WorkerRecord {
     uint32_t completed[3];    // by family: sequence of the last write whose call has returned
     uint32_t descriptors[2];  // early in its life, and at its end
     uint32_t resident[2];     // kB, likewise
+    // What its present call is to write; port 0 = it is in none.
+    uint32_t setting, port, value;
 };
 
 // The same bytes for both ABIs.

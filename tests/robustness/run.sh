@@ -1,0 +1,93 @@
+#!/bin/bash
+# The robustness programme for a given time, and a table of its figures:
+#   tests/robustness/run.sh [--minutes N]      10 minutes by default, builds not counted
+# Lines that begin with "| " in the output of the tests are the figures; docs/reliability.md shows them.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+
+minutes=10
+case "${1:-}" in
+--minutes) minutes=${2:?minutes are missing} ;;
+"") ;;
+*)
+    echo "usage: $0 [--minutes N]" >&2
+    exit 2
+    ;;
+esac
+[[ $minutes =~ ^[1-9][0-9]*$ ]] || { echo "$0: minutes are a whole number of 1 or more" >&2; exit 2; }
+
+# Debug builds are -O0, release builds -O2; both ABIs of each, side by side, so that their workers
+# meet on one board.
+builds=(gcc i386 release release-i386)
+tests=(fault_table_test kill_matrix_test signals_test threads_test hostile_region_test
+       neighbours_test soak_worker soak_test)
+# What has no natural end: 6 hostile forms per build, 4 crowds and one race detector.
+seconds=$((minutes * 60 / (6 * ${#builds[@]} + 4 + 1)))
+[ "$seconds" -gt 0 ] || seconds=1
+log=build/robustness/run.log
+failed=0
+mkdir -p build/robustness
+: >"$log"
+
+# Build trees of their own: nobody else's options change.
+tree()
+{
+    echo "build/robustness/$1"
+}
+
+build()
+{
+    local output
+    output=$(tree "$1").log
+    cmake --preset "$1" -B "$(tree "$1")" -DORBLINK_PROGRAMS=OFF >"$output" 2>&1 &&
+        cmake --build "$(tree "$1")" --target "${@:2}" >>"$output" 2>&1 ||
+        { tail -n 40 "$output" >&2; exit 1; }
+}
+
+# run PRESET SECONDS PROGRAM...: each test of the programs in a process of its own, thoroughly.
+run()
+{
+    local preset=$1 seconds=$2 program name
+    shift 2
+    export ORBLINK_BUILD=$PWD/$(tree "$preset") ORBLINK_THOROUGH=$seconds
+    for program in "$@"; do
+        echo "== $preset $program" >>"$log"
+        for name in $(names "$ORBLINK_BUILD/tests/$program"); do
+            timeout $((3 * seconds + 600)) "$ORBLINK_BUILD/tests/$program" --gtest_filter="$name" \
+                >>"$log" 2>&1 || { failed=1; echo "FAILED: $preset $name, see $log" >&2; }
+        done
+    done
+}
+
+# The tests of a program, one name each.
+names()
+{
+    "$1" --gtest_list_tests | awk '/^[^ ]/ { suite = $1 } /^ / { print suite $1 }'
+}
+
+for preset in "${builds[@]}"; do
+    echo "$(date +%T)  build $preset"
+    build "$preset" "${tests[@]}"
+done
+echo "$(date +%T)  build tsan"
+build tsan threads_test
+
+echo "$(date +%T)  faults, kills, signals, neighbours"
+run release 1 fault_table_test kill_matrix_test signals_test neighbours_test
+for preset in "${builds[@]}"; do
+    echo "$(date +%T)  hostile region, $preset"
+    run "$preset" "$seconds" hostile_region_test
+done
+echo "$(date +%T)  soak"
+run release "$seconds" soak_test
+echo "$(date +%T)  race detector"
+run tsan "$seconds" threads_test
+
+if [ -x tests/robustness/fuzz.sh ]; then
+    echo "$(date +%T)  fuzzers"
+    tests/robustness/fuzz.sh --seconds "$seconds" || failed=1
+fi
+
+sed -n 's/^== \(.*\)/\n\1/p; /^| /p' "$log" | tee build/robustness/figures.md
+echo "skipped: $(grep -c '^\[  SKIPPED \] [^1-9]' "$log" || true)"
+exit "$failed"
