@@ -11,7 +11,7 @@ foreach(folder common hwmbox board switch switch_hal_services phy)
 endforeach()
 
 set(orblink_public_headers
-    common/export.h common/format.h common/iface.h hwmbox/hwmbox.h board/board_services.h
+    common/export.h common/format.h common/iface.h common/shared_names.h hwmbox/hwmbox.h board/board_services.h
     switch/orblink_api.h switch/orblink_bridging.h switch/orblink_features.h
     switch/orblink_hal.h switch/orblink_ports.h switch/orblink_records.h
     switch_hal_services/orblink_hal_services.h

@@ -7,11 +7,11 @@
 #include <cerrno>
 
 #include "common/descriptor.h"
+#include "common/shared_names.h"
 
 namespace orblink {
 namespace {
 
-constexpr int kKeyId = 97;
 constexpr int kAccess = 0777;
 constexpr int kKeyFileAccess = 0600;
 
@@ -19,7 +19,7 @@ SemaphoreSet FindSet(const char* keyFile, int openFlags, int semgetFlags)
 {
     if (const Descriptor file{open(keyFile, openFlags, kKeyFileAccess)}; !file)
         return {-1, SemaphoreStep::kOpen, errno};
-    const key_t key = ftok(keyFile, kKeyId);
+    const key_t key = ftok(keyFile, OB_KEY_NUMBER);
     if (key == -1)
         return {-1, SemaphoreStep::kFtok, errno};
     const int id = semget(key, 1, semgetFlags);

@@ -55,7 +55,7 @@ struct PhyDeviceRecord {
     uint8_t padding3[2];
 };
 
-/* The shared region "/ethphy_driver". */
+/* The shared region OB_PHY_REGION_NAME (common/shared_names.h). */
 struct PhyDeviceRegion {
     struct PhyDeviceRecord phy[EP_MAX_PHYS];
     struct PhyVendorRecord vendor[EP_MAX_PHYS];

@@ -103,7 +103,7 @@ struct SwitchDeviceRecord {
     uint8_t padding5[3];
 };
 
-/* The shared region "/obos_orblink_driver". */
+/* The shared region OB_SWITCH_REGION_NAME (common/shared_names.h). */
 struct SwitchDeviceRegion {
     struct SwitchDeviceRecord device[OB_MAX_SWITCHES];
     struct SwitchVendorRecord vendor[OB_MAX_SWITCHES];

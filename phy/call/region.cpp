@@ -1,12 +1,13 @@
 #include "phy/call/region.h"
 
 #include "common/log.h"
+#include "common/shared_names.h"
 #include "common/shared_object.h"
 
 namespace orblink::phy {
 namespace {
 
-constexpr const char* kRegionName = "/ethphy_driver";
+constexpr const char* kRegionName = OB_PHY_REGION_NAME;
 
 }  // namespace
 

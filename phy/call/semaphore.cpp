@@ -4,12 +4,13 @@
 
 #include "common/log.h"
 #include "common/semaphore_set.h"
+#include "common/shared_names.h"
 #include "phy/call/process_state.h"
 
 namespace orblink::phy {
 namespace {
 
-constexpr const char* kKeyFile = "/var/tmp/ethphy_sem";
+constexpr const char* kKeyFile = OB_PHY_KEY_FILE;
 
 }  // namespace
 

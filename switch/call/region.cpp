@@ -1,4 +1,5 @@
 #include "common/log.h"
+#include "common/shared_names.h"
 #include "common/shared_object.h"
 #include "switch/orblink_api.h"
 
@@ -6,7 +7,7 @@ using namespace orblink;
 
 namespace {
 
-constexpr const char* kRegionName = "/obos_orblink_driver";
+constexpr const char* kRegionName = OB_SWITCH_REGION_NAME;
 
 }  // namespace
 

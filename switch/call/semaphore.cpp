@@ -6,12 +6,13 @@
 
 #include "common/log.h"
 #include "common/semaphore_set.h"
+#include "common/shared_names.h"
 #include "switch/call/process_state.h"
 
 namespace orblink::sw {
 namespace {
 
-constexpr const char* kKeyFile = "/var/tmp/orblink_sem";
+constexpr const char* kKeyFile = OB_SWITCH_KEY_FILE;
 
 int _System5SemOp(int semaphoreId, short operation, short flags = SEM_UNDO)
 {
