@@ -1,3 +1,6 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <string>
@@ -17,9 +20,20 @@ int Complete(const std::vector<std::string>& words)
 
 }  // namespace
 
+// A descriptor that is closed would be given to the next file that is opened, and what is printed
+// would go there.
+void OpenStandardStreams()
+{
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+        if (fcntl(stream, F_GETFD) == -1)
+            // The lowest closed descriptor is this one.
+            (void)open("/dev/null", O_RDWR);
+}
+
 int main(int argc, char** argv)
 {
-    // A closed pipe is a failed write with a message, not a silent end.
+    OpenStandardStreams();
+    // A write that fails says so; what else is written must not end with it.
     std::signal(SIGPIPE, SIG_IGN);
     std::vector<std::string> arguments(argv + 1, argv + argc);
     // Unfinished words are not to be judged as a command line.

@@ -2,10 +2,12 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 
+#include "tools/orblinkctl/commands/initialise.h"
+#include "tools/orblinkctl/commands/recovery.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/facts/board_model.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/phy_model.h"
@@ -21,85 +23,89 @@ namespace ctl {
 
 namespace {
 
-// The mailbox client tells its story on standard output, where only the command's own output
-// belongs.
-// False when no board data came, or none that the library could take: it then goes on without
-// devices.
-template <typename Initialise>
-bool InitialiseFamily(const char* operation, Initialise initialise)
+void RequireFirstTime(Family family)
 {
-    StdoutCapture capture;
-    const int result = initialise();
-    const std::string story = capture.Text();
-    if (CurrentSettings().verbosity > 0 || (result != 0 && !CurrentSettings().quiet))
-        std::fputs(story.c_str(), stderr);
-    Check(result, "board", operation);
-    return story.find("successfully received") != std::string::npos && !LogSaid("Bad message") &&
-           !LogSaid("Unsupported message type");
+    RequireOwnRegion(family);
+    if (!IsInitialised(family))
+        return;
+    const std::string name = std::string("the ") + NamesOf(family).name + " family";
+    const Diagnosis found = Diagnose(family);
+    const std::string next = NextCommand(found);
+    if (next.empty())
+        throw Failure{kInitState, name + " is already initialised"};
+    throw Failure{kInitState,
+                  name + " is already initialised: " + VerdictText(found) + ": " + next};
 }
 
-void RequireBoardData(bool came, unsigned devices, const char* name)
-{
-    if (!came && devices == 0)
-        throw Failure{kFailed, std::string("the ") + name +
-                                   " family is initialised, but without devices: no good board "
-                                   "data came over the mailbox (-v shows the exchange)"};
-}
-
-void RefuseSecondTime(Family family, const char* name)
-{
-    if (IsInitialised(family))
-        throw Failure{kInitState, std::string("the ") + name + " family is already initialised"};
-}
-
-Model FamilyModel(const char* name, unsigned devices)
+Model WithoutAnswer(Family family)
 {
     Model model;
-    model["family"] = name;
-    model["devices"] = devices;
+    model["family"] = family == Family::kPhy ? "phy" : "switch";
+    model["devices"] = 0;
+    model["failure"] = NoAnswerText();
+    model["mac_addresses"] = nullptr;
     return model;
+}
+
+// Boards of PHYs alone send no board data for switches, and the other way round.
+void RequireOneAnswer(const Model& families)
+{
+    for (const auto& family : families)
+        if (!family.contains("failure"))
+            return;
+    throw Failure{kFailed, families.front()["failure"].get<std::string>()};
 }
 
 Model Initialise(Call& call)
 {
     const bool both = call.Has("--switch") == call.Has("--phy");
-    const bool switches = both || call.Has("--switch");
-    const bool phys = both || call.Has("--phy");
-    if (call.Has("--no-defaults") && !switches)
+    std::vector<Family> wanted;
+    if (both || call.Has("--switch"))
+        wanted.push_back(Family::kSwitch);
+    if (both || call.Has("--phy"))
+        wanted.push_back(Family::kPhy);
+    if (call.Has("--no-defaults") && wanted.front() != Family::kSwitch)
         throw Failure{kUsage, "--no-defaults is for the switch family"};
-    if (switches)
-        RefuseSecondTime(Family::kSwitch, "switch");
-    if (phys)
-        RefuseSecondTime(Family::kPhy, "PHY");
+    for (const Family family : wanted)
+        RequireFirstTime(family);
+    Model families = Model::array();
+    for (const Family family : wanted) {
+        auto found = InitialiseFamily(family, !call.Has("--no-defaults"));
+        families.push_back(found ? std::move(*found) : WithoutAnswer(family));
+    }
+    RequireOneAnswer(families);
     Model model;
     model["families"] = Model::array();
-    if (switches) {
-        const uint32_t defaults = call.Has("--no-defaults") ? 0 : 1;
-        const bool came =
-            InitialiseFamily("ORBLINK_InitOnce", [&] { return ORBLINK_InitOnce(defaults); });
-        uint8_t count = 0;
-        Check(ORBLINK_GetNumOfSwitches(&count), "board", "ORBLINK_GetNumOfSwitches");
-        RequireBoardData(came, count, "switch");
-        model["families"].push_back(FamilyModel("switch", count));
+    model["mac_addresses"] = nullptr;
+    for (auto& family : families) {
+        if (model["mac_addresses"].is_null())
+            model["mac_addresses"] = family["mac_addresses"];
+        family.erase("mac_addresses");
+        model["families"].push_back(std::move(family));
     }
-    if (phys) {
-        const bool came = InitialiseFamily("ETHPHY_InitOnce", [] { return ETHPHY_InitOnce(); });
-        uint8_t count = 0;
-        Check(ETHPHY_GetNumOfPhys(&count), "board", "ETHPHY_GetNumOfPhys");
-        RequireBoardData(came, count, "PHY");
-        model["families"].push_back(FamilyModel("phy", count));
-    }
-    model["mac_addresses"] = MacAddresses();
+    RememberMacAddresses(model["mac_addresses"]);
     return model;
 }
 
 void PrintInitialised(const Model& model, std::string& out)
 {
-    for (const auto& family : model["families"])
-        Line(out, {Text(family["family"]), " family: ", Text(family["devices"]), " found"});
+    std::string next;
+    for (const auto& family : model["families"]) {
+        const std::string name = Text(family["family"]);
+        const auto devices = family["devices"].get<unsigned>();
+        const std::string none = family.contains("failure") ? ": " + Text(family["failure"])
+                                                            : ": the board data name none";
+        Line(out, {name, " family: ", std::to_string(devices), " found", devices == 0 ? none : ""});
+        for (unsigned i = 0; i < devices; ++i)
+            next +=
+                (next.empty() ? "" : ", ") + std::string("orblinkctl ") +
+                (name == "phy" ? "phy " + std::to_string(i) + " up" : "up " + std::to_string(i));
+    }
     if (!model["mac_addresses"].is_null())
         for (const auto& address : model["mac_addresses"])
             Line(out, {"MAC address ", Text(address)});
+    if (!next.empty())
+        Line(out, {"next: ", next});
 }
 
 Model Show(Call& call)
@@ -150,7 +156,7 @@ ExitCode Overview(Call& call)
 {
     const Model board = LiveBoard();
     if (call.Has("--svg"))
-        ReplaceFile(call.Word("--svg"), PictureSvg(DrawBoard(board)));
+        WriteFile(call.Word("--svg"), PictureSvg(DrawBoard(board)));
     else
         WriteOut(Rendered(call, board));
     return CodeOf(board);
@@ -189,13 +195,11 @@ Model ShowBattery(Call&)
 Model ShowMacs(Call&)
 {
     Model model;
-    model["mac_addresses"] = Model::array();
-    uint8_t macs[5][6];
-    Check(ORBLINK_GetMacAddresses(macs[0], macs[1], macs[2], macs[3], macs[4]),
-          "board (only the process that initialised the board knows the addresses)",
-          "ORBLINK_GetMacAddresses");
-    for (const auto& mac : macs)
-        model["mac_addresses"].push_back(MacWord(mac));
+    model["mac_addresses"] = MacAddresses();
+    if (model["mac_addresses"].is_null())
+        throw Failure{kUnsupported,
+                      "the MAC addresses are known to the program that initialised the board, and "
+                      "to nobody after it: 'orblinkctl init' prints them"};
     return model;
 }
 

@@ -4,13 +4,13 @@
 #include <cstring>
 #include <functional>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <regex>
 
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/config/config_model.h"
 #include "tools/orblinkctl/facts/board_model.h"
 #include "tools/orblinkctl/facts/counters.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/mac_table.h"

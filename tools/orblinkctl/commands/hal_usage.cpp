@@ -1,11 +1,11 @@
 #include "tools/orblinkctl/commands/hal_usage.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "hals/vswitch/vswitch_ioctl.h"
 #include "switch/orblink_hal.h"
 #include "tools/orblinkctl/facts/counters.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/line/help.h"

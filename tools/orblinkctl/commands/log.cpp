@@ -2,11 +2,11 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <regex>
 
 #include "platform/ob_platform.h"
 #include "tools/orblinkctl/commands/tables.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/output/file.h"
 #include "tools/orblinkctl/output/model_text.h"

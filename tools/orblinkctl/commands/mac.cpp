@@ -1,10 +1,10 @@
 // The MAC table.
 #include <algorithm>
 #include <cctype>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/mac_table.h"
 #include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/output/model_text.h"
@@ -36,14 +36,26 @@ bool Passes(const Call& call, const Model& entry)
     return entry["switch"] == port.device && entry["port"] == port.port;
 }
 
+// The table is the chip's own: of a switch that is down there is none to show.
+void RequireOneEnabled(const SwitchDeviceRegion& region, const std::vector<unsigned>& devices)
+{
+    for (const unsigned device : devices)
+        if (IsEnabled(region.device[device]))
+            return;
+    if (!devices.empty())
+        throw Failure{kUnsupported, DownText(region.device[devices.front()], devices.front())};
+}
+
 Model ListMacs(Call& call)
 {
     const auto region = ReadSwitches();
     if (call.Has("--port"))
         RequirePort(region, *FindPort(call.Word("--port")));
     Model entries = Model::array();
-    for (const unsigned device : SwitchesOf(call, region)) {
-        if (!call.Has("SWITCH") && !IsEnabled(region.device[device]))
+    const auto devices = SwitchesOf(call, region);
+    RequireOneEnabled(region, devices);
+    for (const unsigned device : devices) {
+        if (!IsEnabled(region.device[device]))
             continue;
         for (auto& entry : MacEntries(region.device[device], device))
             if (Passes(call, entry))

@@ -1,9 +1,9 @@
 // Measured values in the text format of Prometheus.
 #include <cctype>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/facts/counters.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/phy_counters.h"
 #include "tools/orblinkctl/facts/phy_model.h"
@@ -217,7 +217,7 @@ ExitCode RunMetrics(Call& call)
     model["metrics"] = metrics.Take();
     const std::string text = Rendered(call, model);
     if (call.Has("--textfile"))
-        ReplaceFile(call.Word("--textfile"), text);
+        WriteFile(call.Word("--textfile"), text);
     else
         WriteOut(text);
     return call.exitCode;

@@ -1,9 +1,9 @@
 // Ports: links, settings, counters, tests.
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/counters.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 
@@ -79,6 +79,7 @@ Model Enable(Call& call)
 Model Disable(Call& call)
 {
     const PortTarget target(call);
+    target.RequireForceForInternal(call, "disables it");
     Check(ORBLINK_DisablePort(target.Device(), target.Port()), target.object,
           "ORBLINK_DisablePort");
     return Done(target, "enabled", false);
@@ -267,7 +268,8 @@ constexpr Command kCommands[] = {
     {"port PORT enabled", "", "whether a port is to be enabled", "ORBLINK_GetPortEnable",
      ShowEnabled, PrintModel},
     {"port PORT enable", "", "enable a port", "ORBLINK_EnablePort", Enable, PrintChanges},
-    {"port PORT disable", "", "disable a port", "ORBLINK_DisablePort", Disable, PrintChanges},
+    {"port PORT disable", "--force", "disable a port", "ORBLINK_DisablePort", Disable,
+     PrintChanges},
     {"port PORT speed", "", "the configured speed and duplex", "ORBLINK_GetSwitchDevices",
      ShowSpeed, PrintModel},
     {"port PORT speed SPEED [DUPLEX]", "", "force speed and duplex; auto negotiates",

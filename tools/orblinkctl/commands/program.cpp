@@ -5,9 +5,9 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/commands/tables.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"
 #include "tools/orblinkctl/line/session.h"

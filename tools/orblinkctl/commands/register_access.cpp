@@ -1,7 +1,6 @@
 #include "tools/orblinkctl/commands/register_access.h"
 
-#include <nlohmann/json.hpp>
-
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {

@@ -1,7 +1,6 @@
 #include "tools/orblinkctl/commands/register_lists.h"
 
-#include <nlohmann/json.hpp>
-
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/phy_model.h"

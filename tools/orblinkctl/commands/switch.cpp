@@ -1,8 +1,8 @@
 // Switches: state, bring-up, reset, capabilities.
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"

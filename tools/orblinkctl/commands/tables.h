@@ -18,6 +18,7 @@ std::span<const Command> MetricsCommands();
 std::span<const Command> WatchCommands();
 std::span<const Command> LogCommands();
 std::span<const Command> BundleCommands();
+std::span<const Command> RecoveryCommands();
 std::span<const Command> ProgramCommands();
 
 }  // namespace ctl

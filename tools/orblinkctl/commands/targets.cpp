@@ -23,6 +23,12 @@ void PortTarget::RequireLanPort() const
                                         std::to_string(PortCount(Record()) - 1)};
 }
 
+void PortTarget::RequireForceForInternal(const Call& call, const char* consequence) const
+{
+    if (Record().board.internalPortPidx == id.port && !call.Has("--force"))
+        throw Failure{kUnsupported, object + " is the port to the SoC: --force " + consequence};
+}
+
 void PortTarget::RequirePhyPort() const
 {
     if (!HasPhy())

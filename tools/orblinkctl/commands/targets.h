@@ -31,6 +31,9 @@ struct PortTarget {
     uint8_t Port() const { return static_cast<uint8_t>(id.port); }
     bool HasPhy() const { return Record().caps.port[id.port].portHasPhy != 0; }
 
+    // What cuts the SoC off from the switch is done only with --force.
+    void RequireForceForInternal(const Call& call, const char* consequence) const;
+
     // Fail with "not supported".
     void RequireLanPort() const;
     void RequirePhyPort() const;

@@ -1,8 +1,9 @@
 // VLAN settings of the ports, provider bridged mode and the MAC-to-VLAN table.
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
+#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/record_check.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 
@@ -88,6 +89,8 @@ Model SetGroup(Call& call)
     const uint32_t lock = LockState(call);
     const PortTarget target(call);
     target.RequireLanPort();
+    if (!none)
+        target.RequireForceForInternal(call, "puts it into a group, apart from the other ports");
     // The library would succeed silently and write nothing.
     if (lock == 0 && target.Record().config.groupIdLock[target.id.port] != 0)
         throw Failure{kFailed,
@@ -139,6 +142,7 @@ Model ListMacVlans(Call& call)
     Model model;
     model["mac_vlans"] = Model::array();
     for (const unsigned device : SwitchesOf(call, region)) {
+        RequireSane(region.device[device], device);
         MacToVlanEntry table[OB_MAC_VLAN_ENTRIES];
         Check(ORBLINK_GetMactoVlanTable(static_cast<uint8_t>(device), table), SwitchObject(device),
               "ORBLINK_GetMactoVlanTable");
@@ -148,12 +152,45 @@ Model ListMacVlans(Call& call)
     return model;
 }
 
+constexpr MacAddress kBroadcast = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+
+// The second digit of an address tells a group from one station.
+constexpr uint16_t kMaskOfGroupDigit = 0x400;
+
+// As the library keeps an address: digits that do not count are 0xF.
+MacAddress Masked(const MacAddress& mac, uint16_t mask)
+{
+    MacAddress masked = mac;
+    for (unsigned digit = 0; digit < 12; ++digit)
+        if ((mask >> (11 - digit) & 1) == 0)
+            masked[digit / 2] |= digit % 2 == 0 ? 0xF0 : 0x0F;
+    return masked;
+}
+
+void RequireMapped(const PortTarget& target, const MacAddress& mac, uint16_t mask)
+{
+    const MacAddress wanted = Masked(mac, mask);
+    for (const auto& entry : target.Record().config.macToVlanTable)
+        if (entry.EnableMapping != 0 && entry.LogPort == target.id.port &&
+            std::equal(wanted.begin(), wanted.end(), entry.Mac))
+            return;
+    throw Failure{kNoSuchObject, target.object + ": no MAC-to-VLAN entry " + MacWord(mac.data()) +
+                                     ", mask " + Hex(mask, 3)};
+}
+
 Model MapMac(Call& call, uint16_t vid, bool add)
 {
     const PortTarget target(call);
     target.RequireLanPort();
     const MacAddress mac = *ParseMac(call.Word("MAC"));
     const uint16_t mask = call.Has("--mask") ? call.As<uint16_t>("--mask") : uint16_t{0xFFF};
+    if (add && (mac[0] & 1) != 0 && (mask & kMaskOfGroupDigit) != 0)
+        throw Failure{
+            kUsage, MacWord(mac.data()) +
+                        (mac == kBroadcast ? " is the broadcast address" : " is a group address") +
+                        ": no frame comes from it"};
+    if (!add)
+        RequireMapped(target, mac, mask);
     Check(ORBLINK_MapMactoVlan(target.Device(), target.Port(), mac.data(), mask, vid, add ? 1 : 0),
           target.object, "ORBLINK_MapMactoVlan");
     Model value;
@@ -188,7 +225,7 @@ constexpr Command kCommands[] = {
      "ORBLINK_SetLanPortEgressTagging", SetTagging, PrintChanges},
     {"port PORT group", "", "VLAN, priority, tagging and group of a port",
      "ORBLINK_GetSwitchDevices", ShowVlan, PrintModel},
-    {"port PORT group GROUP", "--lock --unlock", "set the group of a LAN port",
+    {"port PORT group GROUP", "--lock --unlock --force", "set the group of a LAN port",
      "ORBLINK_SetLanPortGroupId", SetGroup, PrintChanges},
     {"bridge-mode [SWITCH]", "", "provider bridged mode and its TPID", "ORBLINK_GetSwitchDevices",
      ShowBridgeMode, PrintModel},

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <deque>
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/commands/tables.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/monitor.h"
 #include "tools/orblinkctl/facts/rates.h"
 #include "tools/orblinkctl/line/session.h"

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/line/command.h"
 #include "tools/orblinkctl/line/grammar.h"
@@ -141,11 +141,11 @@ private:
         const std::string onOff = difference.wanted == true ? "on" : "off";
         if (key == "enabled")
             Step(late + (difference.wanted == true ? kEnable : kDisable),
-                 port + (difference.wanted == true ? " enable" : " disable"));
+                 port + (difference.wanted == true ? " enable" : " disable" + Force(late)));
         else if (key == "speed" || key == "duplex")
             AddSpeed(difference, port, late, record.config.enabledPorts >> id.port & 1);
         else if (key == "group" || key == "group_locked")
-            AddGroup(difference, port);
+            AddGroup(difference, port, late);
         else if (key == "mirror_to")
             Step(late + kSetting, port + " mirror " + value);
         else if (key == "eee" || key == "delay")
@@ -174,17 +174,20 @@ private:
         Drop(port + " speed ");
         if (!enabled) {
             Step(late + kEnable, port + " enable");
-            Step(late + kDisable, port + " disable");
+            Step(late + kDisable, port + " disable" + Force(late));
         }
         Step(late + kSetting, port + " speed " + speed + " " + duplex);
     }
 
-    void AddGroup(const ConfigDifference& difference, const std::string& port)
+    // A file that cuts the SoC off says so itself.
+    static std::string Force(int late) { return late != 0 ? " --force" : ""; }
+
+    void AddGroup(const ConfigDifference& difference, const std::string& port, int late)
     {
         const std::string group = Text(Final(difference, "group"));
         const bool locked = Final(difference, "group_locked") == true;
         Drop(port + " group ");
-        Step(kGroup, port + " group " + group + (locked ? " --lock" : " --unlock"));
+        Step(kGroup, port + " group " + group + (locked ? " --lock" : " --unlock") + Force(late));
     }
 
     void Drop(const std::string& beginning)
@@ -209,7 +212,8 @@ void DropContradictions(std::vector<ConfigStep>& steps,
             continue;
         const std::string disable =
             "port " + difference.path[1] + ":" + difference.path[3] + " disable";
-        std::erase_if(steps, [&](const ConfigStep& step) { return step.command == disable; });
+        std::erase_if(steps,
+                      [&](const ConfigStep& step) { return step.command.starts_with(disable); });
     }
 }
 

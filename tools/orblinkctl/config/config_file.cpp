@@ -1,8 +1,8 @@
 // Reading a configuration file: every key and every value is checked before the board is touched.
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/config/config_model.h"
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/model.h"
 #include "tools/orblinkctl/facts/toml_file.h"
 #include "tools/orblinkctl/facts/words.h"

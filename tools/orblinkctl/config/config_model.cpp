@@ -1,9 +1,10 @@
 #include "tools/orblinkctl/config/config_model.h"
 
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/record_check.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/facts/words.h"
 
@@ -149,9 +150,11 @@ Model CurrentConfig()
     }
     if (IsInitialised(Family::kPhy)) {
         const auto region = ReadPhys();
-        for (unsigned device = 0; device < region.NumOfPhys; ++device)
+        for (unsigned device = 0; device < region.NumOfPhys; ++device) {
+            RequireSane(region.phy[device], device);
             config["phy"][std::to_string(device)]["admin"] =
                 region.phy[device].config.adminState != 0;
+        }
     }
     return config;
 }

@@ -1,10 +1,10 @@
 // The configuration that the records store, as a tree that can be saved, compared and applied.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/model.h"
 

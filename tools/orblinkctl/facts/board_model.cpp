@@ -1,8 +1,7 @@
 #include "tools/orblinkctl/facts/board_model.h"
 
-#include <nlohmann/json.hpp>
-
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/phy_model.h"
@@ -11,6 +10,8 @@
 namespace ctl {
 
 namespace {
+
+Model remembered;
 
 void AddSwitches(Model& model, bool live)
 {
@@ -63,6 +64,11 @@ Model ReadBoard(bool live)
 
 }  // namespace
 
+void RememberMacAddresses(Model addresses)
+{
+    remembered = std::move(addresses);
+}
+
 Model StoredBoard()
 {
     return ReadBoard(false);
@@ -75,6 +81,8 @@ Model LiveBoard()
 
 Model MacAddresses()
 {
+    if (!remembered.is_null())
+        return remembered;
     uint8_t macs[5][6];
     const bool known = ORBLINK_GetMacAddresses(macs[0], macs[1], macs[2], macs[3], macs[4]) == 0;
     if (!known) {

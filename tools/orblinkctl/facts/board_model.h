@@ -17,5 +17,7 @@ Model LiveBoard();
 
 // The five addresses, or null where this process does not know them.
 Model MacAddresses();
+// What the initialising process told this one.
+void RememberMacAddresses(Model addresses);
 
 }  // namespace ctl

@@ -1,8 +1,7 @@
 #include "tools/orblinkctl/facts/chip_settings.h"
 
-#include <nlohmann/json.hpp>
-
 #include "tools/orblinkctl/facts/counters.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/facts/words.h"
 

@@ -2,9 +2,9 @@
 
 #include <array>
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "hals/vswitch/vswitch_hal.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {

@@ -14,6 +14,7 @@ enum ExitCode {
     kUnsupported = 5,
     kPermission = 6,
     kBusy = 7,
+    kDamaged = 8,
     kDifferent = 9,
 };
 

@@ -1,8 +1,5 @@
 #include "tools/orblinkctl/facts/library.h"
 
-#include <fcntl.h>
-#include <sys/ipc.h>
-#include <sys/mman.h>
 #include <sys/sem.h>
 #include <unistd.h>
 
@@ -12,57 +9,51 @@
 #include <cstring>
 #include <thread>
 
+#include "tools/orblinkctl/facts/diagnosis.h"
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/held_lock.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/facts/record_check.h"
 
 namespace ctl {
 
 namespace {
 
-struct FamilyFiles {
-    const char* name;
-    const char* keyFile;
-    const char* region;
-};
-
-const FamilyFiles& FilesOf(Family family)
-{
-    static constexpr FamilyFiles kFiles[] = {
-        {"switch", "/var/tmp/orblink_sem", "/obos_orblink_driver"},
-        {"PHY", "/var/tmp/ethphy_sem", "/ethphy_driver"},
-    };
-    return kFiles[family == Family::kPhy ? 1 : 0];
-}
-
-constexpr int kKeyId = 97;
-
 double busyWait = kUsualWait;
 
-// -1 when there is none; errno tells why.
-int FindSemaphore(const FamilyFiles& files)
+[[noreturn]] void RefuseAccess(const FamilyNames& names, const std::string& what, int error)
 {
-    const int file = open(files.keyFile, O_RDWR | O_CLOEXEC);
-    if (file < 0)
-        return -1;
-    close(file);
-    const key_t key = ftok(files.keyFile, kKeyId);
-    return key == -1 ? -1 : semget(key, 1, 0);
+    throw Failure{kPermission, std::string("no permission to use the ") + names.name + " family (" +
+                                   what + "): " + std::strerror(error)};
 }
 
-[[noreturn]] void RefuseAccess(const FamilyFiles& files, const std::string& what)
+bool Forbidden(int error)
 {
-    throw Failure{kPermission, std::string("no permission to use the ") + files.name + " family (" +
-                                   what + "): " + std::strerror(errno)};
+    return error == EACCES || error == EPERM;
 }
 
-void RequireRegion(const FamilyFiles& files)
+// The library opens the key file for reading and writing.
+LockState UsableLock(Family family)
 {
-    const int file = shm_open(files.region, O_RDWR | O_CLOEXEC, 0);
-    if (file >= 0)
-        close(file);
-    else if (errno == EACCES)
-        RefuseAccess(files, std::string("/dev/shm") + files.region);
+    const FamilyNames& names = NamesOf(family);
+    LockState lock = LookAtLock(family);
+    if (lock.Exists() && eaccess(names.keyFile, R_OK | W_OK) != 0)
+        lock.error = errno;
+    if (Forbidden(lock.error))
+        RefuseAccess(names, names.keyFile, lock.error);
+    return lock;
+}
+
+void RequireRegion(Family family)
+{
+    const FamilyNames& names = NamesOf(family);
+    const RegionState region = LookAtRegion(family);
+    if (const auto fault = RegionFault(family, region))
+        throw Failure{kDamaged, *fault};
+    const std::string path = std::string("/dev/shm") + names.region;
+    if (region.exists && eaccess(path.c_str(), R_OK | W_OK) != 0)
+        RefuseAccess(names, path, errno);
 }
 
 int Attach(Family family)
@@ -71,27 +62,50 @@ int Attach(Family family)
     int& semaphore = semaphores[family == Family::kPhy ? 1 : 0];
     if (semaphore >= 0)
         return semaphore;
-    const FamilyFiles& files = FilesOf(family);
-    const int found = FindSemaphore(files);
-    if (found < 0 && (errno == EACCES || errno == EPERM))
-        RefuseAccess(files, files.keyFile);
-    if (found < 0)
-        throw Failure{kInitState, std::string("the ") + files.name +
+    const LockState lock = UsableLock(family);
+    if (!lock.Exists())
+        throw Failure{kInitState, std::string("the ") + NamesOf(family).name +
                                       " family is not initialised: run 'orblinkctl init' first"};
-    RequireRegion(files);
-    return semaphore = found;
+    RequireRegion(family);
+    return semaphore = lock.id;
 }
 
-void WaitUntilFree(int semaphore, const FamilyFiles& files)
+[[noreturn]] void RefuseBusy(Family family)
+{
+    const Diagnosis found = Diagnose(family);
+    const std::string next = NextCommand(found);
+    throw Failure{
+        kBusy, std::string("the ") + NamesOf(family).name + " family is busy: " +
+                   (found.holder == Holder::kNone ? "other calls were faster" : HolderText(found)) +
+                   (next.empty() ? "" : ": " + next)};
+}
+
+void WaitUntilFree(int semaphore, Family family)
 {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::duration<double>(busyWait);
     while (semctl(semaphore, 0, GETVAL) == 0) {
         if (Clock::now() >= end)
-            throw Failure{kBusy, std::string("the ") + files.name +
-                                     " family is busy: another call has been holding it"};
+            RefuseBusy(family);
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
+}
+
+void RequireFilled(Family family, bool blank)
+{
+    if (blank)
+        throw Failure{kInitState, std::string("the ") + NamesOf(family).name +
+                                      " family is not initialised, its region holds nothing: "
+                                      "orblinkctl recover --apply, then orblinkctl init"};
+}
+
+void RequireCount(Family family, unsigned count, unsigned most)
+{
+    if (count > most)
+        throw Failure{kDamaged, std::string("the shared state is damaged: the region of the ") +
+                                    NamesOf(family).name + " family counts " +
+                                    std::to_string(count) + " devices, the most is " +
+                                    std::to_string(most) + ": restart the machine"};
 }
 
 }  // namespace
@@ -103,23 +117,47 @@ void SetBusyWait(double seconds)
 
 bool IsInitialised(Family family)
 {
-    const FamilyFiles& files = FilesOf(family);
-    if (FindSemaphore(files) >= 0)
-        return true;
-    if (errno == EACCES || errno == EPERM)
-        RefuseAccess(files, files.keyFile);
-    return false;
+    return UsableLock(family).Exists();
 }
 
 void Enter(Family family)
 {
-    WaitUntilFree(Attach(family), FilesOf(family));
+    WaitUntilFree(Attach(family), family);
 }
+
+namespace {
+
+// "switch N", "port N:P", "PHY N", with whatever follows.
+unsigned DeviceOf(std::string_view object)
+{
+    const size_t digit = object.find_first_of("0123456789");
+    return digit == std::string_view::npos ? 0 : static_cast<unsigned>(object[digit] - '0');
+}
+
+// The library refuses what needs a chip that is up; whoever reads that wants to know how to get it
+// up.
+void RequireAwake(std::string_view object)
+{
+    const unsigned device = DeviceOf(object);
+    if (LogSaid("PHY is in disabled state")) {
+        DropHeldLogLines();
+        throw Failure{kUnsupported, PhyObject(device) + " is in reset: orblinkctl phy " +
+                                        std::to_string(device) + " up"};
+    }
+    if (!LogSaid("Switch is not in enabled state"))
+        return;
+    DropHeldLogLines();
+    const auto region = ReadSwitches();
+    throw Failure{kUnsupported, DownText(SwitchOf(region, device), device)};
+}
+
+}  // namespace
 
 void Check(int result, std::string_view object, const char* operation)
 {
     if (result == 0)
         return;
+    RequireAwake(object);
     std::string text = std::string(object) + ": " + operation + " failed";
     if (LogSaid("HAL does not exist"))
         throw Failure{kUnsupported, text + ": its HAL library does not offer it"};
@@ -133,7 +171,8 @@ SwitchDeviceRegion ReadSwitches()
     SwitchDeviceRegion region;
     Enter(Family::kSwitch);
     Check(ORBLINK_GetSwitchDevices(&region), "board", "ORBLINK_GetSwitchDevices");
-    region.NumOfSwitches = std::min<uint8_t>(region.NumOfSwitches, OB_MAX_SWITCHES);
+    RequireFilled(Family::kSwitch, IsBlank(region));
+    RequireCount(Family::kSwitch, region.NumOfSwitches, OB_MAX_SWITCHES);
     return region;
 }
 
@@ -155,6 +194,13 @@ bool IsEnabled(const SwitchDeviceRecord& record)
     return record.config.state == OB_STATE_ENABLED;
 }
 
+std::string DownText(const SwitchDeviceRecord& record, unsigned device)
+{
+    const char* state =
+        record.config.state == OB_STATE_RESET ? " is in reset" : " was never brought up";
+    return SwitchObject(device) + state + ": orblinkctl up " + std::to_string(device);
+}
+
 void RequirePort(const SwitchDeviceRegion& region, PortId port)
 {
     const auto& record = SwitchOf(region, port.device);
@@ -173,11 +219,14 @@ PhyDeviceRegion ReadPhys()
     Check(ETHPHY_GetNumOfPhys(&region.NumOfPhys), "board", "ETHPHY_GetNumOfPhys");
     if (region.NumOfPhys == 0)
         return region;
+    RequireCount(Family::kPhy, region.NumOfPhys, EP_MAX_PHYS);
     // The first record is where the region begins.
     void* mapped = nullptr;
     Check(ETHPHY_GetPhyData(0, &mapped), PhyObject(0), "ETHPHY_GetPhyData");
-    std::memcpy(&region, mapped, sizeof region);
-    region.NumOfPhys = std::min<uint8_t>(region.NumOfPhys, EP_MAX_PHYS);
+    {
+        const HeldLock lock(Family::kPhy, Attach(Family::kPhy), busyWait);
+        std::memcpy(&region, mapped, sizeof region);
+    }
     return region;
 }
 

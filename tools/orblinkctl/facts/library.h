@@ -6,11 +6,10 @@
 
 #include "phy/ethphy_api.h"
 #include "switch/orblink_api.h"
+#include "tools/orblinkctl/facts/shared_state.h"
 #include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
-
-enum class Family { kSwitch, kPhy };
 
 inline constexpr double kUsualWait = 10;
 void SetBusyWait(double seconds);
@@ -28,6 +27,8 @@ SwitchDeviceRegion ReadSwitches();
 const SwitchDeviceRecord& SwitchOf(const SwitchDeviceRegion& region, unsigned device);
 // So must the port be one of the switch's.
 void RequirePort(const SwitchDeviceRegion& region, PortId port);
+// Why an operation of a switch that is not enabled is refused, with the command that mends it.
+std::string DownText(const SwitchDeviceRecord& record, unsigned device);
 unsigned PortCount(const SwitchDeviceRecord& record);
 bool IsEnabled(const SwitchDeviceRecord& record);
 

@@ -11,6 +11,7 @@
 
 #include "platform/ob_platform.h"
 #include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/facts/text_safety.h"
 
 namespace ctl {
 
@@ -69,6 +70,7 @@ void Take(const OBPLAT_LogSite* site, const char* function, const char* format, 
         line += std::string(function) + ": ";
     line += text;
     line.erase(line.find_last_not_of(" \n") + 1);
+    line = PrintableLines(line);
     if (recordAll)
         Record() += line + "\n";
     if (ShownAtOnce(site->Severity))
@@ -109,6 +111,19 @@ std::vector<std::string> HeldLogLines()
 void DropHeldLogLines()
 {
     Lines().clear();
+}
+
+void HoldLogLines(std::vector<std::string> lines)
+{
+    Lines() = std::move(lines);
+}
+
+std::string LineWith(std::string_view text)
+{
+    for (const auto& line : Lines())
+        if (line.find(text) != std::string::npos)
+            return line;
+    return {};
 }
 
 bool LogSaid(std::string_view text)

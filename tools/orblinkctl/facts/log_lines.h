@@ -19,9 +19,13 @@ void TakeLogLines(LogMode mode);
 // Lines that were held back since the last call of this function.
 std::vector<std::string> HeldLogLines();
 void DropHeldLogLines();
+// Lines of a process that worked for this one.
+void HoldLogLines(std::vector<std::string> lines);
 
 // Whether a failure or notice of the running command holds this text.
 bool LogSaid(std::string_view text);
+// The first of them that does, or an empty text.
+std::string LineWith(std::string_view text);
 
 // From now on every line, trace lines too, is also kept as text.
 void RecordAllLines();

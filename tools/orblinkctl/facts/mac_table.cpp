@@ -1,11 +1,11 @@
 #include "tools/orblinkctl/facts/mac_table.h"
 
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "hals/vswitch/vswitch_hal.h"
 #include "tools/orblinkctl/facts/counters.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {

@@ -1,9 +1,9 @@
 #include "tools/orblinkctl/facts/mii_decode.h"
 
 #include <iterator>
-#include <nlohmann/json.hpp>
 #include <vector>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {

@@ -1,6 +1,8 @@
 #include "tools/orblinkctl/facts/model.h"
 
-#include <nlohmann/json.hpp>
+#include "tools/orblinkctl/facts/json.h"
+
+template class nlohmann::basic_json<nlohmann::ordered_map>;
 
 namespace ctl {
 

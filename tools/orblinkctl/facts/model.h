@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "tools/orblinkctl/facts/json.h"
+
 namespace ctl {
 
 // Where a model is taken apart or put together, <nlohmann/json.hpp> is included as well.

@@ -1,8 +1,7 @@
 #include "tools/orblinkctl/facts/monitor.h"
 
-#include <nlohmann/json.hpp>
-
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/mac_table.h"

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/model.h"
 
 namespace ctl {

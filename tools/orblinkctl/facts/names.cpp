@@ -3,10 +3,11 @@
 #include <unistd.h>
 
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/facts/text_safety.h"
 #include "tools/orblinkctl/facts/toml_file.h"
 
 namespace ctl {
@@ -102,7 +103,7 @@ std::string PortLabel(unsigned device, unsigned port)
 {
     for (const auto& [label, id] : Loaded().ports)
         if (id.device == device && id.port == port)
-            return label;
+            return Printable(label);
     return {};
 }
 
@@ -110,7 +111,7 @@ std::string PhyLabel(unsigned device)
 {
     for (const auto& [label, index] : Loaded().phys)
         if (index == device)
-            return label;
+            return Printable(label);
     return {};
 }
 

@@ -1,9 +1,9 @@
 #include "tools/orblinkctl/facts/phy_counters.h"
 
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "hals/phy/ethphy_ieee8023.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/model.h"
 #include "tools/orblinkctl/facts/words.h"

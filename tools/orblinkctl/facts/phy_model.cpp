@@ -1,9 +1,11 @@
 #include "tools/orblinkctl/facts/phy_model.h"
 
 #include <cstring>
-#include <nlohmann/json.hpp>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/facts/record_check.h"
+#include "tools/orblinkctl/facts/text_safety.h"
 #include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
@@ -29,7 +31,7 @@ std::string PhyStateWord(uint32_t hwState)
 Model PhyBoardModel(const PhyBoardEntry& entry)
 {
     Model model;
-    model["hal"] = std::string(entry.halLibName, strnlen(entry.halLibName, OB_HAL_NAME_SIZE));
+    model["hal"] = Printable({entry.halLibName, strnlen(entry.halLibName, OB_HAL_NAME_SIZE)});
     model["lane"] = entry.serdesId;
     model["interface"] = ModeWord(entry.portIfaceMode);
     model["interface_speed"] = SpeedWord(entry.portIfaceSpeed);
@@ -44,6 +46,7 @@ Model PhyBoardModel(const PhyBoardEntry& entry)
 Model StoredPhy(const PhyDeviceRegion& region, unsigned device)
 {
     const PhyDeviceRecord& record = region.phy[device];
+    RequireSane(record, device);
     const std::string label = PhyLabel(device);
     Model model;
     model["phy"] = device;

@@ -1,9 +1,8 @@
 #include "tools/orblinkctl/facts/rates.h"
 
-#include <nlohmann/json.hpp>
-
 #include "tools/orblinkctl/facts/counters.h"
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/switch_model.h"
@@ -44,10 +43,19 @@ Model OneRate(const Model& before, const Model& after, const char* counter, doub
         return nullptr;
     const auto first = before[counter].get<uint64_t>();
     const auto last = after[counter].get<uint64_t>();
-    // Somebody set the counters to 0 in between.
-    if (last < first)
-        return nullptr;
     return static_cast<uint64_t>(static_cast<double>(last - first) / seconds + 0.5);
+}
+
+// Somebody set the counters to 0 in between. One that has already passed its old value again looks
+// as if nothing had happened.
+bool WentBack(const Model& before, const Model& after)
+{
+    for (const auto& rate : kRates)
+        if (before.is_object() && after.is_object() && before.contains(rate.counter) &&
+            after.contains(rate.counter) &&
+            after[rate.counter].get<uint64_t>() < before[rate.counter].get<uint64_t>())
+            return true;
+    return false;
 }
 
 }  // namespace
@@ -73,7 +81,8 @@ Model Rates(const CounterSample& before, const CounterSample& after)
         for (const char* key : {"switch", "port", "label", "link", "link_speed"})
             entry[key] = port[key];
         const Model none;
-        const Model& old = i < before.ports.size() ? before.ports[i]["counters"] : none;
+        const Model& counted = i < before.ports.size() ? before.ports[i]["counters"] : none;
+        const Model& old = WentBack(counted, port["counters"]) ? none : counted;
         for (const auto& rate : kRates)
             entry[rate.name] = OneRate(old, port["counters"], rate.counter, seconds);
         list.push_back(std::move(entry));

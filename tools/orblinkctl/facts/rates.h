@@ -2,8 +2,8 @@
 #pragma once
 
 #include <chrono>
-#include <nlohmann/json.hpp>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/model.h"
 
 namespace ctl {

@@ -1,10 +1,12 @@
 #include "tools/orblinkctl/facts/switch_model.h"
 
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/facts/record_check.h"
+#include "tools/orblinkctl/facts/text_safety.h"
 #include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
@@ -58,7 +60,7 @@ std::string StateWord(uint32_t state)
 Model BoardEntry(const SwitchBoardEntry& entry)
 {
     Model model;
-    model["hal"] = std::string(entry.halLibName, strnlen(entry.halLibName, OB_HAL_NAME_SIZE));
+    model["hal"] = Printable({entry.halLibName, strnlen(entry.halLibName, OB_HAL_NAME_SIZE)});
     model["lane"] = entry.serdesId;
     model["internal_port"] = Optional(entry.internalPortPidx, UINT32_MAX);
     model["interface"] = ModeWord(entry.internalPortIfaceMode);
@@ -73,6 +75,7 @@ Model BoardEntry(const SwitchBoardEntry& entry)
 
 Model StoredSwitch(const SwitchDeviceRecord& record, unsigned device)
 {
+    RequireSane(record, device);
     const auto& config = record.config;
     Model model;
     model["switch"] = device;
@@ -93,6 +96,7 @@ Model StoredSwitch(const SwitchDeviceRecord& record, unsigned device)
 
 Model StoredPort(const SwitchDeviceRecord& record, PortId id)
 {
+    RequireSane(record, id.device);
     const auto& config = record.config;
     const unsigned port = id.port;
     Model model;

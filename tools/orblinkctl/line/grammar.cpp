@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/line/vocabulary.h"
 
 namespace ctl {
@@ -100,9 +101,22 @@ std::vector<std::string> Expected(const std::vector<std::string>& words, size_t 
     throw Failure{kUsage, "unexpected '" + words[longest] + "'" + after + ": expected " + allowed};
 }
 
+// "2", "0:9": an index as it should be, only that no board has such an object.
+bool IsIndexOf(const std::string& name, const std::string& word)
+{
+    if (name != "SWITCH" && name != "PHY" && name != "PORT")
+        return false;
+    const size_t colon = name == "PORT" ? word.find(':') : std::string::npos;
+    return ParseNumber(word.substr(colon == std::string::npos ? 0 : colon + 1)).has_value() &&
+           (colon == std::string::npos || ParseNumber(word.substr(0, colon)).has_value());
+}
+
 void CheckWord(const std::string& name, const std::string& word)
 {
     const Argument& argument = ArgumentNamed(name);
+    if (!Accepts(argument, word) && IsIndexOf(name, word))
+        throw Failure{kNoSuchObject,
+                      "no " + name + " '" + word + "': allowed is " + argument.allowed};
     if (!Accepts(argument, word))
         throw Failure{kUsage, "bad " + name + " '" + word + "': allowed is " + argument.allowed};
 }

@@ -1,8 +1,8 @@
 #include "tools/orblinkctl/line/help.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/line/command.h"
 #include "tools/orblinkctl/line/grammar.h"
@@ -58,7 +58,8 @@ std::string OverviewHelp()
     AddGlobalOptions(out);
     out +=
         "\nExit codes: 0 done, 1 the library or the board failed, 2 usage, 3 no such object,\n"
-        "4 not or already initialised, 5 not supported, 6 permission, 7 busy, 9 differences.\n";
+        "4 not or already initialised, 5 not supported or not possible now,\n"
+        "6 permission, 7 busy, 8 the shared state is damaged, 9 differences.\n";
     return out;
 }
 

@@ -71,9 +71,11 @@ constexpr char kTail[] =
     ".TP\n.B 2\nusage: an unknown word or option, a value out of its range\n"
     ".TP\n.B 3\nno such switch, port or PHY on this board\n"
     ".TP\n.B 4\nnot initialised, or already initialised\n"
-    ".TP\n.B 5\nnot supported by the switch, the port, the PHY or its HAL library\n"
+    ".TP\n.B 5\nnot supported by the switch, the port, the PHY or its HAL library, or not "
+    "possible now\n"
     ".TP\n.B 6\nno permission\n"
     ".TP\n.B 7\nbusy: another call holds the family for longer than \\-\\-wait\n"
+    ".TP\n.B 8\nthe shared state is damaged: see \\fBorblinkctl recover\\fR\n"
     ".TP\n.B 9\ndifferences found\n"
     ".SH FILES\n.TP\n.I /etc/orblink/names.toml\n"
     "labels: tables [port] with label = \"SWITCH:PORT\", [phy] with label = INDEX\n";

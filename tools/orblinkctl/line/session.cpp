@@ -6,11 +6,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <nlohmann/json.hpp>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/facts/text_safety.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"
 #include "tools/orblinkctl/line/vocabulary.h"
@@ -111,6 +112,15 @@ ExitCode RunParsed(const CommandLine& line)
     return code;
 }
 
+// Also of a line that turns out to be none: whoever asked for JSON gets it.
+bool HasPair(const std::vector<std::string>& arguments, const char* first, const char* second)
+{
+    for (size_t i = 1; i < arguments.size(); ++i)
+        if (arguments[i - 1] == first && arguments[i] == second)
+            return true;
+    return false;
+}
+
 template <typename Run>
 ExitCode Guarded(const std::string& where, Run run)
 {
@@ -158,24 +168,29 @@ std::string Rendered(const Call& call, const Model& model)
 void Complain(const Failure& failure, const std::string& where)
 {
     const auto lines = HeldLogLines();
+    const std::string text = PrintableLines(where + failure.text);
     if (settings.jsonErrors) {
         Model error;
         error["schema"] = kSchema;
         error["error"]["code"] = failure.code;
-        error["error"]["text"] = where + failure.text;
+        error["error"]["text"] = text;
         error["error"]["log"] = lines;
         std::fprintf(stderr, "%s\n", error.dump().c_str());
         return;
     }
     for (const auto& line : lines)
         std::fprintf(stderr, "%s\n", line.c_str());
-    std::fprintf(stderr, "orblinkctl: %s%s\n", where.c_str(), failure.text.c_str());
+    std::fprintf(stderr, "orblinkctl: %s\n", text.c_str());
 }
 
 ExitCode RunLine(const std::vector<std::string>& arguments)
 {
-    settings.jsonErrors =
-        std::find(arguments.begin(), arguments.end(), "--json-errors") != arguments.end();
+    settings.jsonErrors = std::any_of(arguments.begin(), arguments.end(),
+                                      [](const std::string& argument) {
+                                          return argument == "--json-errors" ||
+                                                 argument == "--json" || argument == "-ojson";
+                                      }) ||
+                          HasPair(arguments, "-o", "json");
     return Guarded("", [&] { return RunParsed(ParseCommandLine(arguments)); });
 }
 

@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/output/file.h"
 
 extern char** environ;
 
@@ -110,21 +111,16 @@ bool WriteAll(int file, const std::string& text)
 
 void WriteArchive(const std::string& path, const std::vector<ArchiveFile>& files)
 {
-    const std::string unfinished = path + ".unfinished";
-    const int output = open(unfinished.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (output < 0)
-        FailOn(unfinished);
+    OutputFile output(path);
     pid_t child = 0;
-    const int input = StartGzip(output, child);
+    const int input = StartGzip(output.Descriptor(), child);
     const bool written = WriteAll(input, Tar(files));
     close(input);
-    close(output);
     int status = 0;
     waitpid(child, &status, 0);
     if (!written || status != 0)
-        throw Failure{kFailed, unfinished + ": gzip could not write it"};
-    if (std::rename(unfinished.c_str(), path.c_str()) != 0)
-        FailOn(path);
+        throw Failure{kFailed, path + ": gzip could not write it"};
+    output.Keep();
 }
 
 }  // namespace ctl

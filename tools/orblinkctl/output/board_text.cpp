@@ -1,7 +1,6 @@
 #include "tools/orblinkctl/output/board_text.h"
 
-#include <nlohmann/json.hpp>
-
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/output/text.h"
 

@@ -1,8 +1,9 @@
 #include "tools/orblinkctl/output/model_text.h"
 
+#include <algorithm>
 #include <cctype>
-#include <nlohmann/json.hpp>
 
+#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {
@@ -29,18 +30,30 @@ std::string CellText(const Model& value)
     return list.empty() ? "-" : list;
 }
 
+// Objects of one list need not know the same facts.
+std::vector<std::string> KeysOf(const Model& list)
+{
+    std::vector<std::string> keys;
+    for (const auto& entry : list)
+        for (const auto& [name, value] : entry.items())
+            if (std::find(keys.begin(), keys.end(), name) == keys.end())
+                keys.push_back(name);
+    return keys;
+}
+
 void PrintObjects(const std::string& key, const Model& list, std::string& out)
 {
     if (list.empty())
         return Line(out, {"no ", key});
+    const std::vector<std::string> keys = KeysOf(list);
     std::vector<std::string> headings;
-    for (const auto& [name, value] : list.front().items())
+    for (const auto& name : keys)
         headings.push_back(Heading(name));
     Table table(std::move(headings));
     for (const auto& entry : list) {
         std::vector<std::string> cells;
-        for (const auto& [name, value] : entry.items())
-            cells.push_back(CellText(value));
+        for (const auto& name : keys)
+            cells.push_back(entry.contains(name) ? CellText(entry[name]) : "-");
         table.Row(std::move(cells));
     }
     table.Print(out);

@@ -1,7 +1,8 @@
 #include "tools/orblinkctl/output/picture.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+
+#include "tools/orblinkctl/facts/json.h"
 
 namespace ctl {
 

@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <initializer_list>
 
 namespace ctl {
 
@@ -18,6 +17,8 @@ void RequestEnd(int)
 {
     endRequested = 1;
 }
+
+constexpr int kEndSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 constexpr char kEnter[] = "\033[?1049h\033[?25l";
 constexpr char kLeave[] = "\033[?25h\033[?1049l";
@@ -33,8 +34,14 @@ void CatchEndSignals()
 {
     struct sigaction action = {};
     action.sa_handler = RequestEnd;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+    for (const int number : kEndSignals)
         sigaction(number, &action, nullptr);
+}
+
+CaughtEndSignals::~CaughtEndSignals()
+{
+    for (const int number : kEndSignals)
+        std::signal(number, SIG_DFL);
 }
 
 char WaitForKey(double seconds)

@@ -10,6 +10,15 @@ bool EndRequested();
 // SIGINT, SIGTERM and SIGHUP ask for the end instead of ending the program.
 void CatchEndSignals();
 
+// The same while the object lives.
+class CaughtEndSignals {
+public:
+    CaughtEndSignals() { CatchEndSignals(); }
+    ~CaughtEndSignals();
+    CaughtEndSignals(const CaughtEndSignals&) = delete;
+    CaughtEndSignals& operator=(const CaughtEndSignals&) = delete;
+};
+
 // Waits so long for a key, the end or a signal; 0 when there was no key.
 char WaitForKey(double seconds);
 

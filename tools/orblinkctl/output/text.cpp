@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
-#include <nlohmann/json.hpp>
+
+#include "tools/orblinkctl/facts/json.h"
 
 namespace ctl {
 

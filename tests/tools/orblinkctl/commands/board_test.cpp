@@ -1,4 +1,8 @@
 // The board as a whole: initialisation, overview, services, exit codes 3, 4, 6 and 7.
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
 #include "tests/tools/orblinkctl/on_board.h"
 
 namespace onboard {
@@ -9,12 +13,13 @@ using testing::StartsWith;
 
 constexpr char kTwoSwitches[] =
     "switch family: 2 found\n"
-    "phy family: 0 found\n"
+    "phy family: 0 found: the board data name none\n"
     "MAC address 02:00:5e:00:00:01\n"
     "MAC address 02:00:5e:00:00:02\n"
     "MAC address 02:00:5e:00:00:03\n"
     "MAC address 02:00:5e:00:00:04\n"
-    "MAC address 02:00:5e:00:00:05\n";
+    "MAC address 02:00:5e:00:00:05\n"
+    "next: orblinkctl up 0, orblinkctl up 1\n";
 
 TEST(Board, EveryFamilyMustBeInitialisedFirst)
 {
@@ -34,7 +39,10 @@ TEST(Board, IsInitialisedOnce)
     const auto r = OnBoard("two_switches", {"ctl init", "ctl init", "ctl init --phy"});
     EXPECT_THAT(r[0], Prints(kTwoSwitches));
     EXPECT_THAT(r[1], Refuses(4, "the switch family is already initialised"));
-    EXPECT_THAT(r[2], Refuses(4, "the PHY family is already initialised"));
+    EXPECT_THAT(r[2], Refuses(4,
+                              "the PHY family is already initialised: no devices, or "
+                              "initialisation unfinished; the lock is free: orblinkctl recover "
+                              "--apply"));
 }
 
 TEST(Board, InitialisationWithoutGoodBoardDataIsAFailure)
@@ -46,9 +54,57 @@ TEST(Board, InitialisationWithoutGoodBoardDataIsAFailure)
         "one_switch", {"board fault message-type 99; ctl init --switch", "ctl init --switch"});
     EXPECT_THAT(refused[0], Fails(1, complaint));
     EXPECT_THAT(refused[0].err, HasSubstr("Unsupported message type=99\n"));
-    EXPECT_THAT(refused[1], Refuses(4, "the switch family is already initialised"));
+    EXPECT_THAT(refused[1].err, HasSubstr("the switch family is already initialised: no devices"));
     const auto absent = OnBoard("one_switch", {"board fault receive-error; ctl init --switch"});
     EXPECT_THAT(absent[0], Fails(1, complaint));
+}
+
+// The application CPU says nothing: the waiting ends, and nothing is left that keeps the next
+// initialisation from its work.
+TEST(Board, InitialisationThatGetsNoAnswerIsUndone)
+{
+    const auto r =
+        OnBoard("one_switch",
+                {"board fault silent --times 0; ctl --wait 0.3 init --switch",
+                 "ls /dev/shm; ipcs -s | grep 0x", "ctl --wait 1.2 init --switch",
+                 "board fault clear; ctl init --switch >/dev/null", "ctl port -o kv | head -2"});
+    const char* complaint =
+        "no board data came from the application CPU within 0.3 s; what was made is undone";
+    EXPECT_THAT(r[0], Refuses(1, complaint));
+    EXPECT_EQ(r[1].out, "");
+    EXPECT_EQ(r[2].code, 1);
+    EXPECT_THAT(r[2].err, StartsWith("orblinkctl: the switch family waits for board data from the "
+                                     "application CPU, 1.2 s at most\n"));
+    EXPECT_THAT(r[3], Succeeds());
+    EXPECT_THAT(r[4], Prints("schema=1\nports.0.switch=0\n"));
+}
+
+TEST(Board, InitialisationThatIsInterruptedIsUndone)
+{
+    const auto r = OnBoard(
+        "one_switch",
+        {"board fault silent --times 0; orblinkctl init --switch & "
+         "until [ -e /dev/shm/obos_orblink_driver ]; do sleep 0.01; done; kill -INT $!; wait $!",
+         "ls /dev/shm; ipcs -s | grep 0x", "board fault clear; ctl init --switch >/dev/null"});
+    EXPECT_THAT(r[0], Refuses(1, "the switch family: interrupted; what was made is undone"));
+    EXPECT_EQ(r[1].out, "");
+    EXPECT_THAT(r[2], Succeeds());
+}
+
+TEST(Board, AMissingHalIsOneReasonedLine)
+{
+    const Scratch scratch;
+    std::ifstream file(ORBLINK_SOURCE "/virtual_board/boards/one_switch.toml");
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::string present = "liborblink_velmar.so";
+    ASSERT_NE(text.find(present), std::string::npos);
+    text.replace(text.find(present), present.size(), "libabsent.so");
+    scratch.Write("board.toml", text);
+    const auto r = OnBoard(scratch.Path("board.toml"), {"ctl init --switch"});
+    EXPECT_EQ(r[0].code, 1);
+    EXPECT_THAT(r[0].err, StartsWith("orblinkctl: the switch family: a HAL library that the board "
+                                     "data name cannot be loaded: so='libabsent.so'"));
+    EXPECT_EQ(std::count(r[0].err.begin(), r[0].err.end(), '\n'), 1);
 }
 
 TEST(Board, FamiliesAreInitialisedOneByOne)
@@ -61,7 +117,7 @@ TEST(Board, FamiliesAreInitialisedOneByOne)
     EXPECT_THAT(r[1], Prints("PHY family: not initialised\n"));
     const char* unknown = "the capabilities of switch 0 are not known yet: bring it up first";
     EXPECT_THAT(r[2], Refuses(4, unknown));
-    EXPECT_THAT(r[3], Prints("phy family: 0 found\n"));
+    EXPECT_THAT(r[3], Prints("phy family: 0 found: the board data name none\n"));
     EXPECT_THAT(r[4], Refuses(4, unknown));
 }
 
@@ -149,9 +205,9 @@ TEST(Board, ServicesAnswer)
     EXPECT_EQ(Json(r[9])["board_entries"][0]["internal_port"], 4);
     EXPECT_EQ(Json(r[10])["switches"][1]["reset_pin"], 19);
     EXPECT_TRUE(Json(r[10])["mac_addresses"].is_null());
-    EXPECT_THAT(r[11], Fails(1,
-                             "board (only the process that initialised the board knows the "
-                             "addresses): ORBLINK_GetMacAddresses failed"));
+    EXPECT_THAT(r[11], Refuses(5,
+                               "the MAC addresses are known to the program that initialised the "
+                               "board, and to nobody after it: 'orblinkctl init' prints them"));
 }
 
 // While the application CPU is silent the initialisation waits, and holds the semaphore.
@@ -163,9 +219,13 @@ TEST(Board, ABusyFamilyIsReportedInTime)
                                "ctl --wait 0.05 port", "ctl --wait 0 up 0",
                                "board fault clear; ctl --wait 10 switch 0 service"});
     ASSERT_EQ(r[0].code, 0) << r[0].err;
-    const char* busy = "the switch family is busy: another call has been holding it";
-    EXPECT_THAT(r[1], Refuses(7, busy));
-    EXPECT_THAT(r[2], Refuses(7, busy));
+    for (size_t i = 1; i < 3; ++i) {
+        EXPECT_EQ(r[i].code, 7);
+        EXPECT_THAT(r[i].err,
+                    testing::MatchesRegex("orblinkctl: the switch family is busy: process "
+                                          ".* \\(orblinkctl\\) has held the lock since "
+                                          ".* s ago\\)\n"));
+    }
     EXPECT_THAT(r[3], Prints("SWITCH  SERVICE\n     0        0\n"));
 }
 

@@ -56,7 +56,7 @@ TEST(Picture, IsRenderedFromSvg)
     EXPECT_THAT(r[2], Prints("PNG"));
     // The background, the SoC, the switch and its eight ports.
     EXPECT_THAT(r[3].out, StartsWith("11\n"));
-    EXPECT_THAT(r[4], Refuses(1, "/nowhere/board.svg.unfinished: No such file or directory"));
+    EXPECT_THAT(r[4], Refuses(1, "/nowhere/board.svg: No such file or directory"));
 }
 
 TEST(Picture, OfABoardWithoutDevices)
@@ -200,7 +200,7 @@ TEST(Bundle, HoldsEverythingAndNoAddressWhenAskedSo)
     EXPECT_THAT(r[3], Prints("5740\n"));
     EXPECT_THAT(r[4], Succeeds());
     EXPECT_THAT(r[6], Prints(""));
-    EXPECT_THAT(r[8], Refuses(1, "/nowhere/b.tar.gz.unfinished: No such file or directory"));
+    EXPECT_THAT(r[8], Refuses(1, "/nowhere/b.tar.gz: No such file or directory"));
 }
 
 // What a port does not have is null and keeps nothing else out.

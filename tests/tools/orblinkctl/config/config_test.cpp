@@ -85,7 +85,7 @@ TEST(Config, ThePortToTheSocComesLast)
                              "done: port 0:2 vlan 9\n"
                              "done: port 0:1 disable\n"
                              "done: port 0:0 mirror 4\n"
-                             "done: port 0:0 disable\n"));
+                             "done: port 0:0 disable --force\n"));
 }
 
 TEST(Config, ChangesAreTakenBackUnlessConfirmed)
@@ -98,12 +98,16 @@ TEST(Config, ChangesAreTakenBackUnlessConfirmed)
          "printf '[switch.0]\\naging = 1\\nmtu = 20\\n' >y.toml; ctl config apply y.toml",
          "ctl aging 0"});
     EXPECT_EQ(r[0].code, 1);
-    EXPECT_EQ(r[0].out,
-              "Press Enter to keep the changes.\n"
-              "done: port 0:2 vlan 9\n"
-              "not confirmed: the changes were taken back\n");
+    const std::string shown =
+        "SETTING               BOARD  WANTED\n"
+        "switch.0.port.2.vlan      1       9\n"
+        "To keep the changes, press Enter or run 'orblinkctl config confirm' within ";
+    EXPECT_EQ(r[0].out, shown +
+                            "0.2 s.\n"
+                            "done: port 0:2 vlan 9\n"
+                            "not confirmed: the changes were taken back\n");
     EXPECT_THAT(r[1], Prints("no differences\n"));
-    EXPECT_THAT(r[2], Prints("Press Enter to keep the changes.\ndone: port 0:2 vlan 9\n"));
+    EXPECT_THAT(r[2], Prints(shown + "5 s.\ndone: port 0:2 vlan 9\n"));
     EXPECT_EQ(r[3].code, 9);
     EXPECT_THAT(r[4], Fails(1, "switch 0: ORBLINK_SetMtuSize failed; the changes were taken back"));
     EXPECT_THAT(r[5], Prints("SWITCH  AGING\n     0      3\n"));
@@ -121,7 +125,10 @@ TEST(Config, OfASwitchInResetIsStored)
     EXPECT_THAT(r[1], Refuses(1, "switch.0.mtu: needs the switch enabled"));
     EXPECT_THAT(r[2], Prints("SWITCH  AGING\n     0      3\n"));
     EXPECT_THAT(r[3], Prints("0x0003: 0x0009\n"));
-    EXPECT_THAT(r[4], Prints("checked: 64\nno differences\n"));
+    EXPECT_THAT(r[4], Prints("checked: 64\n"
+                             "not checked: PHY 0: what a PHY was told is not read back\n"
+                             "not checked: PHY 1: what a PHY was told is not read back\n"
+                             "no differences\n"));
     EXPECT_THAT(r[5], Prints("phys.0.admin=false\n"));
 }
 

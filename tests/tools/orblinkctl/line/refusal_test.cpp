@@ -15,15 +15,10 @@ constexpr char kPorts[] =
     "file";
 
 const Refusal kRefusals[] = {
-    {"switch 2", "bad SWITCH '2': allowed is 0 or 1"},
     {"switch -1", "bad SWITCH '-1': allowed is 0 or 1"},
     {"switch x", "bad SWITCH 'x': allowed is 0 or 1"},
     {"up 0x", "bad SWITCH '0x': allowed is 0 or 1"},
-    {"port 8", "bad PORT '8'"},
-    {"port 2:0", "bad PORT '2:0'"},
-    {"port 0:8", "bad PORT '0:8'"},
     {"port 0:", "bad PORT '0:'"},
-    {"phy 2", "bad PHY '2': allowed is 0 or 1, or a name of the names file"},
     {"board lane-reset 2", "bad GMAC '2': allowed is 0 or 1"},
     {"board pin 17 0", "bad PIN '17': allowed is 18 or 19"},
     {"board pin 20 0", "bad PIN '20': allowed is 18 or 19"},
@@ -113,6 +108,19 @@ const Refusal kRefusals[] = {
     {"init --phy --no-defaults", "--no-defaults is for the switch family"},
     {"mdio decode absent", "absent: No such file or directory"},
 };
+
+TEST(Refusal, AnIndexThatNoBoardHasIsNoSuchObject)
+{
+    const auto r = OnBoardUp("one_switch", {"ctl switch 2", "ctl up 5", "ctl port 8",
+                                            "ctl port 2:0", "ctl port 0:9 vlan", "ctl phy 2"});
+    const std::string ports = std::string("': ") + kPorts;
+    EXPECT_THAT(r[0], Refuses(3, "no SWITCH '2': allowed is 0 or 1"));
+    EXPECT_THAT(r[1], Refuses(3, "no SWITCH '5': allowed is 0 or 1"));
+    EXPECT_THAT(r[2], Refuses(3, "no PORT '8" + ports));
+    EXPECT_THAT(r[3], Refuses(3, "no PORT '2:0" + ports));
+    EXPECT_THAT(r[4], Refuses(3, "no PORT '0:9" + ports));
+    EXPECT_THAT(r[5], Refuses(3, "no PHY '2': allowed is 0 or 1, or a name of the names file"));
+}
 
 TEST(Refusal, NamesTheWordAndWhatIsAllowed)
 {

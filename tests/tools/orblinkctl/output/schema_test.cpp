@@ -138,6 +138,7 @@ const std::vector<std::string> kQueries = {"",
                                            "ioctl",
                                            "mdio",
                                            "mmd",
+                                           "recover",
                                            "help"};
 
 const std::vector<std::string> kOfOneSwitch = {"switch 0",

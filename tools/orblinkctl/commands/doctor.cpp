@@ -1,0 +1,257 @@
+#include "tools/orblinkctl/commands/doctor.h"
+
+#include <dlfcn.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "hwmbox/hwmbox.h"
+#include "tools/orblinkctl/facts/diagnosis.h"
+#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/facts/record_check.h"
+#include "tools/orblinkctl/facts/text_safety.h"
+#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/output/text.h"
+
+namespace ctl {
+
+namespace {
+
+constexpr int kMailboxFamily = 43;
+
+// The findings, in the order in which they were made.
+class Findings {
+public:
+    void Ok(const std::string& subject, const std::string& text) { Add(subject, "ok", text, ""); }
+    void Skipped(const std::string& subject, const std::string& text, const std::string& next)
+    {
+        Add(subject, "not checked", text, next);
+    }
+    void Bad(const std::string& subject, const std::string& text, const std::string& next)
+    {
+        Add(subject, "bad", text, next);
+        good_ = false;
+    }
+
+    bool Good() const { return good_; }
+    Model Take() { return std::move(list_); }
+
+private:
+    void Add(const std::string& subject, const char* state, const std::string& text,
+             const std::string& next)
+    {
+        Model entry;
+        entry["subject"] = subject;
+        entry["state"] = state;
+        entry["text"] = text;
+        entry["next"] = next.empty() ? Model() : Model(next);
+        list_.push_back(std::move(entry));
+    }
+
+    Model list_ = Model::array();
+    bool good_ = true;
+};
+
+std::string FamilySubject(Family family, const char* what)
+{
+    return std::string(NamesOf(family).name) + " " + what;
+}
+
+std::string Octal(mode_t mode)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(mode & 07777));
+    return text;
+}
+
+// The library opens the key file and the region for reading and writing.
+void CheckPermissions(Findings& findings, const FamilyState& state)
+{
+    const FamilyNames& names = NamesOf(state.family);
+    const std::string subject = FamilySubject(state.family, "permissions");
+    const std::string region = std::string("/dev/shm") + names.region;
+    for (const std::string& path : {std::string(names.keyFile), region}) {
+        if (eaccess(path.c_str(), R_OK | W_OK) != 0)
+            return findings.Bad(subject, path + ": " + std::strerror(errno),
+                                "run as the user or group that owns it");
+    }
+    findings.Ok(subject, region + " belongs to user " + std::to_string(state.region.owner) +
+                             ", group " + std::to_string(state.region.group) + ", mode " +
+                             Octal(state.region.mode));
+}
+
+// False when the records cannot be looked at.
+bool CheckState(Findings& findings, Family family)
+{
+    const Diagnosis found = Diagnose(family);
+    const std::string subject = FamilySubject(family, "state");
+    switch (found.verdict) {
+        case Verdict::kGood:
+            findings.Ok(subject, VerdictText(found));
+            break;
+        case Verdict::kNoDevices:
+            findings.Skipped(subject, VerdictText(found), NextCommand(found));
+            return false;
+        case Verdict::kBusy:
+            findings.Bad(subject, VerdictText(found), "wait, or end that process");
+            return false;
+        default:
+            findings.Bad(subject, VerdictText(found), NextCommand(found));
+            return false;
+    }
+    CheckPermissions(findings, found.state);
+    return true;
+}
+
+template <typename Record>
+void CheckRecord(Findings& findings, const Record& record, const std::string& object,
+                 unsigned device, const std::string& mending)
+{
+    const auto faults = RecordFaults(record, device);
+    if (faults.empty())
+        return findings.Ok(object + " record", "every value is one that the library writes");
+    for (const auto& fault : faults)
+        findings.Bad(object + " record", fault, mending);
+}
+
+template <typename Record>
+void CheckHal(Findings& findings, const Record& record, const std::string& object,
+              const char* table)
+{
+    const std::string subject = object + " HAL";
+    if (record.bsdValid == 0)
+        return findings.Bad(subject, "no board data came for it", "orblinkctl recover");
+    const std::string name(record.board.halLibName,
+                           strnlen(record.board.halLibName, OB_HAL_NAME_SIZE));
+    void* library = name.empty() ? nullptr : dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    const char* reason = library == nullptr ? dlerror() : nullptr;
+    const bool good = library != nullptr && dlsym(library, table) != nullptr;
+    if (library != nullptr && !good)
+        reason = "it has no table of functions for this family";
+    if (good)
+        findings.Ok(subject, Printable(name));
+    else
+        findings.Bad(subject, Printable(name) + ": " + Printable(reason ? reason : "no name"),
+                     "install the library, or mend LD_LIBRARY_PATH");
+    if (library != nullptr)
+        dlclose(library);
+}
+
+// An operation that reaches the chip, and the lines that it left.
+void Report(Findings& findings, const std::string& subject, int result, const char* what)
+{
+    const std::string line = LineWith("");
+    DropHeldLogLines();
+    if (result == 0)
+        findings.Ok(subject, std::string(what) + " answers");
+    else
+        findings.Bad(subject,
+                     std::string(what) + " does not answer" + (line.empty() ? "" : ": " + line),
+                     "check MDIO bus, address and reset line: orblinkctl board");
+}
+
+void CheckSwitches(Findings& findings)
+{
+    const auto region = ReadSwitches();
+    for (unsigned device = 0; device < region.NumOfSwitches; ++device) {
+        const auto& record = region.device[device];
+        const std::string object = SwitchObject(device);
+        const std::string number = std::to_string(device);
+        CheckRecord(findings, record, object, device,
+                    "orblinkctl down " + number + "; orblinkctl up " + number + " --defaults");
+        CheckHal(findings, record, object, "OBHAL_HalFuncs");
+        const std::string path = object + " data path";
+        if (!IsEnabled(record)) {
+            findings.Skipped(path, "it is not up", "orblinkctl up " + number);
+            continue;
+        }
+        uint32_t link = 0;
+        uint32_t speed = 0;
+        uint32_t duplex = 0;
+        Enter(Family::kSwitch);
+        Report(findings, path,
+               ORBLINK_GetPortLink(static_cast<uint8_t>(device), 0, &link, &speed, &duplex),
+               "the chip");
+    }
+}
+
+void CheckPhys(Findings& findings)
+{
+    const auto region = ReadPhys();
+    for (unsigned device = 0; device < region.NumOfPhys; ++device) {
+        const auto& record = region.phy[device];
+        const std::string object = PhyObject(device);
+        const std::string number = std::to_string(device);
+        CheckRecord(findings, record, object, device,
+                    "orblinkctl phy " + number + " down; orblinkctl phy " + number + " up");
+        CheckHal(findings, record, object, "ETHPHY_HalFuncs");
+        const std::string path = object + " data path";
+        if (record.config.hwState != EP_HW_STATE_ENABLED) {
+            findings.Skipped(path, "it is not up", "orblinkctl phy " + number + " up");
+            continue;
+        }
+        uint16_t identifier = 0;
+        Enter(Family::kPhy);
+        const int result = ETHPHY_ReadMdio(static_cast<uint8_t>(device), 2, &identifier);
+        // All ones or zeros is what an empty bus reads.
+        Report(findings, path, result != 0 || identifier == 0xFFFF || identifier == 0 ? -1 : 0,
+               "the PHY");
+    }
+}
+
+void CheckMailbox(Findings& findings)
+{
+    const UniqueDescriptor socket(::socket(kMailboxFamily, SOCK_SUBJECT, 0));
+    if (socket)
+        findings.Ok("mailbox", "the kernel has the mailbox");
+    else
+        findings.Bad("mailbox", std::string("the kernel has no mailbox: ") + std::strerror(errno),
+                     "load the mailbox driver");
+}
+
+template <typename Run>
+void Attempt(Findings& findings, const char* subject, Run run)
+{
+    try {
+        run();
+    } catch (const Failure& failure) {
+        DropHeldLogLines();
+        findings.Bad(subject, failure.text, "orblinkctl recover");
+    }
+}
+
+}  // namespace
+
+Model Examine(Call& call)
+{
+    Findings findings;
+    CheckMailbox(findings);
+    Attempt(findings, "switches", [&] {
+        if (CheckState(findings, Family::kSwitch))
+            CheckSwitches(findings);
+    });
+    Attempt(findings, "PHYs", [&] {
+        if (CheckState(findings, Family::kPhy))
+            CheckPhys(findings);
+    });
+    if (!findings.Good())
+        call.exitCode = kFailed;
+    Model model;
+    model["checks"] = findings.Take();
+    return model;
+}
+
+void PrintChecks(const Model& model, std::string& out)
+{
+    for (const auto& entry : model["checks"]) {
+        Line(out, {Text(entry["state"]), ": ", Text(entry["subject"]), ": ", Text(entry["text"])});
+        if (!entry["next"].is_null())
+            Line(out, {"    next: ", Text(entry["next"])});
+    }
+}
+
+}  // namespace ctl
