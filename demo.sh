@@ -22,10 +22,18 @@ scripts/install-packages.sh >"$builds/packages.log" 2>&1 || {
 for preset in release release-i386; do
     echo "Building $preset"
     scripts/build.sh "$preset" "$builds/$preset" "$builds/demo-$preset.log" -- orblinkctl \
-        orblink-vboard orblink_vboard_preload vswitch_hal ethphy_ieee8023_hal phyk20_hal
+        orblink-vboard vswitch_hal ethphy_ieee8023_hal phyk20_hal
 done
 
 bin=$builds/release/bin
-"$bin/orblink-vboard" run --board tools/demo_board.toml \
-    --lib-dir "$builds/release/lib" --lib-dir "$builds/release-i386/lib" \
-    -- tools/demo_steps.sh "$bin" "$builds/release-i386/bin"
+failed=0
+"$bin/orblink-vboard" run --board tools/demo_board.toml -- \
+    tools/demo_steps.sh "$bin" "$builds/release-i386/bin" || failed=1
+tools/demo_two_hosts.sh "$bin" || failed=1
+
+echo
+if [ $failed -ne 0 ]; then
+    echo "Some checks went wrong"
+    exit 1
+fi
+echo "All steps went as they should."

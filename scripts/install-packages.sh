@@ -21,6 +21,8 @@ packages="
     libcli11-dev
     librsvg2-bin
     libtomlplusplus-dev
+    musl-tools
+    net-tools
     netsniff-ng
     ninja-build
     nlohmann-json3-dev

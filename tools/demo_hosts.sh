@@ -1,6 +1,5 @@
 #!/bin/sh
-# The last step of demo.sh, run inside the virtual board of demo_hosts.toml: what a VLAN does to two
-# hosts. The exit code is not 0 when something went wrong.
+# Run inside the virtual board of demo_hosts.toml by demo_two_hosts.sh: what a VLAN does to two hosts. The exit code is not 0 when something went wrong.
 set -u
 failures=0
 

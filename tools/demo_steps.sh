@@ -153,20 +153,7 @@ headline "A word that is wrong is named, with what is allowed"
 refused 2 orblinkctl port 0:2 vlan 4095
 expect "bad VID '4095': allowed is 1 to 4094"
 
-headline "Two hosts ping; a VLAN separates them; back in one VLAN they ping again"
-tools=$(dirname "$0")
-if orblink-vboard run --board "$tools/demo_hosts.toml" -- true 2>"$work/err"; then
-    run orblink-vboard run --board "$tools/demo_hosts.toml" --time-scale 0.05 -- \
-        "$tools/demo_hosts.sh"
-elif grep -Eq 'ports = "tap"|network namespace' "$work/err"; then
-    echo "Left out, this machine does not allow it: $(cat "$work/err")"
-else
-    complain "$(cat "$work/err")"
-fi
-
-echo
 if [ $failures -ne 0 ]; then
-    echo "$failures check(s) went wrong"
+    printf '\n%s\n' "$failures check(s) went wrong"
     exit 1
 fi
-echo "All steps went as they should."

@@ -120,36 +120,48 @@ std::vector<uint8_t> ApplicationCpu::Compose(Family family)
     return message;
 }
 
-Received ApplicationCpu::Deliver(MailboxEnd& end, Letter& letter)
+int ApplicationCpu::StartReceive(const MailboxEnd& end)
 {
-    letter.progress = Progress::kSent;
-    end.unanswered = letter.family;
-    Received received{0, Compose(letter.family)};
-    journal.Note({JournalKind::kMailbox,
-                  "receive",
-                  {{"family", NameOf(letter.family)},
-                   {"size", received.message.size()},
-                   {"bytes", Hex(received.message)}}});
-    return received;
+    int refusal = end.bound ? 0 : EINVAL;
+    if (auto error = faults.Strike(FaultId::kReceiveError))
+        refusal = static_cast<int>(*error);
+    if (refusal == 0)
+        return 0;
+    return journal.Note({JournalKind::kMailbox, "receive", Json::object(), refusal});
 }
 
-std::optional<Received> ApplicationCpu::Receive(MailboxEnd& end)
+const std::vector<uint8_t>* ApplicationCpu::Offer(MailboxEnd& end)
 {
-    auto refuse = [&](int error) {
-        end.waiting = false;
-        return Received{journal.Note({JournalKind::kMailbox, "receive", Json::object(), error})};
-    };
-    if (!end.bound)
-        return refuse(EINVAL);
-    bool asked = std::exchange(end.waiting, true);
-    if (!asked)
-        if (auto error = faults.Strike(FaultId::kReceiveError))
-            return refuse(static_cast<int>(*error));
     Letter* letter = NextLetter();
-    if (letter == nullptr || faults.IsSet(FaultId::kSilent))
-        return std::nullopt;
-    end.waiting = false;
-    return Deliver(end, *letter);
+    const bool busy = !end.bound || end.offered || end.unanswered;
+    if (busy || letter == nullptr || faults.IsSet(FaultId::kSilent))
+        return nullptr;
+    letter->progress = Progress::kOffered;
+    end.offered = letter->family;
+    end.message = letter->unread ? *std::exchange(letter->unread, {}) : Compose(letter->family);
+    return &end.message;
+}
+
+void ApplicationCpu::Taken(MailboxEnd& end)
+{
+    if (Letter* letter = FindLetter(*end.offered))
+        letter->progress = Progress::kSent;
+    end.unanswered = std::exchange(end.offered, {});
+    journal.Note({JournalKind::kMailbox,
+                   "receive",
+                   {{"family", NameOf(*end.unanswered)},
+                    {"size", end.message.size()},
+                    {"bytes", Hex(end.message)}}});
+}
+
+// Nobody has seen it: it is as if it had never been sent.
+void ApplicationCpu::TakeBack(MailboxEnd& end)
+{
+    Letter* letter = FindLetter(*end.offered);
+    if (letter == nullptr || letter->progress != Progress::kOffered)
+        return;
+    letter->progress = Progress::kDue;
+    letter->unread = std::move(end.message);
 }
 
 int ApplicationCpu::Acknowledge(MailboxEnd& end, std::span<const uint8_t> message)
@@ -195,6 +207,8 @@ void ApplicationCpu::Close(MailboxEnd& end)
         if (Letter* letter = FindLetter(*end.unanswered))
             letter->progress = Progress::kDue;
     }
+    if (end.offered)
+        TakeBack(end);
     journal.Note(std::move(entry));
     end = {};
 }
@@ -213,7 +227,7 @@ void ApplicationCpu::SendAgain(std::optional<Family> family)
 
 Json ApplicationCpu::State() const
 {
-    static constexpr std::string_view kProgress[] = {"due", "sent", "acknowledged"};
+    static constexpr std::string_view kProgress[] = {"due", "due", "sent", "acknowledged"};
     Json state = Json::object();
     for (const Letter& letter : letters)
         state[NameOf(letter.family)] = kProgress[static_cast<size_t>(letter.progress)];

@@ -17,14 +17,9 @@ namespace vboard {
 // What one mailbox socket stands at.
 struct MailboxEnd {
     bool bound = false;
-    bool waiting = false;              // a receive has not been answered yet
-    std::optional<Family> unanswered;  // received, and its acknowledgement not sent yet
-};
-
-// How a receive ended.
-struct Received {
-    int error = 0;
-    std::vector<uint8_t> message = {};
+    std::optional<Family> offered;     // sent, and not read yet
+    std::vector<uint8_t> message;      // what was offered
+    std::optional<Family> unanswered;  // read, and its acknowledgement not sent yet
 };
 
 class ApplicationCpu {
@@ -38,8 +33,13 @@ public:
     int Send(MailboxEnd& end, std::span<const uint8_t> message, size_t& taken);
     void Close(MailboxEnd& end);
 
-    // nullopt: nothing to receive yet.
-    std::optional<Received> Receive(MailboxEnd& end);
+    // A receive of which the board hears before it begins.
+    int StartReceive(const MailboxEnd& end);
+
+    // What is to be sent to this end now; null: nothing. From then on it is on its way.
+    const std::vector<uint8_t>* Offer(MailboxEnd& end);
+    // It has been read.
+    void Taken(MailboxEnd& end);
 
     // Sends one family's data, or all in order, as if nothing had been sent before.
     void SendAgain(std::optional<Family> family);
@@ -47,16 +47,17 @@ public:
     Json State() const;
 
 private:
-    enum class Progress { kDue, kSent, kAcknowledged };
+    enum class Progress { kDue, kOffered, kSent, kAcknowledged };
     struct Letter {
         Family family;
         Progress progress;
+        std::optional<std::vector<uint8_t>> unread = {};  // came back; with the faults it had
     };
 
     Letter* FindLetter(Family family);
     Letter* NextLetter();
     std::vector<uint8_t> Compose(Family family);
-    Received Deliver(MailboxEnd& end, Letter& letter);
+    void TakeBack(MailboxEnd& end);
     int Acknowledge(MailboxEnd& end, std::span<const uint8_t> message);
 
     const BoardDescription& spec;

@@ -9,8 +9,10 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 #include "virtual_board/board/control.h"
+#include "virtual_board/board/descriptor_passing.h"
 
 namespace vboard {
 namespace {
@@ -74,18 +76,14 @@ pid_t PeerPid(int fd)
     return getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
-bool IsControl(std::span<const uint8_t> packet, wire::Request& request)
+// Until something is ready, or until the cables or one of the backgrounds have to go on.
+int Wait(std::vector<pollfd>& polled, const Cables* traffic,
+         const std::vector<Background*>& backgrounds)
 {
-    if (packet.size() < sizeof request)
-        return false;
-    memcpy(&request, packet.data(), sizeof request);
-    return request.magic == wire::kMagic && request.op == wire::Op::kControl;
-}
-
-// Until something is ready, or until the traffic has to go on.
-int Wait(std::vector<pollfd>& polled, const Cables* traffic)
-{
-    const auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
+    auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
+    for (const Background* background : backgrounds)
+        if (const auto wait = background->Wait())
+            limit = limit ? std::min(*limit, *wait) : *wait;
     timespec time{};
     if (limit) {
         time.tv_sec = static_cast<time_t>(limit->count() / 1'000'000'000);
@@ -99,6 +97,7 @@ int Wait(std::vector<pollfd>& polled, const Cables* traffic)
 BoardServer::BoardServer(VirtualBoard& served, std::string socketPath)
     : board{served}, path{std::move(socketPath)}, listener{Listen(path)}
 {
+    Add(board.Mailboxes());
 }
 
 BoardServer::~BoardServer()
@@ -112,8 +111,8 @@ void BoardServer::Accept()
         UniqueFd fd{accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
         if (!fd)
             return;
-        Client client{PeerPid(fd.Get())};
-        sessions.push_back({std::move(fd), client});
+        const pid_t peer = PeerPid(fd.Get());
+        sessions.push_back({std::move(fd), peer});
         ReadPackets(sessions.back());
     }
 }
@@ -122,60 +121,63 @@ void BoardServer::ReadPackets(Session& session)
 {
     static uint8_t packet[sizeof(wire::Request) + wire::kMaxData];
     while (!session.gone) {
-        ssize_t size = recv(session.fd.Get(), packet, sizeof packet, 0);
-        if (size > 0)
-            HandlePacket(session, {packet, static_cast<size_t>(size)});
-        else if (size < 0 && errno == EINTR)
-            continue;
-        else if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
+        const Received received = ReceiveWithDescriptor(session.fd.Get(), packet, sizeof packet);
+        if (received.size > 0)
+            HandlePacket(session, {packet, static_cast<size_t>(received.size)},
+                         received.descriptor.Get());
+        else if (received.size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
             return;
         else
             session.gone = true;
     }
 }
 
-void BoardServer::HandlePacket(Session& session, std::span<const uint8_t> packet)
+void BoardServer::HandlePacket(Session& session, std::span<const uint8_t> packet, int descriptor)
 {
     wire::Request request{};
-    bool fresh = session.client.role == Client::Role::kNone;
-    if (fresh && IsControl(packet, request))
-        return HandleControl(session, packet.subspan(sizeof request));
-    if (auto answer = board.Handle(session.client, packet))
-        Queue(session, *answer);
-    else
-        session.waitingSince = nextTicket++;
+    if (packet.size() < sizeof request)
+        return Queue(session, {-1, EPROTO});
+    memcpy(&request, packet.data(), sizeof request);
+    const auto data = packet.subspan(sizeof request);
+    if (request.magic == wire::kMagic && request.op == wire::Op::kControl)
+        return HandleControl(session, data);
+    if (request.magic != wire::kMagic || request.dataSize != data.size())
+        return Queue(session, {-1, EPROTO});
+    const pid_t process = request.process != 0 ? request.process : session.peer;
+    Queue(session, board.Ask({process, request.op, request.arg, data, descriptor}));
 }
 
 void BoardServer::HandleControl(Session& session, std::span<const uint8_t> json)
 {
     Json command = Json::parse(json.begin(), json.end(), nullptr, false);
+    board.Mailboxes().Serve();  // what programs have sent comes before what is asked
     const std::string text =
         Control(board, command).dump(-1, ' ', false, Json::error_handler_t::replace);
     for (size_t at = 0; at < text.size(); at += kControlPacket) {
         std::string part = text.substr(at, kControlPacket);
-        session.outbox.emplace_back(part.begin(), part.end());
+        session.outbox.push_back({{part.begin(), part.end()}});
     }
     session.closing = true;
     Flush(session);
 }
 
-void BoardServer::Queue(Session& session, const Answer& answer)
+void BoardServer::Queue(Session& session, Reply reply)
 {
-    wire::Reply reply{answer.result, answer.error, static_cast<uint32_t>(answer.data.size())};
-    std::vector<uint8_t> packet(sizeof reply);
-    memcpy(packet.data(), &reply, sizeof reply);
-    packet.insert(packet.end(), answer.data.begin(), answer.data.end());
-    session.outbox.push_back(std::move(packet));
-    session.waitingSince = 0;
+    const wire::Reply head{reply.result, reply.error, static_cast<uint32_t>(reply.data.size())};
+    std::vector<uint8_t> packet(sizeof head);
+    memcpy(packet.data(), &head, sizeof head);
+    packet.insert(packet.end(), reply.data.begin(), reply.data.end());
+    session.outbox.push_back({std::move(packet), std::move(reply.descriptor)});
     Flush(session);
 }
 
 void BoardServer::Flush(Session& session)
 {
     while (!session.outbox.empty()) {
-        const auto& packet = session.outbox.front();
-        if (send(session.fd.Get(), packet.data(), packet.size(), MSG_NOSIGNAL) < 0) {
-            session.gone = errno != EAGAIN && errno != EINTR;
+        const Packet& packet = session.outbox.front();
+        if (!SendWithDescriptor(session.fd.Get(), packet.bytes.data(), packet.bytes.size(),
+                                packet.descriptor.Get())) {
+            session.gone = errno != EAGAIN;
             return;
         }
         session.outbox.pop_front();
@@ -183,28 +185,9 @@ void BoardServer::Flush(Session& session)
     session.gone = session.gone || session.closing;
 }
 
-void BoardServer::ServeWaiting()
-{
-    std::vector<Session*> waiting;
-    for (Session& session : sessions)
-        if (session.waitingSince != 0 && !session.gone)
-            waiting.push_back(&session);
-    std::ranges::sort(waiting, std::less<>{}, &Session::waitingSince);
-    for (Session* session : waiting)
-        if (auto answer = board.Retry(session->client))
-            Queue(*session, *answer);
-}
-
 void BoardServer::DropGone()
 {
-    for (auto session = sessions.begin(); session != sessions.end();) {
-        if (!session->gone) {
-            ++session;
-            continue;
-        }
-        board.Closed(session->client);
-        session = sessions.erase(session);
-    }
+    std::erase_if(sessions, [](const Session& session) { return session.gone; });
 }
 
 void BoardServer::PollOnce(int wakeFd, bool& woken)
@@ -212,18 +195,22 @@ void BoardServer::PollOnce(int wakeFd, bool& woken)
     std::vector<pollfd> polled = {{wakeFd, POLLIN, 0}, {listener.Get(), POLLIN, 0}};
     std::vector<Session*> order;
     for (Session& session : sessions) {
-        short events = session.outbox.empty() ? POLLIN : POLLOUT;
+        const short events = session.outbox.empty() ? POLLIN : POLLOUT;
         polled.push_back({session.fd.Get(), events, 0});
         order.push_back(&session);
     }
+    for (const Background* background : backgrounds)
+        polled.push_back({background->Fd(), POLLIN, 0});
     Cables* traffic = board.Plugged();
     if (traffic != nullptr)
         polled.push_back({traffic->Fd(), POLLIN, 0});
-    if (Wait(polled, traffic) < 0)
+    if (Wait(polled, traffic, backgrounds) < 0)
         return;
+    for (Background* background : backgrounds)
+        background->Serve();
     woken = polled[0].revents != 0;
     for (size_t i = 0; i < order.size(); ++i) {
-        short happened = polled[i + 2].revents;
+        const short happened = polled[i + 2].revents;
         if ((happened & POLLOUT) != 0)
             Flush(*order[i]);
         if ((happened & (POLLIN | POLLHUP | POLLERR)) != 0)
@@ -231,6 +218,8 @@ void BoardServer::PollOnce(int wakeFd, bool& woken)
     }
     if (polled[1].revents != 0)
         Accept();
+    // A control command may have made a message due.
+    board.Mailboxes().Serve();
     // Last, so that what clients have changed shows at the cables at once.
     if (traffic != nullptr)
         traffic->Serve();
@@ -241,8 +230,6 @@ void BoardServer::Run(int wakeFd, const std::function<bool()>& stop)
     for (;;) {
         bool woken = false;
         PollOnce(wakeFd, woken);
-        DropGone();
-        ServeWaiting();
         DropGone();
         if (woken && stop())
             return;

@@ -20,26 +20,31 @@ public:
     BoardServer(VirtualBoard& served, std::string socketPath);
     ~BoardServer();
 
+    // Something else to serve in the same loop; not owned.
+    void Add(Background& background) { backgrounds.push_back(&background); }
+
     // Serves until stop, called whenever `wakeFd` is readable, says true.
     void Run(int wakeFd, const std::function<bool()>& stop);
 
 private:
+    struct Packet {
+        std::vector<uint8_t> bytes;
+        UniqueFd descriptor = {};
+    };
     struct Session {
         UniqueFd fd;
-        Client client;
-        std::deque<std::vector<uint8_t>> outbox = {};
-        uint64_t waitingSince = 0;  // ticket, so that receivers are served in their order
-        bool closing = false;       // once the outbox is empty
+        pid_t peer;
+        std::deque<Packet> outbox = {};
+        bool closing = false;  // once the outbox is empty
         bool gone = false;
     };
 
     void Accept();
     void ReadPackets(Session& session);
-    void HandlePacket(Session& session, std::span<const uint8_t> packet);
+    void HandlePacket(Session& session, std::span<const uint8_t> packet, int descriptor);
     void HandleControl(Session& session, std::span<const uint8_t> json);
-    void Queue(Session& session, const Answer& answer);
-    void Flush(Session& session);
-    void ServeWaiting();
+    static void Queue(Session& session, Reply reply);
+    static void Flush(Session& session);
     void DropGone();
     void PollOnce(int wakeFd, bool& woken);
 
@@ -47,7 +52,7 @@ private:
     std::string path;
     UniqueFd listener;
     std::list<Session> sessions;
-    uint64_t nextTicket = 1;
+    std::vector<Background*> backgrounds;
 };
 
 }  // namespace vboard

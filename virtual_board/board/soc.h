@@ -26,6 +26,7 @@ public:
     int ResetLane(uint32_t client);
     int ReconfigureGmac(const wire::GmacRequest& request, int32_t& result);
     int SetInterface(uint32_t index, bool up);
+    bool IsUp(uint32_t index) const { return index < interfaces.size() && interfaces[index].up; }
     int ReadAttribute(wire::Attribute attribute, std::string& text);
     int OpenAttributeForWriting(wire::Attribute attribute);
     int WriteAttribute(wire::Attribute attribute, std::string_view text);

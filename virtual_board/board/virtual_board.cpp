@@ -1,8 +1,8 @@
 #include "virtual_board/board/virtual_board.h"
 
-#include <sys/socket.h>
-#include <cerrno>
+#include <fcntl.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "virtual_board/board/chip_factory.h"
@@ -10,9 +10,9 @@
 namespace vboard {
 namespace {
 
-Answer Outcome(int error, int32_t result = 0)
+Reply Outcome(int error, int32_t result = 0)
 {
-    return error == 0 ? Answer{result, 0} : Answer{-1, error};
+    return error == 0 ? Reply{result, 0} : Reply{-1, error};
 }
 
 template <typename Value>
@@ -23,7 +23,7 @@ std::vector<uint8_t> Bytes(const Value& value)
     return bytes;
 }
 
-// False when the packet does not hold exactly one.
+// False when the data are not exactly one.
 template <typename Value>
 bool Read(std::span<const uint8_t> data, Value& value)
 {
@@ -32,6 +32,8 @@ bool Read(std::span<const uint8_t> data, Value& value)
     memcpy(&value, data.data(), sizeof value);
     return true;
 }
+
+constexpr uint8_t kHighestMdioAddress = 31;
 
 bool IsAttribute(uint32_t arg)
 {
@@ -45,6 +47,7 @@ VirtualBoard::VirtualBoard(BoardDescription description, double timeScale)
       clock{timeScale},
       devices{MakeDevices(spec)},
       applicationCpu{spec, faults, journal},
+      mailboxes{applicationCpu, journal},
       mdio{devices, spec.mdioBuses, faults, journal, clock},
       soc{spec, devices, faults, journal, clock}
 {
@@ -52,147 +55,179 @@ VirtualBoard::VirtualBoard(BoardDescription description, double timeScale)
         faults.Add(fault);
 }
 
-std::optional<Answer> VirtualBoard::Handle(Client& client, std::span<const uint8_t> packet)
+void VirtualBoard::UsePrivateNames(std::string directory)
 {
-    journal.SetCaller(client.pid);
-    if (client.role == Client::Role::kAttribute)
-        return WriteAttribute(client, packet);
-    wire::Request request{};
-    if (packet.size() < sizeof request)
-        return Outcome(EPROTO);
-    memcpy(&request, packet.data(), sizeof request);
-    auto data = packet.subspan(sizeof request);
-    if (request.magic != wire::kMagic || request.dataSize != data.size())
-        return Outcome(EPROTO);
-    return Call(client, request, data);
+    names = std::make_unique<PrivateNames>(std::move(directory));
 }
 
-std::optional<Answer> VirtualBoard::Call(Client& client, const wire::Request& request,
-                                         std::span<const uint8_t> data)
+Reply VirtualBoard::Ask(const Question& question)
 {
-    switch (request.op) {
+    // What a program has sent comes before what it asks.
+    mailboxes.Serve();
+    journal.SetCaller(question.process);
+    switch (question.op) {
+        case wire::Op::kMii:
+            return AskMii(question.data);
         case wire::Op::kSocket:
         case wire::Op::kBind:
-        case wire::Op::kReceive:
+        case wire::Op::kMailboxEnd:
+        case wire::Op::kStartReceive:
         case wire::Op::kSend:
-            return CallMailbox(client, request, data);
-        case wire::Op::kMii:
-            return CallMii(data);
-        case wire::Op::kGmac:
-            return CallGmac(data);
-        case wire::Op::kInterface:
-            return Outcome(soc.SetInterface(wire::InterfaceIndex(request.arg),
-                                            wire::InterfaceUp(request.arg)));
-        case wire::Op::kLaneOpen:
-        case wire::Op::kAttributeWrite:
-            return OpenFile(client, request);
-        case wire::Op::kLaneReset:
-            return Outcome(client.role == Client::Role::kLane ? soc.ResetLane(request.arg) : EBADF);
+            return AskMailbox(question);
+        case wire::Op::kAttributeOpen:
         case wire::Op::kAttributeRead:
-            return CallAttributeRead(request.arg);
+        case wire::Op::kAttributeWrite:
+            return AskAttribute(question);
+        case wire::Op::kPrivateOpen:
+        case wire::Op::kPrivateStat:
+        case wire::Op::kPrivateUnlink:
+        case wire::Op::kPrivateMode:
+            return AskNames(question);
+        case wire::Op::kSemaphoreGet:
+            return GetSemaphore(question.data);
+        case wire::Op::kLaneOpen:
+            return Outcome(soc.OpenLaneDriver());
+        case wire::Op::kLaneReset:
+            return Outcome(soc.ResetLane(question.arg));
+        case wire::Op::kHello:
+            return SayHello();
+        default:
+            return AskInterface(question);
+    }
+}
+
+Reply VirtualBoard::AskMailbox(const Question& question)
+{
+    switch (question.op) {
+        case wire::Op::kSocket: {
+            const bool watched = faults.IsSet(FaultId::kReceiveError) ||
+                                 faults.IsSet(FaultId::kSendError) ||
+                                 faults.IsSet(FaultId::kSendShort);
+            return Outcome(applicationCpu.Open(static_cast<int>(question.arg)), watched);
+        }
+        case wire::Op::kBind: {
+            uint32_t id = 0;
+            const int error = mailboxes.Bind(question.process, question.data, id);
+            return Outcome(error, static_cast<int32_t>(id));
+        }
+        case wire::Op::kMailboxEnd:
+            return Outcome(mailboxes.Adopt(
+                question.arg, UniqueFd{fcntl(question.descriptor, F_DUPFD_CLOEXEC, 0)}));
+        case wire::Op::kStartReceive:
+            return Outcome(mailboxes.StartReceive(question.arg));
+        default: {
+            size_t taken = 0;
+            const int error = mailboxes.Send(question.arg, question.data, taken);
+            return Outcome(error, static_cast<int32_t>(taken));
+        }
+    }
+}
+
+Reply VirtualBoard::AskInterface(const Question& question)
+{
+    switch (question.op) {
+        case wire::Op::kGmac:
+            return AskGmac(question.data);
+        case wire::Op::kMiiAddress:
+            return FindMiiAddress(question.arg);
+        case wire::Op::kInterface:
+            return Outcome(soc.SetInterface(wire::InterfaceIndex(question.arg),
+                                             wire::InterfaceUp(question.arg)));
+        case wire::Op::kInterfaceState:
+            return Outcome(0, soc.IsUp(question.arg));
         default:
             return Outcome(EPROTO);
     }
 }
 
-std::optional<Answer> VirtualBoard::CallMailbox(Client& client, const wire::Request& request,
-                                                std::span<const uint8_t> data)
-{
-    if (request.op == wire::Op::kSocket) {
-        int error = applicationCpu.Open(static_cast<int>(request.arg));
-        if (error == 0)
-            client.role = Client::Role::kMailbox;
-        return Outcome(error);
-    }
-    if (client.role != Client::Role::kMailbox)
-        return Outcome(EBADF);
-    if (request.op == wire::Op::kBind)
-        return Outcome(applicationCpu.Bind(client.mailbox, data));
-    if (request.op == wire::Op::kSend) {
-        size_t taken = 0;
-        int error = applicationCpu.Send(client.mailbox, data, taken);
-        return Outcome(error, static_cast<int32_t>(taken));
-    }
-    auto answer = Retry(client);
-    if (!answer && (request.arg & MSG_DONTWAIT) != 0) {
-        client.mailbox.waiting = false;
-        return Outcome(EAGAIN);
-    }
-    return answer;
-}
-
-std::optional<Answer> VirtualBoard::Retry(Client& client)
-{
-    journal.SetCaller(client.pid);
-    auto received = applicationCpu.Receive(client.mailbox);
-    if (!received)
-        return std::nullopt;
-    Answer answer = Outcome(received->error, static_cast<int32_t>(received->message.size()));
-    answer.data = std::move(received->message);
-    return answer;
-}
-
-Answer VirtualBoard::CallMii(std::span<const uint8_t> data)
+Reply VirtualBoard::AskMii(std::span<const uint8_t> data)
 {
     wire::MiiAccess access{};
     if (!Read(data, access))
         return Outcome(EPROTO);
-    Answer answer = Outcome(mdio.Access(access));
-    answer.data = Bytes(access.valueOut);
-    return answer;
+    Reply reply = Outcome(mdio.Access(access));
+    reply.data = Bytes(access.valueOut);
+    return reply;
 }
 
-Answer VirtualBoard::CallGmac(std::span<const uint8_t> data)
+Reply VirtualBoard::FindMiiAddress(uint32_t interface) const
+{
+    for (const Device& device : devices)
+        if (device.wiring->serdesId == interface && device.wiring->mdioAddr <= kHighestMdioAddress)
+            return Outcome(0, device.wiring->mdioAddr);
+    return Outcome(EOPNOTSUPP);
+}
+
+Reply VirtualBoard::AskGmac(std::span<const uint8_t> data)
 {
     wire::GmacRequest request{};
     if (!Read(data, request))
         return Outcome(EPROTO);
     int32_t result = 0;
-    Answer answer = Outcome(soc.ReconfigureGmac(request, result));
-    answer.data = Bytes(result);
-    return answer;
+    Reply reply = Outcome(soc.ReconfigureGmac(request, result));
+    reply.data = Bytes(result);
+    return reply;
 }
 
-Answer VirtualBoard::CallAttributeRead(uint32_t arg)
+Reply VirtualBoard::AskAttribute(const Question& question)
 {
-    if (!IsAttribute(arg))
+    if (!IsAttribute(question.arg))
         return Outcome(ENOENT);
-    std::string text;
-    int error = soc.ReadAttribute(static_cast<wire::Attribute>(arg), text);
-    Answer answer = Outcome(error, static_cast<int32_t>(text.size()));
-    answer.data.assign(text.begin(), text.end());
-    return answer;
-}
-
-Answer VirtualBoard::OpenFile(Client& client, const wire::Request& request)
-{
-    if (request.op == wire::Op::kLaneOpen) {
-        int error = soc.OpenLaneDriver();
-        if (error == 0)
-            client.role = Client::Role::kLane;
-        return Outcome(error);
+    const auto attribute = static_cast<wire::Attribute>(question.arg);
+    if (question.op == wire::Op::kAttributeOpen)
+        return Outcome(soc.OpenAttributeForWriting(attribute));
+    if (question.op == wire::Op::kAttributeWrite) {
+        const std::string_view text{reinterpret_cast<const char*>(question.data.data()),
+                                    question.data.size()};
+        return Outcome(soc.WriteAttribute(attribute, text), static_cast<int32_t>(text.size()));
     }
-    if (!IsAttribute(request.arg))
+    std::string text;
+    const int error = soc.ReadAttribute(attribute, text);
+    Reply reply = Outcome(error, static_cast<int32_t>(text.size()));
+    reply.data.assign(text.begin(), text.end());
+    return reply;
+}
+
+Reply VirtualBoard::AskNames(const Question& question)
+{
+    if (names == nullptr || question.arg >= std::size(wire::kPrivatePaths))
         return Outcome(ENOENT);
-    client.attribute = static_cast<wire::Attribute>(request.arg);
-    int error = soc.OpenAttributeForWriting(client.attribute);
-    if (error == 0)
-        client.role = Client::Role::kAttribute;
-    return Outcome(error);
+    wire::PrivateOpen open{};
+    uint32_t mode = 0;
+    Reply reply;
+    if (question.op == wire::Op::kPrivateOpen && Read(question.data, open)) {
+        reply.error = names->Open(question.arg, open, reply.descriptor);
+    } else if (question.op == wire::Op::kPrivateStat) {
+        struct statx facts {};
+        reply.error = names->Stat(question.arg, facts);
+        reply.data = Bytes(facts);
+    } else if (question.op == wire::Op::kPrivateUnlink) {
+        reply.error = names->Unlink(question.arg);
+    } else if (question.op == wire::Op::kPrivateMode && Read(question.data, mode)) {
+        reply.error = names->ChangeMode(question.arg, mode);
+    } else {
+        reply.error = EPROTO;
+    }
+    return reply;
 }
 
-Answer VirtualBoard::WriteAttribute(Client& client, std::span<const uint8_t> text)
+Reply VirtualBoard::GetSemaphore(std::span<const uint8_t> data)
 {
-    std::string_view written{reinterpret_cast<const char*>(text.data()), text.size()};
-    int error = soc.WriteAttribute(client.attribute, written);
-    return Outcome(error, static_cast<int32_t>(text.size()));
+    wire::SemaphoreGet get{};
+    if (!Read(data, get))
+        return Outcome(EPROTO);
+    if (names == nullptr || !names->IsPrivate(get.key))
+        return Outcome(0, wire::kNotPrivate);
+    int id = -1;
+    const int error = names->GetSemaphore(get, id);
+    return Outcome(error, id);
 }
 
-void VirtualBoard::Closed(Client& client)
+Reply VirtualBoard::SayHello() const
 {
-    journal.SetCaller(client.pid);
-    if (client.role == Client::Role::kMailbox)
-        applicationCpu.Close(client.mailbox);
+    Reply reply;
+    reply.data = Bytes(wire::Hello{clock.Scale(), names != nullptr, 0});
+    return reply;
 }
 
 }  // namespace vboard

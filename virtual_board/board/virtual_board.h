@@ -1,48 +1,37 @@
-// The board: all its state, and what happens to a request from a client.
+// The board: all its state, and what it answers.
 #pragma once
 
 #include <sys/types.h>
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "virtual_board/board/application_cpu.h"
+#include "virtual_board/board/board_side.h"
 #include "virtual_board/board/cables.h"
+#include "virtual_board/board/mailbox_sockets.h"
 #include "virtual_board/board/mdio_controller.h"
+#include "virtual_board/board/private_names.h"
 #include "virtual_board/board/soc.h"
 #include "virtual_board/board/wire.h"
 
 namespace vboard {
 
-// What one connection stands for; it may be a mailbox socket, an open file, or a single question.
-struct Client {
-    enum class Role { kNone, kMailbox, kLane, kAttribute };
-
-    pid_t pid = 0;
-    Role role = Role::kNone;
-    MailboxEnd mailbox = {};
-    wire::Attribute attribute = {};
-};
-
-struct Answer {
-    int32_t result = 0;
-    int32_t error = 0;
-    std::vector<uint8_t> data = {};
-};
-
-class VirtualBoard {
+class VirtualBoard : public BoardSide {
 public:
     VirtualBoard(BoardDescription description, double timeScale);
 
-    // One packet of a client. nullopt: the answer comes later, from Retry.
-    std::optional<Answer> Handle(Client& client, std::span<const uint8_t> packet);
-    // For a client whose receive waits.
-    std::optional<Answer> Retry(Client& client);
-    void Closed(Client& client);
+    Reply Ask(const Question& question) override;
+
+    // From now on shared memory and semaphores have names of the board's own.
+    void UsePrivateNames(std::string directory);
+    bool HasPrivateNames() const { return names != nullptr; }
+
+    // The application CPU's side of the mailbox sockets.
+    MailboxSockets& Mailboxes() { return mailboxes; }
 
     // Plugs the cables in, which must stay as long as the board is served.
     void Plug(Cables& plugged) { cables = &plugged; }
@@ -58,15 +47,15 @@ public:
     Soc& SystemOnChip() { return soc; }
 
 private:
-    std::optional<Answer> Call(Client& client, const wire::Request& request,
-                               std::span<const uint8_t> data);
-    std::optional<Answer> CallMailbox(Client& client, const wire::Request& request,
-                                      std::span<const uint8_t> data);
-    Answer CallMii(std::span<const uint8_t> data);
-    Answer CallGmac(std::span<const uint8_t> data);
-    Answer CallAttributeRead(uint32_t arg);
-    Answer OpenFile(Client& client, const wire::Request& request);
-    Answer WriteAttribute(Client& client, std::span<const uint8_t> text);
+    Reply AskMailbox(const Question& question);
+    Reply AskAttribute(const Question& question);
+    Reply AskInterface(const Question& question);
+    Reply AskNames(const Question& question);
+    Reply AskMii(std::span<const uint8_t> data);
+    Reply AskGmac(std::span<const uint8_t> data);
+    Reply FindMiiAddress(uint32_t interface) const;
+    Reply GetSemaphore(std::span<const uint8_t> data);
+    Reply SayHello() const;
 
     BoardDescription spec;
     BoardClock clock;
@@ -74,8 +63,10 @@ private:
     Faults faults;
     std::vector<Device> devices;
     ApplicationCpu applicationCpu;
+    MailboxSockets mailboxes;
     MdioController mdio;
     Soc soc;
+    std::unique_ptr<PrivateNames> names;
     Cables* cables = nullptr;
 };
 

@@ -1,5 +1,5 @@
-// The messages between the preloaded library and the board process, over one SOCK_SEQPACKET Unix
-// socket. Fixed layouts, the same on both ABIs; requests and replies are one packet each.
+// The questions that a board answers, and how they go over its SOCK_SEQPACKET Unix socket: fixed
+// layouts, the same on both ABIs; requests and replies are one packet each.
 #pragma once
 
 #include <cstddef>
@@ -10,21 +10,37 @@ namespace vboard::wire {
 inline constexpr uint32_t kMagic = 0x4F425642;
 inline constexpr size_t kMaxData = 16384;
 inline constexpr char kSocketVariable[] = "ORBLINK_VBOARD";
-inline constexpr char kTimeScaleVariable[] = "ORBLINK_VBOARD_TIME_SCALE";
 
 enum class Op : uint32_t {
-    kSocket = 1,      // arg = socket type; the connection becomes a mailbox socket
-    kBind,            // data = the address as given
-    kReceive,         // arg = flags; the reply waits until the application CPU sends
-    kSend,            // data = the message
+    kSocket = 1,      // arg = socket type; result 1: a fault of single transfers is set
+    kBind,            // data = the address as given; result = number of the mailbox
+    kMailboxEnd,      // arg = number; a descriptor comes along: the board's end of the connection
+    kStartReceive,    // arg = number; says only whether a fault strikes
+    kSend,            // arg = number, data = the message; result = length taken
     kMii,             // data = MiiAccess; the reply's data is one u16, the value read
-    kGmac,            // data = GmacRequest; the reply's result is the driver's result word
-    kInterface,       // arg = InterfaceArg(index, up); the reply's result is a wait status
-    kLaneOpen,        // the connection becomes an open lane driver
+    kMiiAddress,      // arg = interface index; result = MDIO address of the device behind it
+    kGmac,            // data = GmacRequest; the reply's data is the driver's result word
+    kInterface,       // arg = InterfaceArg(index, up)
+    kInterfaceState,  // arg = interface index; result 1: up
+    kLaneOpen,        //
     kLaneReset,       // arg = client id
+    kAttributeOpen,   // arg = Attribute; for writing
     kAttributeRead,   // arg = Attribute; the reply's data is the text
-    kAttributeWrite,  // arg = Attribute; from then on every packet is text written, as it stands
+    kAttributeWrite,  // arg = Attribute, data = the text; result = its length
+    kPrivateOpen,     // arg = index of the path, data = PrivateOpen; a descriptor comes back
+    kPrivateStat,     // arg = index of the path; the reply's data is a struct statx
+    kPrivateUnlink,   // arg = index of the path
+    kPrivateMode,     // arg = index of the path, data = u32, the mode
+    kSemaphoreGet,    // data = SemaphoreGet; result kNotPrivate: the machine's own is meant
+    kHello,           // the reply's data is a Hello
     kControl,         // data = JSON; the answer is JSON in plain packets up to the end of file
+};
+
+// What a program must know before it joins a board.
+struct Hello {
+    double timeScale;
+    uint32_t privateNames;
+    uint32_t reserved;
 };
 
 enum class Attribute : uint32_t { kReset0 = 0, kReset1 = 1, kSystemState = 2 };
@@ -38,6 +54,23 @@ inline constexpr AttributePath kAttributePaths[] = {
     {Attribute::kReset1, "/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:01/sgmii1_reset"},
     {Attribute::kSystemState, "/sys/bus/acpi/drivers/Kova ACPI driver/VQR34DB:00/system_state"},
 };
+// What the library shares between processes.
+inline constexpr const char* kPrivatePaths[] = {
+    "/dev/shm/obos_orblink_driver",
+    "/dev/shm/ethphy_driver",
+    "/var/tmp/orblink_sem",
+    "/var/tmp/ethphy_sem",
+};
+struct PrivateOpen {
+    int32_t flags;
+    uint32_t mode;
+};
+struct SemaphoreGet {
+    int32_t key;
+    int32_t count;
+    int32_t flags;
+};
+inline constexpr int32_t kNotPrivate = -2;
 inline constexpr char kLaneDriverPath[] = "/dev/modphy_drv";
 inline constexpr const char* kInterfaceNames[] = {"nsgmii0", "nsgmii1"};
 
@@ -52,6 +85,7 @@ struct Request {
     Op op;
     uint32_t arg;
     uint32_t dataSize;
+    int32_t process;  // whose call it is, for the journal
 };
 
 struct Reply {
@@ -85,10 +119,10 @@ struct GmacRequest {
     GmacReconfig reconfig;
 };
 
-static_assert(sizeof(Request) == 16 && sizeof(Reply) == 12);
+static_assert(sizeof(Request) == 20 && sizeof(Reply) == 12);
 static_assert(sizeof(MiiAccess) == 16 && offsetof(MiiAccess, bus) == 12);
 static_assert(sizeof(GmacReconfig) == 32 && offsetof(GmacReconfig, result) == 28);
-static_assert(sizeof(GmacRequest) == 48);
+static_assert(sizeof(GmacRequest) == 48 && sizeof(Hello) == 16);
 
 constexpr uint32_t InterfaceArg(uint32_t index, bool up)
 {

@@ -52,7 +52,7 @@ constexpr FaultKind kKinds[] = {
     {FaultId::kGmacResult, "gmac-result", "", 0, 0, 1,
      "a GMAC reconfiguration is skipped: its result word is -1"},
     {FaultId::kInterfaceError, "interface-error", "ERRNO", EAGAIN, kMaxErrno, 1,
-     "system(\"ifconfig ...\") fails"},
+     "SIOCSIFFLAGS fails, and so does ifconfig"},
 };
 
 std::optional<uint32_t> ParseErrno(std::string_view text)

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "virtual_board/program/attach_command.h"
 #include "virtual_board/program/control_command.h"
 #include "virtual_board/program/control_words.h"
 #include "virtual_board/program/exec_command.h"
@@ -49,16 +50,36 @@ void AddRun(CLI::App& program, Action& action)
     auto* verb = program.add_subcommand("run", "run a command against a virtual board");
     verb->add_option("--board", options->boardFile, "the board's TOML file")->required();
     verb->add_option("--time-scale", options->timeScale,
-                     "length of the command's sleep() and usleep(): 0.001 = a thousandth")
+                     "length of every relative sleep in the command: 0.001 = a thousandth")
         ->check(CLI::Range(0.000001, 1000.0) & CLI::Validator(IsFinite, "", ""));
     verb->add_option("--socket", options->socketPath, "where the board listens");
     verb->add_option("--ports", options->ports, "tap: the switch ports are TAP interfaces")
         ->check(CLI::IsMember({"tap", "none"}));
-    verb->add_option("--lib-dir", options->libraryDirs,
-                     "directory with the preloaded library of one ABI; may be given twice");
     verb->add_option("command", options->command, "after --: the command and its arguments")
         ->required();
     verb->final_callback([options, &action] { action = [=] { return RunCommand(*options); }; });
+}
+
+void AddServe(CLI::App& program, Action& action)
+{
+    auto options = std::make_shared<ServeOptions>();
+    auto* verb = program.add_subcommand("serve", "run a board that programs join with 'attach'");
+    verb->add_option("--board", options->boardFile, "the board's TOML file")->required();
+    verb->add_option("--time-scale", options->timeScale,
+                     "length of every relative sleep on the board: 0.001 = a thousandth")
+        ->check(CLI::Range(0.000001, 1000.0) & CLI::Validator(IsFinite, "", ""));
+    verb->add_option("--socket", options->socketPath, "where the board listens");
+    verb->final_callback([options, &action] { action = [=] { return ServeCommand(*options); }; });
+}
+
+void AddAttach(CLI::App& program, Action& action)
+{
+    auto options = std::make_shared<AttachOptions>();
+    auto* verb = program.add_subcommand("attach", "run a command on a board of 'serve'");
+    verb->add_option("--socket", options->socketPath, "the board's socket")->required();
+    verb->add_option("command", options->command, "after --: the command and its arguments")
+        ->required();
+    verb->final_callback([options, &action] { action = [=] { return AttachCommand(*options); }; });
 }
 
 void AddExec(CLI::App& program, Action& action)
@@ -134,6 +155,8 @@ int RunCommandLine(int argc, char** argv)
     Action action;
     AddRun(program, action);
     AddControl(program, action);
+    AddServe(program, action);
+    AddAttach(program, action);
     AddExec(program, action);
     RequireVerb(program);
     try {

@@ -18,19 +18,6 @@ namespace {
 
 constexpr size_t kPacket = 65536;
 
-UniqueFd ConnectTo(const std::string& path)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    UniqueFd fd{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)};
-    if (path.size() >= sizeof address.sun_path)
-        errno = ENAMETOOLONG;
-    else if (fd && connect(fd.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0)
-        return fd;
-    throw std::system_error(errno, std::generic_category(), "no board at " + path);
-}
-
 std::string Format(const char* format, auto... values)
 {
     char text[256];
@@ -141,11 +128,25 @@ std::optional<std::string> BoardSocket(const std::string& given)
     return std::nullopt;
 }
 
+UniqueFd ConnectToBoard(const std::string& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    UniqueFd fd{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)};
+    if (path.size() >= sizeof address.sun_path)
+        errno = ENAMETOOLONG;
+    else if (fd && connect(fd.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0)
+        return fd;
+    throw std::system_error(errno, std::generic_category(), "no board at " + path);
+}
+
 Json AskBoard(const std::string& path, const Json& command)
 {
-    UniqueFd fd = ConnectTo(path);
+    UniqueFd fd = ConnectToBoard(path);
     const std::string text = command.dump(-1, ' ', false, Json::error_handler_t::replace);
-    wire::Request request{wire::kMagic, wire::Op::kControl, 0, static_cast<uint32_t>(text.size())};
+    wire::Request request{wire::kMagic, wire::Op::kControl, 0, static_cast<uint32_t>(text.size()),
+                          0};
     std::string packet(sizeof request, '\0');
     memcpy(packet.data(), &request, sizeof request);
     packet += text;

@@ -5,12 +5,16 @@
 #include <string>
 
 #include "virtual_board/board/journal.h"
+#include "virtual_board/board/unique_fd.h"
 
 namespace vboard {
 
 // The socket of the board that is meant: the given one, else that of the board around. nullopt,
 // with a complaint: there is none.
 std::optional<std::string> BoardSocket(const std::string& given);
+
+// A connection to the board at the path. Throws std::system_error when no board answers there.
+UniqueFd ConnectToBoard(const std::string& path);
 
 // Sends a command to the board at the path and returns its answer. Throws std::system_error when
 // no board answers there.

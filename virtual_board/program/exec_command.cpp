@@ -9,25 +9,11 @@
 
 #include "virtual_board/board/control.h"
 #include "virtual_board/cables/network_namespace.h"
+#include "virtual_board/program/command_process.h"
 #include "virtual_board/program/control_client.h"
 
 namespace vboard {
 namespace {
-
-constexpr int kExitNotExecutable = 126;
-constexpr int kExitNotFound = 127;
-
-int Execute(const std::vector<std::string>& command)
-{
-    std::vector<char*> arguments;
-    for (const std::string& word : command)
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    execvp(arguments[0], arguments.data());
-    const int error = errno;
-    fprintf(stderr, "orblink-vboard: cannot run %s: %s\n", arguments[0], strerror(error));
-    return error == ENOENT ? kExitNotFound : kExitNotExecutable;
-}
 
 int ExecuteOn(const ExecOptions& options, const std::string& socketPath)
 {

@@ -61,12 +61,17 @@ void MountEmpty(const char* path)
 
 }  // namespace
 
-void EnterPrivateNamespaces()
+bool TryPrivateNamespaces()
 {
-    Unshare();
-    MakeMountsPrivate();
-    MountEmpty("/dev/shm");
-    MountEmpty("/var/tmp");
+    try {
+        Unshare();
+        MakeMountsPrivate();
+        MountEmpty("/dev/shm");
+        MountEmpty("/var/tmp");
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 }  // namespace vboard

@@ -4,7 +4,7 @@
 namespace vboard {
 
 // Leaves for private IPC and mount namespaces (inside a user namespace when that takes one), with
-// empty /dev/shm and /var/tmp. Throws std::system_error.
-void EnterPrivateNamespaces();
+// empty /dev/shm and /var/tmp. False where the machine refuses that.
+bool TryPrivateNamespaces();
 
 }  // namespace vboard

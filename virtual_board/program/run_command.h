@@ -11,7 +11,6 @@ struct RunOptions {
     double timeScale = 1;
     std::string ports;       // "tap" or "none"; empty: as the board file has it
     std::string socketPath;  // empty: one of the board's own
-    std::vector<std::string> libraryDirs;
     std::vector<std::string> command;
 };
 

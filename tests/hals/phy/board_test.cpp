@@ -51,7 +51,7 @@ protected:
                              << "control() { " VBOARD " control \"$@\"; }\n"
                              << "lanes() { control journal --kind lane | sed 's/.* lane *//'; }\n"
                              << script << '\n';
-        FILE* pipe = popen((VBOARD " run --time-scale 0.01 --lib-dir " LIBRARIES " --board " +
+        FILE* pipe = popen((VBOARD " run --time-scale 0.01 --board " +
                             board + " -- sh " + inner + " 2>" + directory_ + "/errors")
                                .c_str(),
                            "r");

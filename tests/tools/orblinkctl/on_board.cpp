@@ -38,6 +38,8 @@ std::string Script(const Scratch& scratch, const std::vector<std::string>& comma
     std::string script = "PATH=" + bin + ":$PATH\n" +
                          "ctl() { orblinkctl \"$@\"; }\n"
                          "board() { orblink-vboard control \"$@\"; }\n"
+                         // Real seconds, on a board whose sleeps are a thousandth as long.
+                         "sleep() { command sleep $(awk \"BEGIN { print $1 * 1000 }\"); }\n"
                          "cd " +
                          Quoted(scratch.Path("")) + "\n";
     for (size_t i = 0; i < commands.size(); ++i) {

@@ -41,10 +41,15 @@ protected:
     {
         return cpu.Send(end, message, taken);
     }
+    // What the program at this end reads.
     std::vector<uint8_t> Message(MailboxEnd& end)
     {
-        auto received = cpu.Receive(end);
-        return received ? received->message : std::vector<uint8_t>{};
+        const auto* offered = cpu.Offer(end);
+        if (offered == nullptr)
+            return {};
+        const std::vector<uint8_t> message = *offered;
+        cpu.Taken(end);
+        return message;
     }
     std::string Last(const char* key) { return journal.Show({{}, 1})["entries"][0].value(key, ""); }
 
@@ -65,8 +70,7 @@ TEST_F(ApplicationCpuTest, SendsBothFamiliesInOrderAndThenNothing)
     MailboxEnd second = Bound();
     EXPECT_EQ(Message(second), BoardDataMessage(spec, Family::kPhy));
     EXPECT_EQ(Send(second, ack), 0);
-    EXPECT_EQ(cpu.Receive(second), std::nullopt);
-    EXPECT_TRUE(second.waiting);
+    EXPECT_EQ(cpu.Offer(second), nullptr);
     EXPECT_EQ(cpu.State(), (Json{{"switch", "acknowledged"}, {"phy", "acknowledged"}}));
 }
 
@@ -134,8 +138,8 @@ TEST_F(ApplicationCpuTest, ChecksTheAddress)
 TEST_F(ApplicationCpuTest, NothingWorksBeforeBind)
 {
     MailboxEnd end;
-    EXPECT_EQ(cpu.Receive(end)->error, EINVAL);
-    EXPECT_FALSE(end.waiting);
+    EXPECT_EQ(cpu.StartReceive(end), EINVAL);
+    EXPECT_EQ(cpu.Offer(end), nullptr);
     EXPECT_EQ(Send(end, ack), ENOTCONN);
 }
 
@@ -159,10 +163,11 @@ TEST_F(ApplicationCpuTest, FaultsOfTheExchange)
 {
     MailboxEnd end = Bound();
     Set("receive-error", ETIMEDOUT);
-    EXPECT_EQ(cpu.Receive(end)->error, ETIMEDOUT);
+    EXPECT_EQ(cpu.StartReceive(end), ETIMEDOUT);
+    EXPECT_EQ(cpu.StartReceive(end), 0);
     Set("silent", {}, 0);
-    EXPECT_EQ(cpu.Receive(end), std::nullopt);
-    EXPECT_EQ(cpu.Receive(end), std::nullopt);
+    EXPECT_EQ(cpu.Offer(end), nullptr);
+    EXPECT_EQ(cpu.Offer(end), nullptr);
     faults.Clear();
     EXPECT_EQ(Message(end)[3], 10);
     Set("send-error", EPIPE);
@@ -173,13 +178,43 @@ TEST_F(ApplicationCpuTest, FaultsOfTheExchange)
     EXPECT_EQ(cpu.State()["switch"], "due");
 }
 
-TEST_F(ApplicationCpuTest, ARefusalDoesNotStrikeAReceiveThatAlreadyWaits)
+TEST_F(ApplicationCpuTest, OneMessageAtATimeIsOnItsWay)
 {
     MailboxEnd end = Bound();
-    Set("silent", {}, 0);
-    EXPECT_EQ(cpu.Receive(end), std::nullopt);
-    Set("receive-error");
-    EXPECT_EQ(cpu.Receive(end), std::nullopt);
+    ASSERT_NE(cpu.Offer(end), nullptr);
+    EXPECT_EQ(cpu.Offer(end), nullptr);
+    cpu.Taken(end);
+    EXPECT_EQ(cpu.Offer(end), nullptr);
+    EXPECT_EQ(Send(end, ack), 0);
+    EXPECT_NE(cpu.Offer(end), nullptr);
+}
+
+TEST_F(ApplicationCpuTest, WhatNobodyHasReadComesBackAsItWas)
+{
+    Set("message-type", 99);
+    MailboxEnd end = Bound();
+    const auto* offered = cpu.Offer(end);
+    ASSERT_NE(offered, nullptr);
+    const std::vector<uint8_t> message = *offered;
+    EXPECT_EQ(message[3], 99);
+    EXPECT_EQ(cpu.State()["switch"], "due");
+    cpu.Close(end);
+    EXPECT_EQ(Last("note"), "");
+    MailboxEnd next = Bound();
+    EXPECT_EQ(Message(next), message);
+    EXPECT_EQ(cpu.State()["switch"], "sent");
+}
+
+TEST_F(ApplicationCpuTest, AMessageThatWasReplacedMeanwhileDoesNotComeBack)
+{
+    MailboxEnd end = Bound();
+    ASSERT_NE(cpu.Offer(end), nullptr);
+    cpu.SendAgain(Family::kSwitch);
+    MailboxEnd next = Bound();
+    EXPECT_EQ(Message(next)[3], 10);
+    Send(next, ack);
+    cpu.Close(end);
+    EXPECT_EQ(cpu.State()["switch"], "acknowledged");
 }
 
 TEST_F(ApplicationCpuTest, FaultsOfTheMessage)

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <thread>
 
+#include "virtual_board/board/descriptor_passing.h"
 #include "virtual_board/program/control_client.h"
 
 namespace vboard {
@@ -59,26 +60,28 @@ protected:
         return reply;
     }
 
-    UniqueFd BoundMailbox() const
+    // A mailbox whose board's end went to the board; the other end.
+    UniqueFd BoundMailbox(const UniqueFd& asker) const
     {
-        UniqueFd fd = Connect();
-        EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kSocket, 1, 0}).error, 0);
-        EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kBind, 0, 16},
-                      std::string("\x2b\0\0\x0c", 4) + std::string(12, '\0'))
-                      .error,
-                  0);
-        return fd;
-    }
-    static void StartReceiving(const UniqueFd& fd)
-    {
-        wire::Request receive{kMagic, wire::Op::kReceive, 0, 0};
-        EXPECT_EQ(send(fd.Get(), &receive, sizeof receive, 0), ssize_t{sizeof receive});
+        const wire::Reply bound = Ask(asker, {kMagic, wire::Op::kBind, 0, 16, 7},
+                                      std::string("\x2b\0\0\x0c", 4) + std::string(12, '\0'));
+        EXPECT_EQ(bound.error, 0);
+        int ends[2];
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
+        const UniqueFd boards{ends[0]};
+        const wire::Request request{kMagic, wire::Op::kMailboxEnd,
+                                    static_cast<uint32_t>(bound.result), 0, 7};
+        EXPECT_TRUE(SendWithDescriptor(asker.Get(), &request, sizeof request, boards.Get()));
+        wire::Reply reply{};
+        EXPECT_EQ(recv(asker.Get(), &reply, sizeof reply, 0), ssize_t{sizeof reply});
+        EXPECT_EQ(reply.error, 0);
+        return UniqueFd{ends[1]};
     }
     static int MessageType(const UniqueFd& fd)
     {
-        uint8_t packet[256] = {};
-        EXPECT_GT(recv(fd.Get(), packet, sizeof packet, 0), ssize_t{sizeof(wire::Reply)});
-        return packet[sizeof(wire::Reply) + 3];
+        uint8_t message[256] = {};
+        EXPECT_GT(recv(fd.Get(), message, sizeof message, 0), 8);
+        return message[3];
     }
     static BoardDescription Spec()
     {
@@ -103,47 +106,87 @@ TEST_F(BoardServerTest, RefusesWhatIsNoRequest)
     wire::Reply reply{};
     ASSERT_EQ(recv(fd.Get(), &reply, sizeof reply, 0), ssize_t{sizeof reply});
     EXPECT_EQ(reply.error, EPROTO);
-    EXPECT_EQ(Ask(fd, {kMagic + 1, wire::Op::kLaneOpen, 0, 0}).error, EPROTO);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op{99}, 0, 0}).error, EPROTO);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kMii, 0, 5}, "abcd").error, EPROTO);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kMii, 0, 4}, "abcd").error, EPROTO);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kGmac, 0, 0}).error, EPROTO);
+    EXPECT_EQ(Ask(fd, {kMagic + 1, wire::Op::kLaneOpen, 0, 0, 0}).error, EPROTO);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op{99}, 0, 0, 0}).error, EPROTO);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kMii, 0, 5, 0}, "abcd").error, EPROTO);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kMii, 0, 4, 0}, "abcd").error, EPROTO);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kGmac, 0, 0, 0}).error, EPROTO);
 }
 
-TEST_F(BoardServerTest, RefusesCallsOnTheWrongKindOfDescriptor)
+TEST_F(BoardServerTest, RefusesWhatDoesNotExist)
 {
     UniqueFd fd = Connect();
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kBind, 0, 0}).error, EBADF);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kSend, 0, 0}).error, EBADF);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kReceive, 0, 0}).error, EBADF);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kLaneReset, 3, 0}).error, EBADF);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeRead, 3, 0}).error, ENOENT);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeWrite, 3, 0}).error, ENOENT);
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kInterface, 4, 0}).error, EINVAL);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kBind, 0, 0, 0}).error, EINVAL);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kSend, 1, 0, 0}).error, EBADF);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kStartReceive, 1, 0, 0}).error, EBADF);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kMailboxEnd, 1, 0, 0}).error, EBADF);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeRead, 3, 0, 0}).error, ENOENT);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeWrite, 3, 0, 0}).error, ENOENT);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeOpen, 2, 0, 0}).error, EACCES);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kInterface, 4, 0, 0}).error, EINVAL);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kMiiAddress, 2, 0, 0}).error, EOPNOTSUPP);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kPrivateStat, 0, 0, 0}).error, ENOENT);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kPrivateOpen, 9, 0, 0}).error, ENOENT);
 }
 
 TEST_F(BoardServerTest, AClientThatGoesAwayDisturbsNobody)
 {
     {
-        UniqueFd waiting = Connect();
-        EXPECT_EQ(Ask(waiting, {kMagic, wire::Op::kSocket, 1, 0}).error, 0);
-        wire::Request receive{kMagic, wire::Op::kReceive, 0, 0};
-        EXPECT_EQ(send(waiting.Get(), &receive, sizeof receive, 0), ssize_t{sizeof receive});
+        UniqueFd going = Connect();
+        const UniqueFd mailbox = BoundMailbox(going);
+        const wire::Request half{kMagic, wire::Op::kLaneOpen, 0, 5, 0};
+        EXPECT_EQ(send(going.Get(), &half, sizeof half, 0), ssize_t{sizeof half});
     }
-    EXPECT_EQ(Ask(Connect(), {kMagic, wire::Op::kLaneOpen, 0, 0}).error, 0);
+    EXPECT_EQ(Ask(Connect(), {kMagic, wire::Op::kLaneOpen, 0, 0, 0}).error, 0);
 }
 
-TEST_F(BoardServerTest, ReceiversAreServedInTheOrderInWhichTheyBegan)
+TEST_F(BoardServerTest, MailboxesAreServedInTheOrderInWhichTheyWereBound)
 {
     AskBoard(path, {{"verb", "fault"}, {"name", "silent"}});
-    UniqueFd second = BoundMailbox();
-    UniqueFd first = BoundMailbox();
-    StartReceiving(first);
-    AskBoard(path, {{"verb", "state"}});  // answered after what the board had received before
-    StartReceiving(second);
+    const UniqueFd asker = Connect();
+    const UniqueFd first = BoundMailbox(asker);
+    const UniqueFd second = BoundMailbox(asker);
+    char nothing = 0;
+    EXPECT_EQ(recv(first.Get(), &nothing, 1, MSG_DONTWAIT), -1);
     AskBoard(path, {{"verb", "fault"}, {"name", "clear"}});
     EXPECT_EQ(MessageType(first), 10);
     EXPECT_EQ(MessageType(second), 11);
+}
+
+TEST_F(BoardServerTest, AMessageIsReceivedWhenItIsReadAndNotBefore)
+{
+    const UniqueFd asker = Connect();
+    const UniqueFd mailbox = BoundMailbox(asker);
+    EXPECT_EQ(AskBoard(path, {{"verb", "state"}})["mailbox"]["switch"], "due");
+    EXPECT_EQ(MessageType(mailbox), 10);
+    EXPECT_EQ(AskBoard(path, {{"verb", "state"}})["mailbox"]["switch"], "sent");
+    EXPECT_EQ(send(mailbox.Get(), "\0\0\0\x0c\0\0\0\0", 8, 0), 8);
+    EXPECT_EQ(AskBoard(path, {{"verb", "state"}})["mailbox"]["switch"], "acknowledged");
+}
+
+TEST_F(BoardServerTest, AMailboxClosedUnreadLeavesItsMessageToTheNext)
+{
+    const UniqueFd asker = Connect();
+    BoundMailbox(asker);
+    EXPECT_EQ(AskBoard(path, {{"verb", "state"}})["mailbox"]["switch"], "due");
+    const UniqueFd next = BoundMailbox(asker);
+    EXPECT_EQ(MessageType(next), 10);
+}
+
+TEST_F(BoardServerTest, SaysToWhoeverJoinsHowItsTimeRuns)
+{
+    const UniqueFd fd = Connect();
+    const wire::Request request{kMagic, wire::Op::kHello, 0, 0, 0};
+    ASSERT_EQ(send(fd.Get(), &request, sizeof request, 0), ssize_t{sizeof request});
+    struct {
+        wire::Reply head;
+        uint8_t hello[sizeof(wire::Hello)];
+    } packet{};
+    ASSERT_EQ(recv(fd.Get(), &packet, sizeof packet, 0), ssize_t{sizeof packet});
+    wire::Hello hello{};
+    memcpy(&hello, packet.hello, sizeof hello);
+    EXPECT_EQ(hello.timeScale, 1);
+    EXPECT_EQ(hello.privateNames, 0U);
 }
 
 TEST_F(BoardServerTest, ControlRefusesWhatIsNoCommand)
@@ -162,11 +205,7 @@ TEST_F(BoardServerTest, ControlRefusesWhatIsNoCommand)
 TEST_F(BoardServerTest, TheJournalTakesBytesThatAreNoText)
 {
     UniqueFd fd = Connect();
-    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeWrite, 0, 0}).error, 0);
-    ASSERT_EQ(send(fd.Get(), "\377\300", 2, 0), 2);
-    wire::Reply reply{};
-    ASSERT_EQ(recv(fd.Get(), &reply, sizeof reply, 0), ssize_t{sizeof reply});
-    EXPECT_EQ(reply.error, EINVAL);
+    EXPECT_EQ(Ask(fd, {kMagic, wire::Op::kAttributeWrite, 0, 2, 0}, "\377\300").error, EINVAL);
     Json journal = AskBoard(path, {{"verb", "journal"}});
     ASSERT_EQ(journal["ok"], true);
     EXPECT_EQ(journal["entries"].back()["facts"]["text"], "\uFFFD\uFFFD");

@@ -102,7 +102,7 @@ TEST_F(Differential, TheSwitchDoesWhatABridgeOfLinuxDoes)
         "give() { mausezahn host$1 -q -c 1 $(echo $2 | sed 's/../&:/g; s/:$//') >/dev/null 2>&1; "
         "}\n" +
         sends +
-        "sleep 0.5; kill $pids; wait $pids || true\n"
+        "sleep 10; kill $pids; wait $pids || true\n"
         "END\n"
         "S=$S unshare -n sh $S/bridge.sh\n"
         "for h in a b c d; do hear $h; done\n"

@@ -26,7 +26,7 @@ hear() {
     until grep -q 'listening on' "$S/$1.log"; do sleep 0.05; done
 }
 heard() {
-    sleep 0.5
+    sleep 10
     kill -TERM "$(cat "$S/$1.pid")"
     wait "$(cat "$S/$1.pid")"
 }

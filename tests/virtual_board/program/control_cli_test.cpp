@@ -111,7 +111,7 @@ TEST(Control, ALinkComesUpAtItsSpeed)
 TEST(Control, APhyNegotiatesWithItsPartnerAndLosesItsCable)
 {
     auto outcome = OnBoard("phy.toml",
-                           "sleep 0.05; $CLIENT mii nsgmii0 0 4 2\n"
+                           "sleep 50; $CLIENT mii nsgmii0 0 4 2\n"
                            "$CLIENT mii nsgmii0 0 4 1 >/dev/null; $CLIENT mii nsgmii0 0 4 1\n"
                            "$VBOARD control link phy0 down\n"
                            "$CLIENT mii nsgmii0 0 4 1\n"
@@ -123,7 +123,7 @@ TEST(Control, APhyNegotiatesWithItsPartnerAndLosesItsCable)
 TEST(Control, StationsAreLearnedAndForgotten)
 {
     auto outcome = OnBoard("two_switches.toml",
-                           "sleep 0.05\n"
+                           "sleep 50\n"
                            "$VBOARD control learn sw0:1 02:00:00:00:00:07 5\n"
                            "$VBOARD control state sw0 --json | grep -c 02:00:00:00:00:07\n"
                            "$VBOARD control forget sw0\n"
@@ -135,7 +135,7 @@ TEST(Control, StationsAreLearnedAndForgotten)
 TEST(Control, ACounterCounts)
 {
     auto state = AskJson("two_switches.toml",
-                         "sleep 0.05; $VBOARD control counter sw1:2 etherStatsPkts 40\n"
+                         "sleep 50; $VBOARD control counter sw1:2 etherStatsPkts 40\n"
                          "$VBOARD control counter sw1:2 etherStatsPkts 2\n"
                          "$VBOARD control state sw1 --json",
                          "--time-scale 0.001");

@@ -47,13 +47,6 @@ TEST(Run, UsageErrorsAreTwo)
     EXPECT_EQ(Shell("$VBOARD --help").status, 0);
 }
 
-TEST(Run, ALibraryDirectoryMustHaveTheLibrary)
-{
-    auto outcome = Shell("$RUN --board $BOARDS/phy.toml --lib-dir /etc -- true");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.output, "orblink-vboard: no liborblink-vboard-preload.so in /etc\n");
-}
-
 TEST(Run, AMistakeInTheBoardFileIsNamedWithItsPlace)
 {
     std::string path = TemporaryPath("bad.toml");
@@ -176,10 +169,9 @@ TEST(Run, WhatTheCommandHasStartedEndsWithIt)
 
 TEST(Run, AKilledBoardTakesItsCommandAlongAndIsInNobodysWay)
 {
-    const std::string socket = TemporaryPath("killed.sock");
-    const std::string run = "$RUN --socket " + socket + " --board $BOARDS/no_devices.toml -- sh ";
+    const std::string run = "$RUN --board $BOARDS/no_devices.toml -- sh ";
     auto outcome = Shell(
-        "echo 'setsid sleep 600 & echo $! >$0.pid; echo ${LD_LIBRARY_PATH%/*} >$0.dir\n"
+        "echo 'setsid sleep 600 & echo $! >$0.pid; dirname $ORBLINK_VBOARD >$0.dir\n"
         "touch $0.ready; exec sleep 600' >$0.run\n" +
         run +
         "$0.run & until test -e $0.run.ready; do sleep 0.05; done\n"
@@ -194,12 +186,62 @@ TEST(Run, AKilledBoardTakesItsCommandAlongAndIsInNobodysWay)
     EXPECT_THAT(outcome.output, HasSubstr("again\nswept\n"));
 }
 
-TEST(Run, KeepsWhatTheEnvironmentPreloadsAlready)
+TEST(Run, TheEnvironmentStaysAsItWasButForTheAdministratorsPrograms)
 {
     auto outcome = Shell(
-        "LD_LIBRARY_PATH=/given $RUN --board $BOARDS/no_devices.toml -- "
-        "sh -c 'echo $LD_LIBRARY_PATH'");
-    EXPECT_THAT(Printed(outcome), MatchesRegex("/.*orblink-vboard\\.[0-9]+/\\$LIB:/given\n"));
+        "LD_LIBRARY_PATH=/given PATH=/usr/bin:/bin $RUN --board $BOARDS/no_devices.toml -- "
+        "sh -c 'echo $LD_LIBRARY_PATH $LD_PRELOAD $PATH'");
+    EXPECT_EQ(Printed(outcome), "/given /usr/bin:/bin:/usr/sbin:/sbin\n");
+}
+
+TEST(Run, ABoardInsideABoardIsRefusedInOneLine)
+{
+    auto outcome = OnBoard("no_devices.toml",
+                           "$RUN --board $BOARDS/no_devices.toml -- echo inner 2>$0.e; echo $?\n"
+                           "grep -v ': board \"' $0.e\n");
+    EXPECT_EQ(Printed(outcome),
+              "1\norblink-vboard: this process runs on a board already, and a board inside a board "
+              "is not possible\n");
+}
+
+TEST(Run, RequestsThroughARingAreNotAWayPastTheBoard)
+{
+    auto outcome = OnBoard("no_devices.toml", "$CLIENT ring");
+    EXPECT_EQ(Printed(outcome), "io_uring_setup: ENOSYS\n");
+}
+
+TEST(Serve, SeveralProgramsJoinAndLeaveOneBoard)
+{
+    const std::string socket = TemporaryPath("served.sock");
+    auto outcome = Shell(
+        "$VBOARD serve --board $BOARDS/two_switches.toml --socket " + socket + " 2>/dev/null &\n"
+        "until test -S " + socket + "; do sleep 0.05; done; sleep 0.3\n"
+        "join() { $VBOARD attach --socket " + socket + " -- \"$@\"; }\n"
+        "join $CLIENT mii nsgmii0 0 16 4 0x1234\n"
+        "join $OTHER mii nsgmii0 0 16 4\n"
+        "join $CLIENT mailbox ack; join $OTHER mailbox ack\n"
+        "join $CLIENT shared /dev/shm/obos_orblink_driver 0x4F425603\n"
+        "join $OTHER shared /dev/shm/obos_orblink_driver 0x4F425603\n"
+        "join sh -c 'exit 7'; echo $?\n"
+        "kill $!; wait $!; echo $?\n");
+    EXPECT_EQ(Printed(outcome),
+              "written\n0x1234\nreceived 184 of type 10 length 176\nsent 8\n"
+              "received 128 of type 11 length 120\nsent 8\nmade\nopen: EEXIST\n7\n0\n");
+    EXPECT_NE(access("/dev/shm/obos_orblink_driver", F_OK), 0);
+    EXPECT_EQ(semctl(semget(0x4F425603, 1, 0), 0, IPC_RMID), 0);
+}
+
+TEST(Serve, ABoardOfRunIsNotJoined)
+{
+    auto outcome = OnBoard("no_devices.toml",
+                           "setsid $VBOARD attach --socket $ORBLINK_VBOARD -- true; echo $?");
+    EXPECT_THAT(outcome.output, HasSubstr("'orblink-vboard serve' runs one that can be joined\n1"));
+}
+
+TEST(Run, AWordThatLooksLikeAnOptionOfTheCommandIsTheCommands)
+{
+    auto outcome = Shell("$RUN --board $BOARDS/no_devices.toml -- sh -c 'echo $0 $1' -- --board");
+    EXPECT_EQ(Printed(outcome), "-- --board\n");
 }
 
 }  // namespace

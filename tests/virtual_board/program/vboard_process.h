@@ -10,7 +10,7 @@ struct Outcome {
     std::string output;  // standard output and standard error together
 };
 
-// A shell script with $VBOARD, $RUN (its run command, with the libraries of both ABIs), $CLIENT,
+// A shell script with $VBOARD, $RUN (its run command), $CLIENT,
 // $OTHER (the client of the other ABI) and $BOARDS set.
 Outcome Shell(const std::string& script);
 

@@ -114,7 +114,7 @@ TEST(Top, GivesTheTerminalBack)
         OnBoardUp("one_switch",
                   {"(sleep 0.5; printf s; sleep 0.5; printf q) | "
                    "script -qec 'orblinkctl top --interval 0.1; echo ended $?; stty -a' /dev/null",
-                   "script -qec 'orblinkctl top --interval 0.1 & sleep 2; kill $!; wait $!; "
+                   "script -qec 'orblinkctl top --interval 0.1 & sleep 2000; kill $!; wait $!; "
                    "echo ended $?' /dev/null"});
     for (const auto& outcome : r) {
         EXPECT_THAT(outcome.out, HasSubstr("\033[?1049h\033[?25l")) << outcome.out;

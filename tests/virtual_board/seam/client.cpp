@@ -244,6 +244,16 @@ int MakeShared(const char* name, const char* key)
     return 0;
 }
 
+int Ring()
+{
+    char parameters[256] = {};
+    const long fd = syscall(425, 1, parameters);
+    if (fd < 0)
+        return Failed("io_uring_setup");
+    puts("a ring");
+    return 0;
+}
+
 int System(const char* command)
 {
     int status = system(command);
@@ -277,6 +287,8 @@ int Run(int argc, char** argv)
         return MakeShared(argv[2], argv[3]);
     if (strcmp(verb, "system") == 0 && argc == 3)
         return System(argv[2]);
+    if (strcmp(verb, "ring") == 0)
+        return Ring();
     fputs("client: no such call\n", stderr);
     return 2;
 }

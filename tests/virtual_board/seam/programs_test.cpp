@@ -13,9 +13,9 @@ using testing::Not;
 
 // Board time runs a thousand times faster, so that the chips are up after the first call or two.
 constexpr char kFast[] = "--time-scale 0.001";
-constexpr char kWaitUntilUp[] = "sleep 0.02\n";
+constexpr char kWaitUntilUp[] = "sleep 20\n";
 
-TEST(Preload, ReadsAndWritesAChipRegister)
+TEST(Programs, ReadsAndWritesAChipRegister)
 {
     auto outcome = OnBoard("two_switches.toml",
                            std::string(kWaitUntilUp) +
@@ -27,7 +27,7 @@ TEST(Preload, ReadsAndWritesAChipRegister)
     EXPECT_EQ(outcome.status, 0);
 }
 
-TEST(Preload, ServesBothAbisOnOneBoard)
+TEST(Programs, ServesBothAbisOnOneBoard)
 {
     auto outcome = OnBoard("two_switches.toml",
                            std::string(kWaitUntilUp) +
@@ -45,25 +45,14 @@ TEST(Preload, ServesBothAbisOnOneBoard)
               "1 of value 0\n1 of value 0\nreset\n");
 }
 
-TEST(Preload, LoadsWithoutAWordWhenTheOtherAbiIsNotThere)
-{
-    auto outcome = Shell(
-        "mkdir -p $0.d/bin $0.d/lib\n"
-        "cp $VBOARD $0.d/bin\n"
-        "cp $(dirname $VBOARD)/../lib/liborblink-vboard-preload.so $0.d/lib\n"
-        "$0.d/bin/orblink-vboard run --board $BOARDS/no_devices.toml -- "
-        "$CLIENT read 2\n");
-    EXPECT_EQ(Printed(outcome), "1 of value 0\n");
-}
-
-TEST(Preload, AnAbsentDeviceReadsAllOnes)
+TEST(Programs, AnAbsentDeviceReadsAllOnes)
 {
     auto outcome = OnBoard("two_switches.toml",
                            "$CLIENT mii nsgmii0 0 9 2\n$CLIENT mii nsgmii0 0 9 0 0x8000\n");
     EXPECT_EQ(Printed(outcome), "0xffff\nwritten\n");
 }
 
-TEST(Preload, LeavesOtherInterfacesToTheKernel)
+TEST(Programs, LeavesOtherInterfacesToTheKernel)
 {
     auto outcome = OnBoard("two_switches.toml",
                            "$CLIENT mii lo 0 16 0\n$CLIENT mii nsgmii2 0 16 0\n"
@@ -71,7 +60,7 @@ TEST(Preload, LeavesOtherInterfacesToTheKernel)
     EXPECT_EQ(Printed(outcome), "ioctl: EOPNOTSUPP\nioctl: ENODEV\n");
 }
 
-TEST(Preload, RefusalOfTheChipIsEioWithTheReasonInTheJournal)
+TEST(Programs, RefusalOfTheChipIsEioWithTheReasonInTheJournal)
 {
     auto outcome = OnBoard("two_switches.toml",
                            "$CLIENT write 0 0\n"
@@ -83,7 +72,7 @@ TEST(Preload, RefusalOfTheChipIsEioWithTheReasonInTheJournal)
                                                        "reg=0x0004 -> EIO \\(.*reset.*\\)"));
 }
 
-TEST(Preload, BothFamiliesGetTheirBoardDataOnceEach)
+TEST(Programs, BothFamiliesGetTheirBoardDataOnceEach)
 {
     auto outcome = OnBoard("two_switches.toml",
                            "$CLIENT mailbox ack\n$CLIENT mailbox ack\n$CLIENT mailbox ack now\n"
@@ -95,7 +84,7 @@ TEST(Preload, BothFamiliesGetTheirBoardDataOnceEach)
               "mailbox: switch=acknowledged phy=acknowledged\n");
 }
 
-TEST(Preload, WithoutTheRightAcknowledgementTheDataComesAgain)
+TEST(Programs, WithoutTheRightAcknowledgementTheDataComesAgain)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$CLIENT mailbox silent\n$CLIENT mailbox wrong\n$CLIENT mailbox ack\n");
@@ -105,13 +94,13 @@ TEST(Preload, WithoutTheRightAcknowledgementTheDataComesAgain)
               "received 184 of type 10 length 176\nsent 8\n");
 }
 
-TEST(Preload, WithoutMsgTruncTheLengthIsWhatWasTaken)
+TEST(Programs, WithoutMsgTruncTheLengthIsWhatWasTaken)
 {
     auto outcome = OnBoard("one_switch.toml", "$CLIENT mailbox ack short\n");
     EXPECT_EQ(Printed(outcome), "received 10 of type 10 length 176\nsent 8\n");
 }
 
-TEST(Preload, AReceiveBlocksUntilTheApplicationCpuSends)
+TEST(Programs, AReceiveBlocksUntilTheApplicationCpuSends)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$VBOARD control fault silent\n"
@@ -122,7 +111,7 @@ TEST(Preload, AReceiveBlocksUntilTheApplicationCpuSends)
     EXPECT_EQ(Printed(outcome), "still waiting\nreceived 184 of type 10 length 176\nsent 8\n");
 }
 
-TEST(Preload, ASignalInterruptsAReceiveAndTheNextOneGetsTheMessage)
+TEST(Programs, ASignalInterruptsAReceiveAndTheNextOneGetsTheMessage)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$VBOARD control fault silent\n"
@@ -133,7 +122,7 @@ TEST(Preload, ASignalInterruptsAReceiveAndTheNextOneGetsTheMessage)
     EXPECT_EQ(Printed(outcome), "received 184 of type 10 length 176\nwas interrupted\nsent 8\n");
 }
 
-TEST(Preload, AMessageThatComesAfterATimeOutDoesNotAnswerASend)
+TEST(Programs, AMessageThatComesAfterATimeOutDoesNotAnswerASend)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$VBOARD control fault silent\n"
@@ -144,7 +133,7 @@ TEST(Preload, AMessageThatComesAfterATimeOutDoesNotAnswerASend)
     EXPECT_EQ(Printed(outcome), "timed out\nsent 4\nreceived 184 of type 10 length 176\nsent 8\n");
 }
 
-TEST(Preload, ErrnosOfAMailboxThatIsNotUp)
+TEST(Programs, ErrnosOfAMailboxThatIsNotUp)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$VBOARD control fault mailbox-down\n"
@@ -158,7 +147,7 @@ TEST(Preload, ErrnosOfAMailboxThatIsNotUp)
               "received 184 of type 10 length 176\nsent 8\n");
 }
 
-TEST(Preload, AnyRoleNumberMayBeBoundButOnlyTheAddressOfTheBoardData)
+TEST(Programs, AnyRoleNumberMayBeBoundButOnlyTheAddressOfTheBoardData)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$CLIENT bind 0 12 && $CLIENT bind 2 12 && echo ok\n"
@@ -166,7 +155,7 @@ TEST(Preload, AnyRoleNumberMayBeBoundButOnlyTheAddressOfTheBoardData)
     EXPECT_EQ(Printed(outcome), "ok\nbind: EADDRNOTAVAIL\n");
 }
 
-TEST(Preload, ResetAttributesCarryAWriteErrorToTheFlush)
+TEST(Programs, ResetAttributesCarryAWriteErrorToTheFlush)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$CLIENT write 1 0; $CLIENT read 1\n"
@@ -182,7 +171,7 @@ TEST(Preload, ResetAttributesCarryAWriteErrorToTheFlush)
               "fopen: EACCES\n");
 }
 
-TEST(Preload, AttributesServeAShellToo)
+TEST(Programs, AttributesServeAShellToo)
 {
     std::string pin = "'/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:00/sgmii0_reset'";
     auto outcome = OnBoard("one_switch.toml", "cat " + pin + "; echo 0 > " + pin + "; cat " + pin +
@@ -192,7 +181,7 @@ TEST(Preload, AttributesServeAShellToo)
     EXPECT_THAT(outcome.output, HasSubstr("write attribute=sgmii0_reset pin=18 text=0 -> ok"));
 }
 
-TEST(Preload, TheSystemStateIsTheBattery)
+TEST(Programs, TheSystemStateIsTheBattery)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$CLIENT read 2; $VBOARD control battery on; $CLIENT read 2\n"
@@ -205,7 +194,7 @@ TEST(Preload, TheSystemStateIsTheBattery)
               "1 of value 0\n");
 }
 
-TEST(Preload, LaneDriver)
+TEST(Programs, LaneDriver)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$CLIENT lane 3; $CLIENT lane 6; $CLIENT lane 6; $CLIENT lane 7\n"
@@ -217,7 +206,7 @@ TEST(Preload, LaneDriver)
               "laneResets: 3=1 4=0 5=0 6=2\n");
 }
 
-TEST(Preload, GmacReconfiguration)
+TEST(Programs, GmacReconfiguration)
 {
     auto outcome =
         OnBoard("one_switch.toml",
@@ -232,7 +221,7 @@ TEST(Preload, GmacReconfiguration)
               "  nsgmii1: up=true speed=5 duplex=1 reconfigurations=1\n");
 }
 
-TEST(Preload, IfconfigOfTheInternalInterfaces)
+TEST(Programs, IfconfigOfTheInternalInterfaces)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$CLIENT system 'ifconfig nsgmii0 down'\n"
@@ -244,7 +233,7 @@ TEST(Preload, IfconfigOfTheInternalInterfaces)
                            "$CLIENT system 'exit 3'\n");
     EXPECT_EQ(Printed(outcome),
               "status 0\n  nsgmii0: up=false speed=0 duplex=0 reconfigurations=0\nstatus 0\n"
-              "system: EAGAIN\n  nsgmii0: up=true speed=0 duplex=0 reconfigurations=0\n"
+              "SIOCSIFFLAGS: Resource temporarily unavailable\nstatus 65280\n  nsgmii0: up=true speed=0 duplex=0 reconfigurations=0\n"
               "status 768\n");
 }
 
@@ -253,7 +242,7 @@ double Milliseconds(const std::string& options, const std::string& call)
     return std::stod(Printed(OnBoard("no_devices.toml", "$CLIENT " + call + "\n", options)));
 }
 
-TEST(Preload, WaitsFollowTheTimeScale)
+TEST(Programs, WaitsFollowTheTimeScale)
 {
     EXPECT_GE(Milliseconds("", "usleep 30000"), 30);
     double shortened = Milliseconds("--time-scale 0.01", "sleep 3");
@@ -263,7 +252,7 @@ TEST(Preload, WaitsFollowTheTimeScale)
     EXPECT_LT(Milliseconds("--time-scale 0.001", "usleep 900000"), 500);
 }
 
-TEST(Preload, AShortenedWaitCountsInFullOnTheBoard)
+TEST(Programs, AShortenedWaitCountsInFullOnTheBoard)
 {
     auto outcome = OnBoard("one_switch.toml",
                            "$CLIENT read 2; $CLIENT sleep 3 >/dev/null; $CLIENT read 2\n"
