@@ -104,8 +104,8 @@ expect 'lane'
 headline "Reset: the chip is silent, the configuration is kept"
 run orblinkctl down 0
 expect '^switch 0: state in reset$'
-refused 1 orblinkctl port 0:1 link
-expect 'not in enabled state'
+refused 5 orblinkctl port 0:1 link
+expect 'switch 0 is in reset: orblinkctl up 0'
 
 headline "A VLAN set while the switch is held in reset is only stored"
 run orblinkctl port 0:2 vlan 100
