@@ -21,6 +21,7 @@ packages="
     libcli11-dev
     librsvg2-bin
     libtomlplusplus-dev
+    lldpd
     musl-tools
     net-tools
     netsniff-ng

@@ -1,6 +1,8 @@
 // What the settings of the library do to traffic between hosts.
 #include "tests/virtual_board/cables/traffic.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <set>
 
@@ -403,6 +405,29 @@ TEST_F(Traffic, ATraceSaysWhereAFrameGoes)
             "grep -c 'goes out on port 2, untagged (PORT_TAG 0x1205)' $S/trace\n"
             "orblink-vboard control trace --from sw0:1 12 2>&1 | head -1\n"),
         "1\n1\nframe: '12' is no frame: expected at least 14 octets in hexadecimal\n");
+}
+
+TEST_F(Traffic, AnLldpDaemonOnTheCpuPortFindsItsNeighbour)
+{
+    if (geteuid() != 0 || std::system("command -v lldpd >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "lldpd is not installed, or nobody may start it who is not root";
+    // Its socket is made by a user of its own.
+    EXPECT_EQ(Run("chmod 755 $S\n"
+                  "lldp() {\n"
+                  "    on $1 sh -c \"mkdir -p /run/lldpd; mount -t tmpfs none /run/lldpd\n"
+                  "        exec lldpd -d -I $(interface_of $1) -S neighbour-$1 -u $S/$1.lldp\" "
+                  ">$S/lldpd.$1 2>&1\n"
+                  "}\n"
+                  "shows() {\n"
+                  "    for i in $(seq 40); do\n"
+                  "        lldpcli -u $S/soc.lldp show $1 2>&1 | grep -q $2 && return\n"
+                  "        sleep 0.2\n"
+                  "    done\n"
+                  "    cat $S/lldpd.*\n"
+                  "}\n"
+                  "lldp soc & shows interfaces soc0; lldp a & shows neighbors neighbour-a\n"
+                  "lldpcli -u $S/soc.lldp show neighbors | grep -o 'neighbour-[a-z]*'\n"),
+              "neighbour-a\n");
 }
 
 TEST_F(Traffic, AHostThatIsNotThereIsNamed)
