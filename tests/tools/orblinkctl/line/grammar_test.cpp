@@ -100,7 +100,9 @@ TEST(Grammar, AnUnknownWordIsAnsweredWithThoseThatFit)
     EXPECT_EQ(r[0].code, 2);
     EXPECT_THAT(r[0].err, HasSubstr("unexpected 'bogus': expected init, show, "));
     EXPECT_EQ(r[1].code, 2);
+    EXPECT_THAT(r[0].err, testing::Not(HasSubstr("did you mean")));
     EXPECT_THAT(r[1].err, HasSubstr("unexpected 'mirorr' after 'port 2': expected link, "));
+    EXPECT_THAT(r[1].err, testing::EndsWith("; did you mean 'mirror'?\n"));
     EXPECT_THAT(r[1].err, HasSubstr(" mirror, "));
     EXPECT_THAT(r[2], Refuses(2, "incomplete after 'qos 0': expected wred, global-wred, reserve"));
 }
