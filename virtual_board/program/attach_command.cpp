@@ -53,8 +53,8 @@ int Attach(const AttachOptions& options)
 {
     RemoteBoard board{options.socketPath};
     const wire::Hello hello = Greet(board);
-    CommandProcess command{options.command, {hello.timeScale != 1, true},
-                           [&] { SetEnvironment(options.socketPath); }};
+    CommandProcess command{
+        options.command, {hello.timeScale != 1, true}, [&] { SetEnvironment(options.socketPath); }};
     if (command.WithoutPrivileges())
         fprintf(stderr, "%s\n", kPrivilegesAreLost);
     seam::Supervisor supervisor{board, command.TakeListener(), hello.timeScale, true};

@@ -20,9 +20,10 @@ void Append(const Target& target, const Part& part, size_t limit, std::vector<ui
     if (part.size > limit - bytes.size())
         throw CallFails{EMSGSIZE};
     const size_t before = bytes.size();
-    bytes.resize(before + part.size);
-    if (part.size > 0)
-        target.Read(part.address, bytes.data() + before, part.size);
+    const auto size = static_cast<size_t>(part.size);
+    bytes.resize(before + size);
+    if (size > 0)
+        target.Read(part.address, bytes.data() + before, size);
 }
 
 std::vector<uint8_t> Gather(const Target& target, uint64_t vector, uint64_t count, size_t limit)
