@@ -1,7 +1,9 @@
 #!/bin/bash
-# test.sh [--build-dir DIR] [PRESET...]
-# Installs what is missing, builds for both ABIs with gcc and clang, runs every test, prints the
-# library's coverage.
+# test.sh [--full] [--build-dir DIR] [PRESET...]
+# Installs what is missing, builds for both ABIs with gcc and clang, runs every test, runs a part of
+# them as a plain container would, checks the form of the sources, prints the library's coverage.
+#   --full           also the long checks: analysis of the whole tree, robustness, all tests as in
+#                    a plain container
 #   --build-dir DIR  where to build instead of build/
 #   PRESET...        only these builds and their tests
 set -euo pipefail
@@ -12,21 +14,24 @@ cd "$(dirname "$0")"
 presets=(release release-i386 asan asan-i386 clang-i386-library)
 coverage_from=asan-i386
 minimum_line_coverage=95
+full=no
 builds=$PWD/build
 
 while [ $# -gt 0 ]; do
     case $1 in
+        --full) full=yes ;;
         --build-dir)
-            [ $# -gt 1 ] || { sed -n '2,6s/^# //p' "$0" >&2; exit 2; }
+            [ $# -gt 1 ] || { sed -n '2,9s/^# //p' "$0" >&2; exit 2; }
             builds=$(realpath -m "$2")
             shift
             ;;
-        -*) sed -n '2,6s/^# //p' "$0" >&2; exit 2 ;;
+        -*) sed -n '2,9s/^# //p' "$0" >&2; exit 2 ;;
         *) break ;;
     esac
     shift
 done
-[ $# -eq 0 ] || presets=("$@")
+only_presets=$#
+[ $only_presets -eq 0 ] || presets=("$@")
 mkdir -p "$builds"
 
 stage()
@@ -57,14 +62,20 @@ options_of()
 run_tests()
 {
     local log=$1 directory=$2
-    logged "$log" ctest --test-dir "$directory" --output-on-failure --timeout 20 \
-        --no-tests=error -j "$(nproc)"
+    shift 2
+    logged "$log" "$@" ctest --test-dir "$directory" --output-on-failure --timeout 20 \
+        --no-tests=error -j "$(nproc)" ${test_selection:-}
     grep 'tests passed' "$log"
     skipped=$((skipped + $(grep -c '\*\*\*Skipped' "$log" || true)))
 }
 
 stage "packages"
 logged "$builds/packages.log" scripts/install-packages.sh
+
+if [ $only_presets -eq 0 ]; then
+    stage "form of sources and commits"
+    logged "$builds/form.log" scripts/check-form.sh
+fi
 
 for preset in "${presets[@]}"; do
     stage "build $preset"
@@ -80,9 +91,23 @@ done
 
 if [ -d "$builds/$coverage_from" ]; then
     stage "coverage of the library"
-    gcovr --root . --exclude-throw-branches \
+    gcovr --root . --exclude-throw-branches --exclude-unreachable-branches \
         --filter '(common|platform|hwmbox|board|switch|switch_hal_services|phy)/' \
-        --txt-summary --fail-under-line "$minimum_line_coverage" "$builds/$coverage_from"
+        --fail-under-line "$minimum_line_coverage" --txt "$builds/coverage.txt" --print-summary \
+        "$builds/$coverage_from"
+fi
+
+if [ $only_presets -eq 0 ]; then
+    stage "tests as in a plain container"
+    tests/container/run.sh "$builds/release" "$builds/container" $([ $full = yes ] || echo --short)
+    stage "clang-tidy over the library"
+    logged "$builds/tidy.log" scripts/analyse.sh "$builds/clang-i386-library" --library
+fi
+if [ $full = yes ]; then
+    stage "analysis of the whole tree"
+    logged "$builds/analysis.log" scripts/analyse.sh "$builds/analysis" --whole
+    stage "robustness"
+    tests/robustness/run.sh --minutes 10
 fi
 
 stage "all passed, $skipped skipped"

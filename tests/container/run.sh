@@ -1,0 +1,41 @@
+#!/bin/bash
+# run.sh BUILD_DIR LOG_DIR [--short]
+# Runs the tests of a build as a plain container would (plain_container.c): as this user and, when
+# that is root, as an ordinary user, too. None may fail, at least 95 % must run, not be skipped.
+# --short: each tenth test.
+set -euo pipefail
+build=$(realpath "$1")
+logs=$2
+selection=()
+[ "${3:-}" != --short ] || selection=(-I 1,,10)
+
+mkdir -p "$logs"
+logs=$(realpath "$logs")
+cc -O2 -Wall -Wextra -Werror -o "$logs/plain_container" "$(dirname "$0")/plain_container.c"
+
+# A user who cannot write to the build keeps the records of ctest in a directory of his own.
+run_as()
+{
+    local who=$1 log=$logs/$1.log own=$logs/$1
+    shift
+    mkdir -p "$own"
+    echo "subdirs(\"$build\")" >"$own/CTestTestfile.cmake"
+    chown "$who" "$own"
+    if ! "$@" "$logs/plain_container" ctest --test-dir "$own" --output-on-failure --timeout 20 \
+        --no-tests=error -j "$(nproc)" "${selection[@]}" >"$log" 2>&1; then
+        tail -n 100 "$log" >&2
+        exit 1
+    fi
+    local all skipped
+    all=$(sed -n 's/.*tests failed out of \([0-9]*\).*/\1/p' "$log")
+    skipped=$(grep -c '\*\*\*Skipped' "$log" || true)
+    echo "as $who: $all tests, $skipped skipped"
+    if [ $((skipped * 20)) -gt "$all" ]; then
+        grep '\*\*\*Skipped' "$log" >&2
+        echo "more than one test in twenty was skipped" >&2
+        exit 1
+    fi
+}
+
+run_as "$(id -un)"
+[ "$(id -u)" -ne 0 ] || run_as nobody setpriv --reuid=nobody --regid=nogroup --clear-groups
