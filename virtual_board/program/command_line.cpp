@@ -52,6 +52,10 @@ void AddRun(CLI::App& program, Action& action)
     verb->add_option("--time-scale", options->timeScale,
                      "length of every relative sleep in the command: 0.001 = a thousandth")
         ->check(CLI::Range(0.000001, 1000.0) & CLI::Validator(IsFinite, "", ""));
+    verb->add_option("--isolation", options->isolation,
+                     "what keeps the command apart: namespaces, names of the board's own, or "
+                     "nothing: the machine's own names; auto: the first that is to be had")
+        ->check(CLI::IsMember({"auto", "namespaces", "names", "machine"}));
     verb->add_option("--socket", options->socketPath, "where the board listens");
     verb->add_option("--ports", options->ports, "tap: the switch ports are TAP interfaces")
         ->check(CLI::IsMember({"tap", "none"}));

@@ -61,16 +61,16 @@ void MountEmpty(const char* path)
 
 }  // namespace
 
-bool TryPrivateNamespaces()
+std::string EnterPrivateNamespaces()
 {
     try {
         Unshare();
         MakeMountsPrivate();
         MountEmpty("/dev/shm");
         MountEmpty("/var/tmp");
-        return true;
-    } catch (const std::system_error&) {
-        return false;
+        return {};
+    } catch (const std::system_error& error) {
+        return error.what();
     }
 }
 

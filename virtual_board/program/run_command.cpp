@@ -14,7 +14,7 @@
 #include "virtual_board/description/board_file.h"
 #include "virtual_board/program/command_process.h"
 #include "virtual_board/program/environment.h"
-#include "virtual_board/program/namespaces.h"
+#include "virtual_board/program/isolation.h"
 #include "virtual_board/program/runtime_dir.h"
 #include "virtual_board/seam/supervisor.h"
 
@@ -26,7 +26,7 @@ constexpr int kExitUsage = 2;
 
 int RunOnBoard(const RunOptions& options, BoardDescription spec)
 {
-    const bool isolated = TryPrivateNamespaces();
+    const Isolation isolation{options.isolation};
     const RuntimeDir directory;
     const std::string path =
         options.socketPath.empty() ? directory.DefaultSocket() : options.socketPath;
@@ -38,18 +38,20 @@ int RunOnBoard(const RunOptions& options, BoardDescription spec)
     std::optional<cables::Lans> lans;
     if (board.Description().tapPorts)
         board.Plug(lans.emplace(board.Description(), board.Devices(), board.Clock()));
-    if (!isolated)
+    if (isolation.GivesNames())
         board.UsePrivateNames(directory.MakeNames());
     BoardServer server{board, path};
-    fprintf(stderr, "orblink-vboard: board \"%s\" at %s\n", name.c_str(), path.c_str());
-    CommandProcess command{options.command, {options.timeScale != 1, !isolated}, [&] {
+    fprintf(stderr, "orblink-vboard: board \"%s\" at %s%s\n", name.c_str(), path.c_str(),
+            isolation.Remark().c_str());
+    CommandProcess command{options.command, {options.timeScale != 1, isolation.GivesNames()}, [&] {
                                SetEnvironment(path);
                                if (keepsRights)
                                    cables::KeepRightsAcrossExec();
                            }};
     if (command.WithoutPrivileges())
         fprintf(stderr, "%s\n", kPrivilegesAreLost);
-    seam::Supervisor supervisor{board, command.TakeListener(), options.timeScale, !isolated};
+    seam::Supervisor supervisor{board, command.TakeListener(), options.timeScale,
+                                isolation.GivesNames()};
     server.Add(supervisor);
     server.Run(command.SignalFd(), [&] { return command.HandleSignals(); });
     return command.ExitStatus();

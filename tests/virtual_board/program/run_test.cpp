@@ -6,8 +6,10 @@
 #include <sys/sem.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "tests/virtual_board/program/vboard_process.h"
@@ -65,8 +67,16 @@ TEST(Run, EveryShippedBoardLoads)
         EXPECT_EQ(OnBoard(board, "exit 0").status, 0) << board;
 }
 
+// Where namespaces are refused only the library's own names are the board's.
+bool NamespacesAreRefused()
+{
+    return Shell("$RUN --isolation namespaces --board $BOARDS/no_devices.toml -- true").status != 0;
+}
+
 TEST(Run, SharedMemoryAndSemaphoresAreOfTheBoardAlone)
 {
+    if (NamespacesAreRefused())
+        GTEST_SKIP() << "namespaces are not allowed here";
     constexpr key_t kKey = 0x4F425601;
     unlink("/dev/shm/vboard_run_test");
     unlink("/var/tmp/vboard_run_test");
@@ -84,8 +94,57 @@ TEST(Run, SharedMemoryAndSemaphoresAreOfTheBoardAlone)
 
 TEST(Run, WhatIsThereOutsideIsNotSeenInside)
 {
+    if (NamespacesAreRefused())
+        GTEST_SKIP() << "namespaces are not allowed here";
     auto outcome = OnBoard("no_devices.toml", "ls -A /dev/shm /var/tmp | grep -v :");
     EXPECT_THAT(Printed(outcome), MatchesRegex("\n*"));
+}
+
+constexpr const char* kLibraryNames[] = {"/dev/shm/obos_orblink_driver", "/dev/shm/ethphy_driver",
+                                         "/var/tmp/orblink_sem", "/var/tmp/ethphy_sem"};
+
+bool AnyLibraryNameExists()
+{
+    return std::any_of(std::begin(kLibraryNames), std::end(kLibraryNames),
+                       [](const char* path) { return access(path, F_OK) == 0; });
+}
+
+TEST(Run, NamesOfTheBoardsOwnHideThoseOfTheMachine)
+{
+    auto outcome = OnBoard("no_devices.toml",
+                           "touch /var/tmp/ethphy_sem && test -e /var/tmp/ethphy_sem && echo made",
+                           "--isolation names");
+    EXPECT_EQ(Printed(outcome), "made\n");
+    EXPECT_THAT(outcome.output, HasSubstr(", with names of its own\n"));
+    if (!AnyLibraryNameExists())
+        EXPECT_EQ(Printed(OnBoard("no_devices.toml", "test -e /var/tmp/ethphy_sem || echo none",
+                                  "--isolation names")),
+                  "none\n");
+}
+
+// In one test, because there is one machine.
+TEST(Run, TheMachinesNamesAreOneBoardsAtATimeAndGoWithIt)
+{
+    if (AnyLibraryNameExists())
+        GTEST_SKIP() << "a system runs on this machine";
+    const std::string run = "$RUN --isolation machine --board $BOARDS/no_devices.toml -- ";
+    auto refused = Shell("touch /dev/shm/ethphy_driver; " + run + "true; echo status $?\n" +
+                         "rm /dev/shm/ethphy_driver");
+    EXPECT_THAT(refused.output, HasSubstr("the machine's own names are in use: /dev/shm/ethphy_"));
+    EXPECT_THAT(refused.output, HasSubstr("status 1\n"));
+
+    auto first = Shell(run + "sh -c 'touch /var/tmp/ethphy_sem /dev/shm/ethphy_driver; " +
+                       "touch $0.ready; exec sleep 20' $0 &\n"
+                       "until test -e $0.ready; do sleep 0.05; done\n"
+                       "ls /var/tmp/ethphy_sem\n" +
+                       run + "true; echo status $?\n" + "kill -KILL $!; wait $! 2>/dev/null\n");
+    EXPECT_THAT(first.output, HasSubstr(", with the machine's own names\n"));
+    EXPECT_THAT(first.output, HasSubstr("/var/tmp/ethphy_sem\n"));
+    EXPECT_THAT(first.output, HasSubstr("another board has the machine's own names\nstatus 1\n"));
+    for (int tries = 0; tries < 200 && AnyLibraryNameExists(); ++tries)
+        usleep(20000);
+    EXPECT_FALSE(AnyLibraryNameExists());
+    EXPECT_EQ(Shell(run + "true").status, 0);
 }
 
 TEST(Run, WorksForAnOrdinaryUser)
@@ -213,17 +272,21 @@ TEST(Run, RequestsThroughARingAreNotAWayPastTheBoard)
 TEST(Serve, SeveralProgramsJoinAndLeaveOneBoard)
 {
     const std::string socket = TemporaryPath("served.sock");
-    auto outcome = Shell(
-        "$VBOARD serve --board $BOARDS/two_switches.toml --socket " + socket + " 2>/dev/null &\n"
-        "until test -S " + socket + "; do sleep 0.05; done; sleep 0.3\n"
-        "join() { $VBOARD attach --socket " + socket + " -- \"$@\"; }\n"
-        "join $CLIENT mii nsgmii0 0 16 4 0x1234\n"
-        "join $OTHER mii nsgmii0 0 16 4\n"
-        "join $CLIENT mailbox ack; join $OTHER mailbox ack\n"
-        "join $CLIENT shared /dev/shm/obos_orblink_driver 0x4F425603\n"
-        "join $OTHER shared /dev/shm/obos_orblink_driver 0x4F425603\n"
-        "join sh -c 'exit 7'; echo $?\n"
-        "kill $!; wait $!; echo $?\n");
+    auto outcome = Shell("$VBOARD serve --board $BOARDS/two_switches.toml --socket " + socket +
+                         " 2>/dev/null &\n"
+                         "until test -S " +
+                         socket +
+                         "; do sleep 0.05; done; sleep 0.3\n"
+                         "join() { $VBOARD attach --socket " +
+                         socket +
+                         " -- \"$@\"; }\n"
+                         "join $CLIENT mii nsgmii0 0 16 4 0x1234\n"
+                         "join $OTHER mii nsgmii0 0 16 4\n"
+                         "join $CLIENT mailbox ack; join $OTHER mailbox ack\n"
+                         "join $CLIENT shared /dev/shm/obos_orblink_driver 0x4F425603\n"
+                         "join $OTHER shared /dev/shm/obos_orblink_driver 0x4F425603\n"
+                         "join sh -c 'exit 7'; echo $?\n"
+                         "kill $!; wait $!; echo $?\n");
     EXPECT_EQ(Printed(outcome),
               "written\n0x1234\nreceived 184 of type 10 length 176\nsent 8\n"
               "received 128 of type 11 length 120\nsent 8\nmade\nopen: EEXIST\n7\n0\n");
@@ -233,6 +296,8 @@ TEST(Serve, SeveralProgramsJoinAndLeaveOneBoard)
 
 TEST(Serve, ABoardOfRunIsNotJoined)
 {
+    if (NamespacesAreRefused())
+        GTEST_SKIP() << "namespaces are not allowed here";
     auto outcome = OnBoard("no_devices.toml",
                            "setsid $VBOARD attach --socket $ORBLINK_VBOARD -- true; echo $?");
     EXPECT_THAT(outcome.output, HasSubstr("'orblink-vboard serve' runs one that can be joined\n1"));

@@ -62,11 +62,13 @@ Outcome OnBoard(const std::string& board, const std::string& script, const std::
 
 std::string Printed(const Outcome& outcome)
 {
-    size_t start = outcome.output.find("orblink-vboard: board \"");
-    if (start == std::string::npos)
-        return outcome.output;
-    size_t end = outcome.output.find('\n', start);
-    return outcome.output.substr(0, start) + outcome.output.substr(end + 1);
+    std::string output = outcome.output;
+    for (const char* said : {"orblink-vboard: board \"", "orblink-vboard: without CAP_SYS_ADMIN"}) {
+        size_t start;
+        while ((start = output.find(said)) != std::string::npos)
+            output.erase(start, output.find('\n', start) + 1 - start);
+    }
+    return output;
 }
 
 std::string TemporaryPath(const std::string& name)

@@ -18,7 +18,7 @@ Outcome Shell(const std::string& script);
 Outcome OnBoard(const std::string& board, const std::string& script,
                 const std::string& options = "");
 
-// The script's output without the line that names the board.
+// The script's output without the lines in which the board names itself and what it lacks.
 std::string Printed(const Outcome& outcome);
 
 // A path in a fresh private directory.
