@@ -46,16 +46,15 @@ int main()
 {
     const int fd = socket(AF_INET, SOCK_DGRAM, 0);
     const int null = open("/dev/null", O_WRONLY);
-    const bool done =
-        Measure("register read", [&] { return ReadRegister(fd); }) &&
-        Measure("open of another file",
-                [] {
-                    const int other = open("/dev/null", O_RDONLY);
-                    close(other);
-                    return other >= 0;
-                }) &&
-        Measure("write of one octet", [&] { return write(null, "x", 1) == 1; }) &&
-        Measure("getppid, never asked", [] { return getppid() >= 0; });
+    const bool done = Measure("register read", [&] { return ReadRegister(fd); }) &&
+                      Measure("open of another file",
+                              [] {
+                                  const int other = open("/dev/null", O_RDONLY);
+                                  close(other);
+                                  return other >= 0;
+                              }) &&
+                      Measure("write of one octet", [&] { return write(null, "x", 1) == 1; }) &&
+                      Measure("getppid, never asked", [] { return getppid() >= 0; });
     close(null);
     close(fd);
     return done ? 0 : 1;

@@ -148,10 +148,10 @@ void ApplicationCpu::Taken(MailboxEnd& end)
         letter->progress = Progress::kSent;
     end.unanswered = std::exchange(end.offered, {});
     journal.Note({JournalKind::kMailbox,
-                   "receive",
-                   {{"family", NameOf(*end.unanswered)},
-                    {"size", end.message.size()},
-                    {"bytes", Hex(end.message)}}});
+                  "receive",
+                  {{"family", NameOf(*end.unanswered)},
+                   {"size", end.message.size()},
+                   {"bytes", Hex(end.message)}}});
 }
 
 // Nobody has seen it: it is as if it had never been sent.

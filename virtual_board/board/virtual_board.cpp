@@ -132,7 +132,7 @@ Reply VirtualBoard::AskInterface(const Question& question)
             return FindMiiAddress(question.arg);
         case wire::Op::kInterface:
             return Outcome(soc.SetInterface(wire::InterfaceIndex(question.arg),
-                                             wire::InterfaceUp(question.arg)));
+                                            wire::InterfaceUp(question.arg)));
         case wire::Op::kInterfaceState:
             return Outcome(0, soc.IsUp(question.arg));
         default:

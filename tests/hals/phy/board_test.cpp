@@ -51,8 +51,8 @@ protected:
                              << "control() { " VBOARD " control \"$@\"; }\n"
                              << "lanes() { control journal --kind lane | sed 's/.* lane *//'; }\n"
                              << script << '\n';
-        FILE* pipe = popen((VBOARD " run --time-scale 0.01 --board " +
-                            board + " -- sh " + inner + " 2>" + directory_ + "/errors")
+        FILE* pipe = popen((VBOARD " run --time-scale 0.01 --board " + board + " -- sh " + inner +
+                            " 2>" + directory_ + "/errors")
                                .c_str(),
                            "r");
         std::string output;

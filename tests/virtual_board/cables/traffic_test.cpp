@@ -176,20 +176,19 @@ TEST_F(Traffic, MulticastGoesToTheHostsThatHaveJoined)
 
 TEST_F(Traffic, MulticastOverIpv6GoesToTheHostsThatHaveJoined)
 {
-    EXPECT_EQ(
-        Run("for h in a b c; do i=$(interface_of $h)\n"
-            "on $h sh -c \"echo 0 >/proc/sys/net/ipv6/conf/$i/disable_ipv6\"\n"
-            "on $h ip -6 address add 2001:db8::$h/64 dev $i nodad; done\n"
-            "ctl igmp 0 on; send d " +
-            kMldQuery +
-            "; hear b; hear c\n"
-            "orblink-vboard exec b -- socat -u "
-            "'UDP6-RECVFROM:5000,ipv6-join-group=[ff15::1]:lan2' CREATE:$S/got & pid=$!\n"
-            "until on b ip maddr show lan2 | grep -q ff15::1; do sleep 0.05; done; sleep 10\n"
-            "echo news | on a socat -u - 'UDP6-DATAGRAM:[ff15::1]:5000'\n"
-            "echo else | on a socat -u - 'UDP6-DATAGRAM:[ff15::2]:5000'\n"
-            "wait $pid; heard b; heard c; cat $S/got\n"),
-        "news\n");
+    EXPECT_EQ(Run("for h in a b c; do i=$(interface_of $h)\n"
+                  "on $h sh -c \"echo 0 >/proc/sys/net/ipv6/conf/$i/disable_ipv6\"\n"
+                  "on $h ip -6 address add 2001:db8::$h/64 dev $i nodad; done\n"
+                  "ctl igmp 0 on; send d " +
+                  kMldQuery +
+                  "; hear b; hear c\n"
+                  "orblink-vboard exec b -- socat -u "
+                  "'UDP6-RECVFROM:5000,ipv6-join-group=[ff15::1]:lan2' CREATE:$S/got & pid=$!\n"
+                  "until on b ip maddr show lan2 | grep -q ff15::1; do sleep 0.05; done; sleep 10\n"
+                  "echo news | on a socat -u - 'UDP6-DATAGRAM:[ff15::1]:5000'\n"
+                  "echo else | on a socat -u - 'UDP6-DATAGRAM:[ff15::2]:5000'\n"
+                  "wait $pid; heard b; heard c; cat $S/got\n"),
+              "news\n");
     const auto groupFrames = [&](const std::string& host) {
         unsigned count = 0;
         for (const Octets& frame : Frames(host, true))

@@ -217,20 +217,19 @@ bool PhyModel::AddCounter(unsigned port, std::string_view name, uint64_t value)
 
 nlohmann::json PhyModel::State() const
 {
-    return {
-        {"answers", Answers()},
-        {"poweredDown", PoweredDown()},
-        {"autoneg", Negotiating()},
-        {"link",
-         {{"up", LinkUp()},
-          {"speed", SpeedCodeOf(link.mode)},
-          {"megabits", MegabitsOf(link.mode)},
-          {"fullDuplex", IsFullDuplex(link.mode)},
-          {"parallelDetection", link.detected}}},
-        {"eeeActive", EeeActive()},
-        {"laneGood", config.laneGood},
-        {"partner",
-         {{"connected", connected}, {"autoneg", far.negotiates}, {"eee", config.partner.eee}}}};
+    return {{"answers", Answers()},
+            {"poweredDown", PoweredDown()},
+            {"autoneg", Negotiating()},
+            {"link",
+             {{"up", LinkUp()},
+              {"speed", SpeedCodeOf(link.mode)},
+              {"megabits", MegabitsOf(link.mode)},
+              {"fullDuplex", IsFullDuplex(link.mode)},
+              {"parallelDetection", link.detected}}},
+            {"eeeActive", EeeActive()},
+            {"laneGood", config.laneGood},
+            {"partner",
+             {{"connected", connected}, {"autoneg", far.negotiates}, {"eee", config.partner.eee}}}};
 }
 
 }  // namespace vboard

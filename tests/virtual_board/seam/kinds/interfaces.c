@@ -81,8 +81,8 @@ static void probe_flags(int fd)
     row("up afterwards", request.ifr_flags & IFF_UP);
     request.ifr_flags |= IFF_UP;
     ioctl(fd, SIOCSIFFLAGS, &request);
-    row("index and back", if_indextoname(if_nametoindex("nsgmii0"), name) != NULL &&
-                              strcmp(name, "nsgmii0") == 0);
+    row("index and back",
+        if_indextoname(if_nametoindex("nsgmii0"), name) != NULL && strcmp(name, "nsgmii0") == 0);
     request = request_of("nsgmii1");
     row("get MTU", ioctl(fd, SIOCGIFMTU, &request));
     row("MTU", request.ifr_mtu);

@@ -8,20 +8,13 @@
 static const struct {
     int number;
     const char* name;
-} kErrors[] = {{EACCES, "EACCES"},
-               {EADDRNOTAVAIL, "EADDRNOTAVAIL"},
-               {EAGAIN, "EAGAIN"},
-               {EBADF, "EBADF"},
-               {EEXIST, "EEXIST"},
-               {EFAULT, "EFAULT"},
-               {EINTR, "EINTR"},
-               {EINVAL, "EINVAL"},
-               {ENODEV, "ENODEV"},
-               {ENOENT, "ENOENT"},
-               {ENOSYS, "ENOSYS"},
-               {ENOTCONN, "ENOTCONN"},
-               {ENOTDIR, "ENOTDIR"},
-               {ENOTTY, "ENOTTY"},
+} kErrors[] = {{EACCES, "EACCES"},   {EADDRNOTAVAIL, "EADDRNOTAVAIL"},
+               {EAGAIN, "EAGAIN"},   {EBADF, "EBADF"},
+               {EEXIST, "EEXIST"},   {EFAULT, "EFAULT"},
+               {EINTR, "EINTR"},     {EINVAL, "EINVAL"},
+               {ENODEV, "ENODEV"},   {ENOENT, "ENOENT"},
+               {ENOSYS, "ENOSYS"},   {ENOTCONN, "ENOTCONN"},
+               {ENOTDIR, "ENOTDIR"}, {ENOTTY, "ENOTTY"},
                {EPERM, "EPERM"}};
 
 void* volatile nowhere = (void*)8;
