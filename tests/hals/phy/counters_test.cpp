@@ -157,13 +157,14 @@ TEST_F(HalCounters, DropsThatAnOperationMakesAreNotCounted)
 
 TEST_F(HalCounters, MasterFaultsAreCountedWhoeverLooks)
 {
-    MakeUp(WithPartner(kPhy1000Full));
-    halWorld.overrides[{-1, 10}] = 0x8800;
+    PhyModel& phy = MakeUp(WithPartner(kPhy1000Full));
     uint16_t status = 0;
+    phy.AddCounter(0, "master_faults", 1);
     EXPECT_EQ(hal_.ReadChipReg(0, 10, &status), 0);
+    phy.AddCounter(0, "master_faults", 1);
     EXPECT_EQ(Link().up, 1U);
+    phy.AddCounter(0, "master_faults", 1);
     EXPECT_EQ(hal_.Poll(0), 0);
-    halWorld.overrides.clear();
     EXPECT_EQ(Counters().masterFaults, 3U);
     EXPECT_EQ(hal_.ResetCounters(0), 0);
     EXPECT_EQ(Counters().masterFaults, 0U);

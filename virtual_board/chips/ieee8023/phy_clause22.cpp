@@ -36,6 +36,7 @@ constexpr uint16_t kNextPageBits = 0xB7FF;
 
 // Registers 9 and 10.
 constexpr uint16_t kTestMode = 0xE000;
+constexpr uint16_t kMasterFault = 0x8000;
 constexpr uint16_t kIsMaster = 0x4000;
 constexpr uint16_t kReceiversGood = 0x3000;
 
@@ -160,6 +161,7 @@ uint16_t PhyModel::Expansion() const
 uint16_t PhyModel::GigabitStatus() const
 {
     unsigned value = counters[kIdleErrors];
+    value |= counters[kMasterFaults] != 0 ? kMasterFault : 0U;
     if (link.exchanged)
         value |= (far.modes & kPhyGigabit) << 6;
     if ((link.mode & kPhyGigabit) == 0)
@@ -177,7 +179,7 @@ void PhyModel::HaveRead22(uint8_t reg)
     if (reg == 6)
         pageReceived = false;
     if (reg == 10)
-        counters[kIdleErrors] = 0;
+        counters[kIdleErrors] = counters[kMasterFaults] = 0;
 }
 
 bool PhyModel::Write22(uint8_t reg, uint16_t value)

@@ -204,6 +204,7 @@ bool PhyModel::AddCounter(unsigned port, std::string_view name, uint64_t value)
         bool exists;
     };
     const Row rows[] = {{"idle_errors", kIdleErrors, 0xFF, Has(kPhyGigabit)},
+                        {"master_faults", kMasterFaults, 1, Has(kPhyGigabit)},
                         {"ber", kBer, 0x3F, Has(kPhy2500Full)},
                         {"errored_blocks", kErroredBlocks, 0xFF, Has(kPhy2500Full)},
                         {"wake_errors", kWakeErrors, 0xFFFF, config.eee != 0}};

@@ -54,7 +54,8 @@ public:
     // The best of both ends leaves the duplex to them. A partner that does not negotiate is forced
     // to the given speed and duplex.
     bool SetLink(unsigned port, bool up, unsigned speedCode, bool fullDuplex) override;
-    // "idle_errors", "ber", "errored_blocks", "wake_errors"; each stops at what its register holds.
+    // "idle_errors", "master_faults", "ber", "errored_blocks", "wake_errors"; each stops at what its
+    // register holds: of master faults that is one.
     bool AddCounter(unsigned port, std::string_view name, uint64_t value) override;
     // All but register 14, whose content depends on a dialogue.
     std::optional<uint16_t> Peek22(uint8_t reg) const override;
@@ -66,7 +67,7 @@ private:
     using Refusal = const char*;  // null: done
     // The link status bits that stay 0 until they are read, one for each register that has one.
     enum LinkLatch { kStatusLatch, kPmaLatch, kPcsLatch, kAnLatch, kBlockLockLatch, kLatches };
-    enum Counter { kIdleErrors, kBer, kErroredBlocks, kWakeErrors, kCounters };
+    enum Counter { kIdleErrors, kMasterFaults, kBer, kErroredBlocks, kWakeErrors, kCounters };
 
     bool Has(PhyModes modes) const { return (config.modes & modes) != 0; }
     bool HasMmds() const { return config.clause45 || config.indirect; }

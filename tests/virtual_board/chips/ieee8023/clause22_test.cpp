@@ -273,6 +273,15 @@ TEST_F(PhyRegisters, IdleErrorsStopAt255AndAreClearedByReading)
     EXPECT_EQ(Read(10) & 0xFF, 255);
 }
 
+TEST_F(PhyRegisters, AMasterFaultIsShownUntilItIsRead)
+{
+    MakeSettled();
+    EXPECT_EQ(Read(10) & 0x8000, 0);
+    EXPECT_TRUE(phy_->AddCounter(0, "master_faults", 3));
+    EXPECT_EQ(Read(10) & 0x8000, 0x8000);
+    EXPECT_EQ(Read(10) & 0x8000, 0);
+}
+
 TEST_F(PhyRegisters, ExtendedStatusShowsTheGigabitModes)
 {
     Make();
@@ -291,6 +300,7 @@ TEST_F(PhyRegisters, GigabitRegistersBelongToGigabitPhys)
         EXPECT_FALSE(Write(reg, 0)) << unsigned{reg};
     }
     EXPECT_FALSE(phy_->AddCounter(0, "idle_errors", 1));
+    EXPECT_FALSE(phy_->AddCounter(0, "master_faults", 1));
 }
 
 TEST_F(PhyRegisters, OtherRegistersDoNotExist)
