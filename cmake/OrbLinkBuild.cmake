@@ -44,6 +44,10 @@ function(orblink_precompile_big_headers target)
         <algorithm> <functional> <map> <optional> <sstream> <string> <vector>)
 endfunction()
 
+if(ORBLINK_FUZZ)
+    add_compile_options(-O1 -fsanitize=fuzzer-no-link)
+endif()
+
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a
 # program or a preloaded library that defines the same name takes them over.

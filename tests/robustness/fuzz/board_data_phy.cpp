@@ -1,0 +1,7 @@
+#include "phy/ethphy_api.h"
+#include "tests/robustness/fuzz/board_data.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    return fuzz::Initialise(fuzz::Family::kPhy, ETHPHY_InitOnce, data, size);
+}
