@@ -46,9 +46,10 @@ void AddGlobalOptions(std::string& out)
 
 std::string OverviewHelp()
 {
-    std::string out = std::string(kUsageLine) +
-                      "Controls the external Ethernet switches and PHYs of the board.\n"
-                      "Without a command: an overview of the board.\n";
+    std::string out = kUsageLine;
+    out +=
+        "Controls the external Ethernet switches and PHYs of the board.\n"
+        "Without a command: an overview of the board.\n";
     for (const auto& group : CommandGroups()) {
         out += std::string("\n") + group.title + ":\n";
         for (const auto& command : group.commands)
