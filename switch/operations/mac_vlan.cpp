@@ -60,7 +60,9 @@ int _SetMacVlanMapping(SwitchProvConfig& config, const Mapping& mapping, int ena
     if (memcpy_s(entry->Mac, sizeof(entry->Mac), mapping.mac, kMacSize) != 0)
         return OB_ERROR("Runtime-constraint violation error in function kova_memcpy_s");
     entry->LogPort = mapping.logPort;
-    entry->EnableMapping = 1;
+    // Not before the address and the port, which the compiler may otherwise do: a caller that died
+    // in between would leave an entry in use that no later call finds.
+    __atomic_store_n(&entry->EnableMapping, 1, __ATOMIC_RELEASE);
     entry->Mask = mapping.mask;
     entry->VlanId = mapping.vlanId;
     return RC_OK;

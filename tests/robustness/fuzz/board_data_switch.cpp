@@ -3,5 +3,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    return fuzz::Initialise(fuzz::Family::kSwitch, [] { return ORBLINK_InitOnce(1); }, data, size);
+    return fuzz::Initialise(
+        fuzz::Family::kSwitch, [] { return ORBLINK_InitOnce(1); }, data, size);
 }

@@ -1,6 +1,6 @@
 // A board file; what can be read makes messages of board data.
-#include "virtual_board/board/board_data.h"
 #include "virtual_board/description/board_file.h"
+#include "virtual_board/board/board_data.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

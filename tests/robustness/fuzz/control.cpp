@@ -59,8 +59,8 @@ std::string Packet(FuzzedDataProvider& input)
                           input.ConsumeIntegral<uint8_t>(), 0};
     std::string data = input.ConsumeRandomLengthString(4000);
     bool honest = input.ConsumeIntegral<uint8_t>() < 0xF0;
-    request.dataSize = honest ? static_cast<uint32_t>(data.size())
-                              : input.ConsumeIntegral<uint32_t>();
+    request.dataSize =
+        honest ? static_cast<uint32_t>(data.size()) : input.ConsumeIntegral<uint32_t>();
     std::string packet(sizeof request, '\0');
     memcpy(packet.data(), &request, sizeof request);
     return packet + data;

@@ -18,8 +18,7 @@ void Fill(T)
 
 // What a slot was given to write to.
 template <typename T>
-    requires(std::is_integral_v<T> && !std::is_const_v<T>)
-void Fill(T* out)
+requires(std::is_integral_v<T> && !std::is_const_v<T>) void Fill(T* out)
 {
     if (out != nullptr)
         *out = Any<T>();

@@ -9,8 +9,8 @@ using namespace fuzz;
 int Build(void* message, uint32_t* size)
 {
     platform.input->ConsumeData(message, HWMB_BUFFER_SIZE);
-    *size = Any<uint8_t>() < 0xE0 ? platform.input->ConsumeIntegralInRange(0, 4200)
-                                  : Any<uint32_t>();
+    *size =
+        Any<uint8_t>() < 0xE0 ? platform.input->ConsumeIntegralInRange(0, 4200) : Any<uint32_t>();
     return Any<uint8_t>() < 0xF0 ? 0 : -1;
 }
 

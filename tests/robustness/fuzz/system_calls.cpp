@@ -25,8 +25,8 @@ namespace {
 constexpr int kRegionDescriptor = 200;  // and the next one, by family
 constexpr int kOtherDescriptor = 100;
 constexpr int kSemaphore = 7;  // and the next one
-constexpr int kErrors[] = {EINTR, EINVAL, EIDRM, ENOENT, EACCES, EPERM, ENOMEM, EMFILE,
-                           EAGAIN, ENETDOWN, EHOSTDOWN, ECONNREFUSED, ETIMEDOUT, EIO};
+constexpr int kErrors[] = {EINTR,  EINVAL, EIDRM,    ENOENT,    EACCES,       EPERM,     ENOMEM,
+                           EMFILE, EAGAIN, ENETDOWN, EHOSTDOWN, ECONNREFUSED, ETIMEDOUT, EIO};
 
 bool Playing()
 {
@@ -52,7 +52,7 @@ int Result(int success)
 
 }  // namespace
 
-#define REAL(result, name, ...) \
+#define REAL(result, name, ...)        \
     result __real_##name(__VA_ARGS__); \
     result __wrap_##name(__VA_ARGS__)
 
@@ -254,8 +254,8 @@ REAL(int, printf, const char* format, ...)
     char line[1024];
     va_list arguments;
     va_start(arguments, format);
-    int length = Playing() ? vsnprintf(line, sizeof line, format, arguments)
-                           : vprintf(format, arguments);
+    int length =
+        Playing() ? vsnprintf(line, sizeof line, format, arguments) : vprintf(format, arguments);
     va_end(arguments);
     return length;
 }

@@ -369,15 +369,18 @@ TEST_F(Traffic, SendersDoNotKeepControlWaiting)
 
 TEST_F(Traffic, ABadCableIsSeenInTheCountersAndByThePing)
 {
-    // The delay is each way, on the board's time, which runs twenty times as fast.
+    // The delay is each way, on the board's time, which runs twenty times as fast. The host may
+    // still be repeating the question for an address that the lost ping has left: such frames count
+    // as spoilt ones, too.
     EXPECT_EQ(Run("cable() { orblink-vboard control wire sw0:1 \"$@\"; }\n"
                   "cable --loss 100%; reach a 10.0.0.2\n"
                   "cable --fcs-errors 100%; send a ffffffffffff02000000000188b500 5\n"
-                  "orblink-vboard control state sw0 | grep -o 'etherStatsCRCAlignErrors=[0-9]*'\n"
+                  "orblink-vboard control state sw0 | grep -o 'etherStatsCRCAlignErrors=[0-9]*' |\n"
+                  "    awk -F = '{ print ($2 >= 5 && $2 <= 9 ? \"counted\" : $2) }'\n"
                   "cable --delay 2s; on a ping -c 1 -W 5 10.0.0.2 |\n"
                   "    awk -F 'time=' '/time=/ { print ($2 + 0 >= 200 ? \"late\" : \"early\") }'\n"
                   "cable; reach a 10.0.0.2\n"),
-              "no\netherStatsCRCAlignErrors=5\nlate\nyes\n");
+              "no\ncounted\nlate\nyes\n");
 }
 
 TEST_F(Traffic, ACaptureShowsWhatPassesAndWhatDoesNot)

@@ -60,15 +60,17 @@ TEST_P(BrokenBoardData, LeavesTheFamilyWithoutDevices)
     EXPECT_THAT(outcome.output, HasSubstr(GetParam().message));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, BrokenBoardData,
-    testing::Values(Broken{"message-type 11", kNoSwitches}, Broken{"message-type 12", kNoSwitches},
-                    Broken{"payload-length 175", kNoSwitches},
-                    Broken{"payload-length 119 --at 2", kNoPhys},
-                    Broken{"device-count 3", kNoSwitches},
-                    Broken{"message-size 8", "switch family: 0 found\nphy family: 2 found\n"},
-                    Broken{"bind-error", kNoSwitches},
-                    Broken{"receive-error ETIMEDOUT", kNoSwitches}));
+INSTANTIATE_TEST_SUITE_P(All, BrokenBoardData,
+                         testing::Values(Broken{"message-type 11", kNoSwitches},
+                                         Broken{"message-type 12", kNoSwitches},
+                                         Broken{"payload-length 175", kNoSwitches},
+                                         Broken{"payload-length 119 --at 2", kNoPhys},
+                                         Broken{"device-count 3", kNoSwitches},
+                                         Broken{"message-size 8",
+                                                "switch family: 0 found: the board data name none\n"
+                                                "phy family: 2 found\n"},
+                                         Broken{"bind-error", kNoSwitches},
+                                         Broken{"receive-error ETIMEDOUT", kNoSwitches}));
 
 class BrokenBringUp : public testing::TestWithParam<Broken> {};
 
