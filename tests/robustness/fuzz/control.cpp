@@ -1,4 +1,4 @@
-// The board's server and what clients send it: requests of the preloaded library, commands of
+// The board's server and what clients send it: requests of the supervisor, commands of
 // `orblink-vboard control`, and anything else, from several connections.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <sys/eventfd.h>
