@@ -38,4 +38,10 @@ run_as()
 }
 
 run_as "$(id -un)"
-[ "$(id -u)" -ne 0 ] || run_as nobody setpriv --reuid=nobody --regid=nogroup --clear-groups
+[ "$(id -u)" -eq 0 ] || exit 0
+as_nobody=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
+if "${as_nobody[@]}" test -r "$build/CTestTestfile.cmake" -a -x "$logs/plain_container"; then
+    run_as nobody "${as_nobody[@]}"
+else
+    echo "as nobody: left out, that user cannot read $build"
+fi
