@@ -2,10 +2,12 @@
 // the kernel's interface promises.
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 
 #include "tests/virtual_board/program/vboard_process.h"
 
@@ -20,6 +22,15 @@ std::string Promised()
     return text.str();
 }
 
+// For an interface that is not the board's the machine's kernel answers, which asks for
+// CAP_NET_ADMIN before it looks for the interface.
+std::string ToldWithoutRights(std::string promised)
+{
+    constexpr std::string_view kRow = "MII read of an interface that there is not: ";
+    const size_t answer = promised.find(kRow) + kRow.size();
+    return promised.replace(answer, std::string_view("ENODEV").size(), "EPERM");
+}
+
 class Kinds : public testing::TestWithParam<const char*> {};
 
 TEST_P(Kinds, FillInTheTable)
@@ -31,7 +42,10 @@ TEST_P(Kinds, FillInTheTable)
     EXPECT_EQ(outcome.status, 0);
     const std::string promised = Promised();
     ASSERT_GT(promised.size(), 2000U);
-    EXPECT_EQ(Printed(outcome), promised);
+    if (geteuid() == 0)
+        EXPECT_EQ(Printed(outcome), promised);
+    else
+        EXPECT_THAT(Printed(outcome), testing::AnyOf(promised, ToldWithoutRights(promised)));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Kinds,
