@@ -57,12 +57,15 @@ TEST(Log, GivesNameAndLineOfTheFunctionThatLogs)
 
 TEST(Log, GivesOneLineAlsoWhenTheStatementHasSeveral)
 {
-    const int line = __LINE__ + 2;
+    const int first = __LINE__ + 2;
     // clang-format off
     OB_ERROR_TWICE("%s:%d ERROR: %s:%d: %s %d",
                    "no memory for",
                    3);
     // clang-format on
+    // Compilers differ in which of the lines a macro stands.
+    const int line = static_cast<int>(last.site->Line);
+    EXPECT_TRUE(line == first || line == first + 2) << line;
     ExpectSite(1, OBPLAT_MODULE_SWITCH, line);
     const std::string place = Place(__func__, line);
     EXPECT_EQ(last.text, place + " ERROR: " + place + ": no memory for 3");
