@@ -196,12 +196,15 @@ TEST(Control, TheMailboxSendsAgainWhatItIsAskedFor)
 
 TEST(Control, OutputLargerThanOnePacketArrivesWhole)
 {
-    auto outcome = OnBoard("one_switch.toml",
-                           "i=0; while [ $i -lt 400 ]; do $VBOARD control battery $i; i=$((i+1)); "
-                           "done\n$VBOARD control journal --json\n");
+    auto outcome =
+        OnBoard("one_switch.toml",
+                "pin='/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:00/sgmii0_reset'\n"
+                "i=0; while [ $i -lt 400 ]; do echo $((i % 2)) >\"$pin\"; i=$((i+1)); done\n"
+                "$VBOARD control journal --json\n");
     auto journal = nlohmann::json::parse(Printed(outcome));
     ASSERT_EQ(journal["entries"].size(), 400U);
-    EXPECT_EQ(journal["entries"][399]["facts"]["value"], 399);
+    EXPECT_EQ(journal["entries"][398]["facts"]["text"], "0");
+    EXPECT_EQ(journal["entries"][399]["facts"]["text"], "1");
     EXPECT_GT(Printed(outcome).size(), 65536U);
 }
 
