@@ -63,6 +63,10 @@ function(orblink_plain_library target map)
         target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
         target_link_options(${target} PRIVATE --coverage)
     endif()
+    # What the C library took in with version 2.34: dlopen, shm_open and threads were in libraries of
+    # their own before. Newer ones have nothing in them, and what is not needed is not named.
+    target_link_libraries(${target} PRIVATE
+        -Wl,--push-state,--as-needed -ldl -lrt -lpthread -Wl,--pop-state)
     if(ORBLINK_SANITIZE)
         target_compile_options(${target} PRIVATE -fno-sanitize=vptr)
     elseif(NOT ORBLINK_COVERAGE AND NOT ORBLINK_RACES)
