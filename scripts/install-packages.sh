@@ -31,6 +31,7 @@ packages="
     python3
     socat
     tcpdump
+    valgrind
 "
 
 missing=""
