@@ -10,8 +10,8 @@
 #include <sstream>
 
 #include "tests/robustness/child.h"
-#include "tests/robustness/watched_region.h"
 #include "tests/support/scripted_platform.h"
+#include "tests/support/watched_region.h"
 
 namespace obtest {
 namespace {

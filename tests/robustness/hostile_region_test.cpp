@@ -9,7 +9,7 @@
 #include "tests/robustness/child.h"
 #include "tests/robustness/effort.h"
 #include "tests/robustness/scripted_board.h"
-#include "tests/robustness/watched_region.h"
+#include "tests/support/watched_region.h"
 
 using namespace obtest;
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "tests/phy/phy_fixture.h"
-#include "tests/switch/call/changing_region.h"
+#include "tests/support/changing_region.h"
 
 using namespace obtest;
 

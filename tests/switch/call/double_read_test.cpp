@@ -1,7 +1,7 @@
 // Somebody writes the region while it is read: what was checked is what must be used, wherever
 // between two accesses the write falls.
+#include "tests/support/changing_region.h"
 #include "tests/support/switch_fixture.h"
-#include "tests/switch/call/changing_region.h"
 
 using namespace obtest;
 

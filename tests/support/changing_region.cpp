@@ -1,8 +1,8 @@
-#include "tests/switch/call/changing_region.h"
+#include "tests/support/changing_region.h"
 
 #include <sys/mman.h>
 
-#include "tests/robustness/watched_region.h"
+#include "tests/support/watched_region.h"
 
 namespace obtest {
 namespace {

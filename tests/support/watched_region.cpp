@@ -1,4 +1,4 @@
-#include "tests/robustness/watched_region.h"
+#include "tests/support/watched_region.h"
 
 #include <signal.h>
 #include <sys/mman.h>
