@@ -26,7 +26,7 @@ def kind(folder):
     top = folder.split("/")[0]
     if top in ("tests", "bench"):
         return "tests"
-    return "library" if top not in ("tools", "virtual_board", "hals") else "programs and HALs"
+    return "library" if top not in ("tools", "toml", "virtual_board", "hals") else "programs and HALs"
 
 
 def bodies(lines):

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <map>
 
+#include "toml/text_check.h"
 #include "virtual_board/description/board_ports.h"
 #include "virtual_board/description/toml_reader.h"
 
@@ -21,10 +22,6 @@ constexpr uint32_t kMaxMdioAddress = 31;
 constexpr uint32_t kMaxMdioBuses = 8;
 constexpr uint32_t kMaxPort = 7;
 constexpr uint32_t kMaxNegotiationMs = 60'000;
-// A board takes some kilobytes. What the parser takes seconds for, or more stack than there is, is
-// no board.
-constexpr size_t kLongestFile = 65'536;
-constexpr size_t kMaxDots = 16;
 
 template <typename Value, typename Given>
 void Assign(Value& value, const std::optional<Given>& given)
@@ -222,52 +219,17 @@ void ReadBoard(TomlReader& reader, BoardDescription& spec)
     reader.Tables("fault", SIZE_MAX, [&](TomlReader& fault) { ReadFault(fault, spec.faults); });
 }
 
-bool IsBareKeyCharacter(char c)
-{
-    return isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '-';
-}
-
-// Where a run of dotted words gets too long; npos: nowhere.
-size_t FindDeepKey(std::string_view text)
-{
-    size_t dots = 0;
-    for (size_t at = 0; at < text.size(); ++at) {
-        const char c = text[at];
-        if (c == '.')
-            ++dots;
-        else if (!IsBareKeyCharacter(c) && c != ' ' && c != '\t' && c != '"' && c != '\'')
-            dots = 0;
-        if (dots > kMaxDots)
-            return at;
-    }
-    return std::string_view::npos;
-}
-
-// What makes a text no board whatever it says, before the parser reads it.
-BoardFileErrors CheckText(std::string_view text, std::string_view path)
-{
-    Problems problems{path};
-    const size_t deep = FindDeepKey(text);
-    if (text.size() > kLongestFile) {
-        problems.Add({{1, 1}, {1, 1}, nullptr}, "expected a file of at most 64 KiB");
-    } else if (deep != std::string_view::npos) {
-        const std::string_view before = text.substr(0, deep);
-        const auto line = static_cast<uint32_t>(std::ranges::count(before, '\n') + 1);
-        const auto column = static_cast<uint32_t>(deep - (before.rfind('\n') + 1) + 1);
-        problems.Add({{line, column}, {line, column}, nullptr},
-                     "expected at most 16 dots in a row");
-    }
-    return problems.InFileOrder();
-}
-
 }  // namespace
 
 std::variant<BoardDescription, BoardFileErrors> ParseBoard(std::string_view text,
                                                            std::string_view path)
 {
-    if (auto refused = CheckText(text, path); !refused.empty())
-        return refused;
     Problems problems{path};
+    if (const auto refused = toml_text::Check(text)) {
+        const toml::source_position where{refused->line, refused->column};
+        problems.Add({where, where, nullptr}, refused->what);
+        return problems.InFileOrder();
+    }
     BoardDescription spec;
     try {
         toml::table table = toml::parse(text, path);
@@ -289,7 +251,7 @@ std::variant<BoardDescription, BoardFileErrors> LoadBoardFile(const std::string&
     if (error || kind != std::filesystem::file_type::regular)
         return BoardFileErrors{path + (error ? ": cannot be read" : ": is no regular file")};
     std::ifstream file{path, std::ios::binary};
-    std::string text(kLongestFile + 1, '\0');
+    std::string text(toml_text::kLongestFile + 1, '\0');
     file.read(text.data(), static_cast<std::streamsize>(text.size()));
     if (!file.is_open() || file.bad())
         return BoardFileErrors{path + ": cannot be read"};

@@ -237,7 +237,7 @@ TEST(BoardFile, OneThatTheParserWouldChokeOnIsRefusedAtOnce)
     for (int i = 0; i < 30'000; ++i)
         deep += ".a";
     EXPECT_THAT(std::get<BoardFileErrors>(ParseBoard(deep, "b")),
-                testing::ElementsAre("b:2:34: expected at most 16 dots in a row"));
+                testing::ElementsAre("b:2:34: expected at most 16 dots in a key"));
     std::string keys;
     for (int i = 0; i < 300'000; ++i)
         keys += "k" + std::to_string(i) + "=1\n";

@@ -4,9 +4,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 
+#include "toml/text_check.h"
 #include "tools/orblinkctl/facts/failure.h"
 #include "tools/orblinkctl/facts/json.h"
 
@@ -39,23 +40,42 @@ Model FromNode(const toml::node& node)
     return nullptr;
 }
 
+// A device or a pipe may never end.
+std::string Contents(const std::string& path)
+{
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw Failure{kUsage, path + ": is no regular file"};
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw Failure{kUsage, path + ": " + std::strerror(errno)};
+    std::string text(toml_text::kLongestFile + 1, '\0');
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    if (file.bad())
+        throw Failure{kUsage, path + ": " + std::strerror(errno)};
+    text.resize(static_cast<size_t>(file.gcount()));
+    return text;
+}
+
+Failure BadText(const std::string& path, uint32_t line, uint32_t column, std::string_view what)
+{
+    return Failure{kUsage, path + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " +
+                               std::string(what)};
+}
+
 }  // namespace
 
 Model ReadTomlFile(const std::string& path)
 {
-    std::ifstream file(path);
-    if (!file)
-        throw Failure{kUsage, path + ": " + std::strerror(errno)};
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    if (file.bad())
-        throw Failure{kUsage, path + ": " + std::strerror(errno)};
+    const std::string text = Contents(path);
+    if (const auto refused = toml_text::Check(text))
+        throw BadText(path, refused->line, refused->column, refused->what);
     try {
         return FromNode(toml::parse(text, path));
     } catch (const toml::parse_error& error) {
         const auto& at = error.source().begin;
-        throw Failure{kUsage, path + ":" + std::to_string(at.line) + ":" +
-                                  std::to_string(at.column) + ": " +
-                                  std::string(error.description())};
+        throw BadText(path, at.line, at.column, error.description());
     }
 }
 

@@ -1,0 +1,64 @@
+// What the TOML parser must not be given, and what looks like it.
+#include "toml/text_check.h"
+
+#include <gmock/gmock.h>
+
+namespace toml_text {
+namespace {
+
+std::string Repeated(std::string_view text, size_t times)
+{
+    std::string all;
+    for (size_t i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+std::string Said(std::string_view text)
+{
+    const auto complaint = Check(text);
+    return !complaint ? ""
+                      : std::to_string(complaint->line) + ":" + std::to_string(complaint->column) +
+                            ": " + complaint->what;
+}
+
+TEST(TextCheck, LimitsTheSize)
+{
+    EXPECT_EQ(Said(std::string(65'536, ' ')), "");
+    EXPECT_EQ(Said(std::string(65'537, ' ')), "1:1: expected a file of at most 64 KiB");
+}
+
+TEST(TextCheck, LimitsTheDotsOfAKey)
+{
+    constexpr const char* kDeep = ": expected at most 16 dots in a key";
+    EXPECT_EQ(Said(Repeated("a.", 16) + "a = 1"), "");
+    EXPECT_EQ(Said(Repeated("a.", 17) + "a = 1"), std::string("1:34") + kDeep);
+    EXPECT_EQ(Said("b = 1\n[" + Repeated("a.", 17) + "a]"), std::string("2:35") + kDeep);
+    EXPECT_EQ(Said("x = {" + Repeated("a.", 17) + "a = 1}"), std::string("1:39") + kDeep);
+    // Blanks and quotes make a key no flatter.
+    EXPECT_EQ(Said(Repeated("a . ", 17) + "a = 1"), std::string("1:67") + kDeep);
+    EXPECT_EQ(Said(Repeated("\"!\".", 17) + "a = 1"), std::string("1:68") + kDeep);
+    EXPECT_EQ(Said(Repeated("'\\'.", 17) + "a = 1"), std::string("1:68") + kDeep);
+    EXPECT_EQ(Said(Repeated("\"\\\"\".", 17) + "a = 1"), std::string("1:85") + kDeep);
+}
+
+TEST(TextCheck, LeavesDotsOfTextsAlone)
+{
+    const std::string dots(40, '.');
+    for (const std::string& text :
+         {"# " + dots + "\na = 1", "a = \"" + dots + "\"", "a = '" + dots + "'",
+          "a = \"\\\"" + dots + "\"", "a = \"\"\"\n\"" + dots + "\n\"\"\"",
+          "a = '''\n'" + dots + "\n'''", "\"" + dots + "\" = 1",
+          "a = [" + Repeated("1.5, ", 40) + "1]", Repeated("[a.b]\nc.d = 1.5\n", 40)})
+        EXPECT_EQ(Said(text), "") << text;
+}
+
+TEST(TextCheck, StringsWithoutAnEndHideNothing)
+{
+    const std::string deep = Repeated("a.", 17) + "a = 1";
+    for (const char* before : {"\"", "'", "\"\"\"", "'''", "a = \"\n", "a = 'b\n", "\"\\"})
+        EXPECT_NE(Said(before + deep), "") << before;
+}
+
+}  // namespace
+}  // namespace toml_text
