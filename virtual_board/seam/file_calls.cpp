@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "virtual_board/seam/mailbox_calls.h"
+#include "virtual_board/seam/carried_bytes.h"
 #include "virtual_board/seam/stat_layouts.h"
 
 namespace vboard::seam {

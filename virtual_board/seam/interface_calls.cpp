@@ -4,17 +4,17 @@
 #include <linux/if_arp.h>
 #include <linux/sockios.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+
+#include "virtual_board/seam/interfaces.h"
 
 namespace vboard::seam {
 namespace {
 
 constexpr uint64_t kUnionOffset = IFNAMSIZ;
-constexpr int32_t kFirstIndex = 0x6E730000;  // far from those that the kernel gives
-constexpr int32_t kMtu = 1500;
-constexpr int32_t kQueueLength = 1000;
 constexpr size_t kUnionSize = 16;
 
 // An interface request as both ABIs begin it.
@@ -30,15 +30,6 @@ struct Asked {
     Ifreq request;
     uint32_t index;
 };
-
-std::optional<uint32_t> InterfaceIndex(const char (&name)[IFNAMSIZ])
-{
-    const std::string_view given{name, strnlen(name, sizeof name)};
-    for (uint32_t index = 0; index < std::size(wire::kInterfaceNames); ++index)
-        if (given == wire::kInterfaceNames[index])
-            return index;
-    return std::nullopt;
-}
 
 Verdict Outcome(int error)
 {
@@ -97,12 +88,9 @@ Verdict ReconfigureGmac(const Asked& asked)
 
 Verdict GetFlags(const Asked& asked)
 {
-    const Reply reply =
-        asked.board.Ask({asked.target.Process(), wire::Op::kInterfaceState, asked.index});
-    if (reply.error != 0)
-        return Fail(reply.error);
-    const auto up = static_cast<int16_t>(reply.result != 0 ? IFF_UP | IFF_RUNNING : 0);
-    return AnswerWith(asked, static_cast<int16_t>(IFF_BROADCAST | IFF_MULTICAST | up));
+    const Reply reply = InterfaceFlags(asked.board, asked.target.Process(), asked.index);
+    return reply.error != 0 ? Fail(reply.error)
+                            : AnswerWith(asked, static_cast<int16_t>(reply.result));
 }
 
 Verdict SetFlags(const Asked& asked)
@@ -117,9 +105,9 @@ Verdict GetHardwareAddress(const Asked& asked)
 {
     struct {
         uint16_t family = ARPHRD_ETHER;
-        uint8_t octets[14] = {0x02, 0, 0x5E, 0x43, 0};
+        uint8_t octets[14] = {};
     } address;
-    address.octets[5] = static_cast<uint8_t>(asked.index);
+    std::ranges::copy(HardwareAddress(asked.index), address.octets);
     return AnswerWith(asked, address);
 }
 
@@ -148,13 +136,13 @@ Verdict Answer(const Asked& asked, uint32_t request)
         case SIOCSIFFLAGS:
             return SetFlags(asked);
         case SIOCGIFINDEX:
-            return AnswerWith(asked, kFirstIndex + static_cast<int32_t>(asked.index));
+            return AnswerWith(asked, kFirstInterface + static_cast<int32_t>(asked.index));
         case SIOCGIFHWADDR:
             return GetHardwareAddress(asked);
         case SIOCGIFMTU:
-            return AnswerWith(asked, kMtu);
+            return AnswerWith(asked, kInterfaceMtu);
         case SIOCGIFTXQLEN:
-            return AnswerWith(asked, kQueueLength);
+            return AnswerWith(asked, kInterfaceQueueLength);
         case SIOCGIFMETRIC:
             return AnswerWith(asked, int32_t{0});
         case SIOCGIFMAP:
@@ -172,11 +160,11 @@ Verdict Answer(const Asked& asked, uint32_t request)
 // From the index to the name.
 Verdict GetName(const Target& target)
 {
-    const auto index = target.ReadAs<int32_t>(target.Argument(2) + kUnionOffset) - kFirstIndex;
-    if (index < 0 || index >= static_cast<int32_t>(std::size(wire::kInterfaceNames)))
+    const auto interface = FindInterface(target.ReadAs<int32_t>(target.Argument(2) + kUnionOffset));
+    if (!interface)
         return Continue();
     char name[IFNAMSIZ] = {};
-    strncpy(name, wire::kInterfaceNames[index], sizeof name - 1);
+    strncpy(name, wire::kInterfaceNames[*interface], sizeof name - 1);
     target.Write(target.Argument(2), name, sizeof name);
     return Return(0);
 }
@@ -202,7 +190,7 @@ Verdict RequestOfInterface(const Target& target, BoardSide& board)
     if (request == SIOCGIFNAME)
         return IsSocket(target) ? GetName(target) : Continue();
     const auto ifreq = target.ReadAs<Ifreq>(address);
-    const auto index = InterfaceIndex(ifreq.name);
+    const auto index = FindInterface({ifreq.name, strnlen(ifreq.name, sizeof ifreq.name)});
     if (!index || !IsSocket(target))
         return Continue();
     return Answer({target, board, address, ifreq, *index}, request);

@@ -10,6 +10,8 @@
 #include <string>
 #include <system_error>
 
+#include "virtual_board/seam/carried_bytes.h"
+
 namespace vboard::seam {
 namespace {
 
@@ -46,14 +48,6 @@ ino_t InodeOf(int fd)
 {
     struct stat facts {};
     return fstat(fd, &facts) == 0 ? facts.st_ino : 0;
-}
-
-std::optional<uint32_t> FreeWatchedNumber(const Target& target)
-{
-    for (uint32_t number = kFirstWatched; number <= kLastWatched; ++number)
-        if (target.DescriptorLink(static_cast<int>(number)).empty())
-            return number;
-    return std::nullopt;
 }
 
 }  // namespace
@@ -95,7 +89,7 @@ Verdict MailboxCalls::Open(const Target& target)
         return Fail(ENFILE);
     Remember({InodeOf(end.Get()), type, std::move(end)});
     // Faults of single transfers are set: the board has to see each.
-    const auto number = reply.result != 0 ? FreeWatchedNumber(target) : std::nullopt;
+    const auto number = reply.result != 0 ? target.FreeWatchedNumber() : std::nullopt;
     return HandIn(std::move(theirs), (target.IntArgument(1) & SOCK_CLOEXEC) != 0, number);
 }
 

@@ -48,7 +48,4 @@ private:
     std::list<Mailbox> mailboxes_;
 };
 
-// The bytes that a call of the send or write kind carries.
-std::vector<uint8_t> CarriedBytes(const Target& target, size_t limit);
-
 }  // namespace vboard::seam

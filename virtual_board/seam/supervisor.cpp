@@ -1,5 +1,7 @@
 #include "virtual_board/seam/supervisor.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -29,6 +31,7 @@ Supervisor::Supervisor(BoardSide& board, UniqueFd listener, double timeScale, bo
       board_{board},
       timeScale_{timeScale},
       mailboxes_{board},
+      netlink_{board},
       files_{board, privateNames}
 {
 }
@@ -57,16 +60,19 @@ void Supervisor::Serve()
             Handle(*notification);
 }
 
-// Only a watched mailbox hears of its transfers; other writes may be to an attribute.
+// Only a watched socket hears of its transfers; other writes may be to an attribute.
 Verdict Supervisor::DecideOnTransfer(const Target& target)
 {
     const Call call = *target.Call();
     const bool receives = call == Call::kReceiveFrom || call == Call::kReceiveMessage ||
                           call == Call::kRead || call == Call::kReadVector;
     const uint64_t descriptor = target.Argument(0);
-    if (descriptor >= kFirstWatched && descriptor <= kLastWatched)
+    if (descriptor >= kFirstWatched && descriptor <= kLastWatched) {
         if (auto verdict = receives ? mailboxes_.Receive(target) : mailboxes_.Send(target))
             return std::move(*verdict);
+        if (auto verdict = receives ? netlink_.Receive(target) : netlink_.Send(target))
+            return std::move(*verdict);
+    }
     const bool sends = call == Call::kSendTo || call == Call::kSendMessage;
     return receives || sends ? Continue() : files_.Write(target);
 }
@@ -107,7 +113,8 @@ Verdict Supervisor::Decide(const Target& target)
 {
     switch (*target.Call()) {
         case Call::kSocket:
-            return mailboxes_.Open(target);
+            return target.IntArgument(0) == AF_NETLINK ? netlink_.Open(target)
+                                                       : mailboxes_.Open(target);
         case Call::kBind:
             return mailboxes_.Bind(target);
         case Call::kGetSocketName:

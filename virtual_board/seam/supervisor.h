@@ -11,6 +11,7 @@
 #include "virtual_board/seam/filter.h"
 #include "virtual_board/seam/listener.h"
 #include "virtual_board/seam/mailbox_calls.h"
+#include "virtual_board/seam/netlink_calls.h"
 
 namespace vboard::seam {
 
@@ -38,6 +39,7 @@ private:
     BoardSide& board_;
     double timeScale_;
     MailboxCalls mailboxes_;
+    NetlinkCalls netlink_;
     FileCalls files_;
     std::multimap<Clock::time_point, uint64_t> sleepers_;
     ProcessTable processes_;

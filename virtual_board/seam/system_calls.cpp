@@ -1,6 +1,7 @@
 #include "virtual_board/seam/system_calls.h"
 
 #include <linux/sockios.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 
@@ -9,17 +10,17 @@
 namespace vboard::seam {
 namespace {
 
-constexpr uint32_t kSocketLevel = 1;  // SOL_SOCKET
 constexpr ArgumentRange kMailboxFamily{0, wire::kMailboxFamily, wire::kMailboxFamily};
+constexpr ArgumentRange kNetlinkFamily{0, AF_NETLINK, AF_NETLINK};
 constexpr ArgumentRange kWatched{0, kFirstWatched, kLastWatched};
 constexpr ArgumentRange kShortText{2, 0, kMaxShortText};
 constexpr ArgumentRange kShortVector{2, 0, kMaxShortVector};
-constexpr ArgumentRange kOfSocket{1, kSocketLevel, kSocketLevel};
+constexpr ArgumentRange kOfSocket{1, SOL_SOCKET, SOL_SOCKET};
 constexpr ArgumentRange kOfInterface{1, SIOCGIFNAME, SIOCDEVPRIVATE + 15};
 constexpr ArgumentRange kOfLane{1, wire::kModphyResetLane, wire::kModphyResetLane};
 
 constexpr CallRule kRules[] = {
-    {Call::kSocket, 41, 359, Reason::kAlways, {kMailboxFamily}, 1},
+    {Call::kSocket, 41, 359, Reason::kAlways, {kMailboxFamily, kNetlinkFamily}, 2},
     {Call::kBind, 49, 361, Reason::kAlways, {}, 0},
     {Call::kGetSocketName, 51, 367, Reason::kAlways, {}, 0},
     {Call::kGetSocketOption, 55, 365, Reason::kAlways, {kOfSocket}, 1},
@@ -58,19 +59,15 @@ constexpr CallRule kRules[] = {
     {Call::kIoRing, 425, 425, Reason::kForbidden, {}, 0},
 };
 
-struct SocketCallEntry {
-    uint32_t number;
-    Call call;
-};
-constexpr SocketCallEntry kSocketCalls[] = {
-    {1, Call::kSocket},          {2, Call::kBind},         {6, Call::kGetSocketName},
-    {9, Call::kSendTo},          {10, Call::kReceiveFrom}, {11, Call::kSendTo},
-    {12, Call::kReceiveFrom},    {16, Call::kSendMessage}, {17, Call::kReceiveMessage},
-    {15, Call::kGetSocketOption}};
+constexpr SocketCall kSocketCalls[] = {
+    {1, Call::kSocket, 3},          {2, Call::kBind, 3},         {6, Call::kGetSocketName, 3},
+    {9, Call::kSendTo, 4},          {10, Call::kReceiveFrom, 4}, {11, Call::kSendTo, 6},
+    {12, Call::kReceiveFrom, 6},    {16, Call::kSendMessage, 3}, {17, Call::kReceiveMessage, 3},
+    {15, Call::kGetSocketOption, 5}};
 
 constexpr auto kSocketCallNumbers = [] {
     std::array<uint32_t, std::size(kSocketCalls)> numbers{};
-    std::ranges::transform(kSocketCalls, numbers.begin(), &SocketCallEntry::number);
+    std::ranges::transform(kSocketCalls, numbers.begin(), &SocketCall::number);
     return numbers;
 }();
 
@@ -81,10 +78,10 @@ std::span<const CallRule> CallRules()
     return kRules;
 }
 
-std::optional<Call> CallOfSocketCall(uint32_t number)
+const SocketCall* FindSocketCall(uint32_t number)
 {
-    const auto* found = std::ranges::find(kSocketCalls, number, &SocketCallEntry::number);
-    return found != std::end(kSocketCalls) ? std::optional{found->call} : std::nullopt;
+    const auto* found = std::ranges::find(kSocketCalls, number, &SocketCall::number);
+    return found != std::end(kSocketCalls) ? found : nullptr;
 }
 
 std::span<const uint32_t> SocketCallNumbers()

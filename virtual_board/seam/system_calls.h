@@ -69,7 +69,8 @@ struct CallRule {
     size_t rangeCount;                    // 0: whatever the arguments are
 };
 
-// Where the board puts descriptors whose every transfer it has to see, because a fault is set.
+// Where the board puts descriptors whose every transfer it has to see: of rtnetlink, and of a mailbox
+// while a fault is set.
 inline constexpr uint32_t kFirstWatched = 960;
 inline constexpr uint32_t kLastWatched = 1007;
 
@@ -84,9 +85,14 @@ inline constexpr uint32_t kIpcSemaphoreGet = 2;
 
 std::span<const CallRule> CallRules();
 
-// What socketcall() with this first argument does, if that may concern the board. send() and recv()
-// are kSendTo and kReceiveFrom.
-std::optional<Call> CallOfSocketCall(uint32_t number);
+// What socketcall() with this first argument does, and how many words its arguments are. send() and
+// recv() are kSendTo and kReceiveFrom, without an address.
+struct SocketCall {
+    uint32_t number;
+    Call call;
+    size_t words;
+};
+const SocketCall* FindSocketCall(uint32_t number);  // nullptr: it does not concern the board
 std::span<const uint32_t> SocketCallNumbers();
 
 std::optional<Call> FindCall(bool i386, int number);

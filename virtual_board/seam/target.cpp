@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <linux/audit.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -91,17 +93,15 @@ Target::Target(const Listener& listener, ProcessTable& processes, const seccomp_
 
 void Target::TakeApart(uint32_t number)
 {
-    call_ = CallOfSocketCall(number);
+    const SocketCall* call = FindSocketCall(number);
+    if (call == nullptr) {
+        call_ = std::nullopt;
+        return;
+    }
+    call_ = call->call;
     // The kernel reads as many as the call takes; the last may lie at the end of a page.
     uint32_t words[6] = {};
-    const size_t count = call_ == seam::Call::kSocket || call_ == seam::Call::kBind ||
-                                 call_ == seam::Call::kGetSocketName ||
-                                 call_ == seam::Call::kSendMessage ||
-                                 call_ == seam::Call::kReceiveMessage
-                             ? 3
-                         : call_ == seam::Call::kGetSocketOption ? 5
-                                                                 : 4;
-    Read(arguments_[1], words, count * sizeof words[0]);
+    Read(arguments_[1], words, call->words * sizeof words[0]);
     std::ranges::copy(words, arguments_);
 }
 
@@ -173,6 +173,24 @@ std::string Target::DescriptorLink(int fd) const
 std::string Target::DirectoryOf(int fd) const
 {
     return fd == AT_FDCWD ? ReadLink("cwd") : DescriptorLink(fd);
+}
+
+std::optional<uint32_t> Target::FreeWatchedNumber() const
+{
+    rlimit limit{};
+    if (prlimit(thread_, RLIMIT_NOFILE, nullptr, &limit) != 0)
+        return std::nullopt;
+    for (uint32_t number = kFirstWatched; number <= kLastWatched && number < limit.rlim_cur;
+         ++number)
+        if (DescriptorLink(static_cast<int>(number)).empty())
+            return number;
+    return std::nullopt;
+}
+
+UniqueFd Target::TakeDescriptor(int fd) const
+{
+    const UniqueFd process{static_cast<int>(syscall(SYS_pidfd_open, Process(), 0))};
+    return UniqueFd{static_cast<int>(syscall(SYS_pidfd_getfd, process.Get(), fd, 0))};
 }
 
 }  // namespace vboard::seam

@@ -68,6 +68,13 @@ public:
     std::string DescriptorLink(int fd) const;
     // Where a relative path begins.
     std::string DirectoryOf(int fd) const;
+    // What /proc says that its network namespace is.
+    std::string Network() const { return ReadLink("ns/net"); }
+
+    // A number from kFirstWatched on that the caller may use for one more descriptor.
+    std::optional<uint32_t> FreeWatchedNumber() const;
+    // The caller's descriptor in the board's own hands.
+    UniqueFd TakeDescriptor(int fd) const;
 
 private:
     void TakeApart(uint32_t number);

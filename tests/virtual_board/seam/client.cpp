@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/ipc.h>
+#include <sys/prctl.h>
 #include <sys/sem.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -17,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 
 namespace {
 
@@ -176,7 +178,6 @@ int Acknowledge(int fd, const char* answer)
     return 0;
 }
 
-// mailbox ack|wrong|silent [interrupted|short|now|late]
 // The message comes after the receive has timed out, and while something is being sent.
 ssize_t ReceiveLate(int fd)
 {
@@ -190,6 +191,7 @@ ssize_t ReceiveLate(int fd)
     return recv(fd, buffer, sizeof buffer, MSG_TRUNC);
 }
 
+// mailbox ack|wrong|silent [interrupted|short|now|late]
 int Mailbox(const char* answer, const char* how)
 {
     int fd = OpenMailbox(1, 12);
@@ -263,9 +265,34 @@ int System(const char* command)
     return 0;
 }
 
+// stream INDEX TEXT
+int WriteStream(const char* index, const char* text)
+{
+    std::ofstream file{kAttributes[Number(index)]};
+    if (!file)
+        return Failed("ofstream");
+    file << text << std::flush;
+    if (!file)
+        return Failed("flush");
+    puts("written");
+    return 0;
+}
+
+int Run(int argc, char** argv);
+
+// undumpable CALL...
+int Undumpable(int argc, char** argv)
+{
+    if (prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0)
+        return Failed("prctl");
+    return Run(argc, argv);
+}
+
 int Run(int argc, char** argv)
 {
     const char* verb = argc > 1 ? argv[1] : "";
+    if (strcmp(verb, "undumpable") == 0)
+        return Undumpable(argc - 1, argv + 1);
     if (strcmp(verb, "mii") == 0 && argc >= 6)
         return Mii(argc - 2, argv + 2);
     if (strcmp(verb, "gmac") == 0 && argc == 7)
@@ -274,6 +301,8 @@ int Run(int argc, char** argv)
         return Lane(argv[2]);
     if (strcmp(verb, "write") == 0 && argc == 4)
         return WriteAttribute(argv[2], argv[3]);
+    if (strcmp(verb, "stream") == 0 && argc == 4)
+        return WriteStream(argv[2], argv[3]);
     if (strcmp(verb, "read") == 0 && argc == 3)
         return ReadAttribute(argv[2]);
     if (strcmp(verb, "mailbox") == 0 && argc >= 3)

@@ -173,6 +173,19 @@ TEST(Programs, ResetAttributesCarryAWriteErrorToTheFlush)
               "fopen: EACCES\n");
 }
 
+TEST(Programs, AnAttributeIsWrittenByAStream)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "$CLIENT stream 1 0; $CLIENT read 1\n"
+                           "$OTHER stream 1 1; $CLIENT read 1\n"
+                           "$CLIENT stream 1 7; $CLIENT read 1\n"
+                           "$VBOARD control fault attr-error ENOSPC; $CLIENT stream 1 0\n"
+                           "$CLIENT stream 2 1\n");
+    EXPECT_EQ(Printed(outcome),
+              "written\n1 of value 0\nwritten\n1 of value 1\n"
+              "flush: EINVAL\n1 of value 1\nflush: ENOSPC\nofstream: EACCES\n");
+}
+
 TEST(Programs, AttributesServeAShellToo)
 {
     std::string pin = "'/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:00/sgmii0_reset'";
@@ -238,6 +251,41 @@ TEST(Programs, IfconfigOfTheInternalInterfaces)
               "SIOCSIFFLAGS: Resource temporarily unavailable\nstatus 65280\n  nsgmii0: up=true "
               "speed=0 duplex=0 reconfigurations=0\n"
               "status 768\n");
+}
+
+TEST(Programs, IpShowsTheInternalInterfacesAmongThoseOfTheMachine)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "ip link | grep -c ': nsgmii[01]:'; ip link | grep -c ': lo:'\n"
+                           "ip -br link show nsgmii1 | tr -s ' '\n"
+                           "ip addr show dev nsgmii0 | grep -c mtu\n"
+                           "ip link show type dummy | grep -c nsgmii\n"
+                           "ip link show nsgmii2\n");
+    EXPECT_EQ(Printed(outcome),
+              "2\n1\nnsgmii1 UP 02:00:5e:43:00:01 <BROADCAST,MULTICAST,UP,LOWER_UP> \n1\n0\n"
+              "Device \"nsgmii2\" does not exist.\n");
+}
+
+TEST(Programs, IpSetsTheInternalInterfacesUpAndDownButNothingElse)
+{
+    auto outcome = OnBoard("one_switch.toml",
+                           "ip link set nsgmii0 down; ip -br link show nsgmii0 | tr -s ' '\n"
+                           "$VBOARD control state | grep nsgmii0\n"
+                           "$VBOARD control fault interface-error; ip link set nsgmii0 up\n"
+                           "ip link set nsgmii0 up && $VBOARD control state | grep nsgmii0\n"
+                           "ip link set nsgmii0 mtu 9000\n"
+                           "ip link add nsgmii1 type dummy\n"
+                           "ip link del nsgmii1\n"
+                           "ip addr add 192.0.2.77/32 dev nsgmii1\n");
+    EXPECT_EQ(Printed(outcome),
+              "nsgmii0 DOWN 02:00:5e:43:00:00 <BROADCAST,MULTICAST> \n"
+              "  nsgmii0: up=false speed=0 duplex=0 reconfigurations=0\n"
+              "RTNETLINK answers: Resource temporarily unavailable\n"
+              "  nsgmii0: up=true speed=0 duplex=0 reconfigurations=0\n"
+              "RTNETLINK answers: Operation not supported\n"
+              "RTNETLINK answers: File exists\n"
+              "RTNETLINK answers: Operation not supported\n"
+              "RTNETLINK answers: Operation not supported\n");
 }
 
 double Milliseconds(const std::string& options, const std::string& call)

@@ -69,6 +69,20 @@ static void probe_driver(int fd)
     row("driver request without data", ioctl(fd, kReconfigure, &request));
 }
 
+/* The C library asks rtnetlink for it. */
+static void probe_list(void)
+{
+    struct if_nameindex* const all = if_nameindex();
+    long ours = 0, loopback = 0;
+    for (struct if_nameindex* one = all; one != NULL && one->if_index != 0; ++one) {
+        ours += strncmp(one->if_name, "nsgmii", 6) == 0;
+        loopback += strcmp(one->if_name, "lo") == 0;
+    }
+    row("among all interfaces", ours);
+    row("the machine's own are there as well", loopback);
+    if_freenameindex(all);
+}
+
 static void probe_flags(int fd)
 {
     struct ifreq request = request_of("nsgmii0");
@@ -83,6 +97,7 @@ static void probe_flags(int fd)
     ioctl(fd, SIOCSIFFLAGS, &request);
     row("index and back",
         if_indextoname(if_nametoindex("nsgmii0"), name) != NULL && strcmp(name, "nsgmii0") == 0);
+    probe_list();
     request = request_of("nsgmii1");
     row("get MTU", ioctl(fd, SIOCGIFMTU, &request));
     row("MTU", request.ifr_mtu);
