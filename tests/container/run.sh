@@ -11,7 +11,7 @@ selection=()
 
 mkdir -p "$logs"
 logs=$(realpath "$logs")
-cc -O2 -Wall -Wextra -Werror -o "$logs/plain_container" "$(dirname "$0")/plain_container.c"
+plain_container=$build/tests/plain_container
 
 # A user who cannot write to the build keeps the records of ctest in a directory of his own.
 run_as()
@@ -21,7 +21,7 @@ run_as()
     mkdir -p "$own"
     echo "subdirs(\"$build\")" >"$own/CTestTestfile.cmake"
     chown "$who" "$own"
-    if ! "$@" "$logs/plain_container" ctest --test-dir "$own" --output-on-failure --timeout 20 \
+    if ! "$@" "$plain_container" ctest --test-dir "$own" --output-on-failure --timeout 20 \
         --no-tests=error -j "$(nproc)" "${selection[@]}" >"$log" 2>&1; then
         tail -n 100 "$log" >&2
         exit 1
@@ -40,7 +40,7 @@ run_as()
 run_as "$(id -un)"
 [ "$(id -u)" -eq 0 ] || exit 0
 as_nobody=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
-if "${as_nobody[@]}" test -r "$build/CTestTestfile.cmake" -a -x "$logs/plain_container"; then
+if "${as_nobody[@]}" test -r "$build/CTestTestfile.cmake" -a -x "$plain_container"; then
     run_as nobody "${as_nobody[@]}"
 else
     echo "as nobody: left out, that user cannot read $build"

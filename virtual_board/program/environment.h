@@ -7,7 +7,7 @@ namespace vboard {
 
 inline constexpr char kPrivilegesAreLost[] =
     "orblink-vboard: without CAP_SYS_ADMIN, programs on the board have no set-user-id rights and "
-    "no file capabilities";
+    "no file capabilities on this machine";
 
 // In the process that becomes the command.
 void SetEnvironment(const std::string& socketPath);

@@ -18,13 +18,14 @@ Isolation::Isolation(const std::string& wanted)
         remark_ = ", with names of its own";
         return;
     }
-    const std::string reason = EnterPrivateNamespaces();
-    if (reason.empty())
+    const EnteredNamespaces entered = EnterPrivateNamespaces();
+    losesRights_ = entered.ofUser;
+    if (entered.refusal.empty())
         return;
     if (wanted == "namespaces")
-        throw std::runtime_error(reason);
+        throw std::runtime_error(entered.refusal);
     givesNames_ = true;
-    remark_ = ", with names of its own (" + reason + ")";
+    remark_ = ", with names of its own (" + entered.refusal + ")";
 }
 
 }  // namespace vboard

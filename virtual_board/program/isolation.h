@@ -16,11 +16,14 @@ public:
 
     // Whether the board gives its command names of its own for what the library shares.
     bool GivesNames() const { return givesNames_; }
+    // Whether it took a user namespace, so that rights count on the board alone.
+    bool LosesRights() const { return losesRights_; }
     // For the line that names the board; empty in namespaces.
     const std::string& Remark() const { return remark_; }
 
 private:
     bool givesNames_ = false;
+    bool losesRights_ = false;
     std::optional<MachineNames> machine_;
     std::string remark_;
 };

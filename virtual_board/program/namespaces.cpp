@@ -34,15 +34,17 @@ void MapOwnIds(uid_t uid, gid_t gid)
     WriteFile("/proc/self/gid_map", std::to_string(gid) + " " + std::to_string(gid) + " 1");
 }
 
-void Unshare()
+// True when it took a user namespace.
+bool Unshare()
 {
     if (unshare(kPrivate) == 0)
-        return;
+        return false;
     uid_t uid = geteuid();
     gid_t gid = getegid();
     if (unshare(kPrivate | CLONE_NEWUSER) != 0)
         Fail("cannot create private namespaces");
     MapOwnIds(uid, gid);
+    return true;
 }
 
 // In a chroot the root is no mount point (EINVAL): there is nothing to be made private then, and
@@ -61,17 +63,18 @@ void MountEmpty(const char* path)
 
 }  // namespace
 
-std::string EnterPrivateNamespaces()
+EnteredNamespaces EnterPrivateNamespaces()
 {
+    EnteredNamespaces entered;
     try {
-        Unshare();
+        entered.ofUser = Unshare();
         MakeMountsPrivate();
         MountEmpty("/dev/shm");
         MountEmpty("/var/tmp");
-        return {};
     } catch (const std::system_error& error) {
-        return error.what();
+        entered.refusal = error.what();
     }
+    return entered;
 }
 
 }  // namespace vboard

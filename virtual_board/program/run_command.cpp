@@ -48,7 +48,7 @@ int RunOnBoard(const RunOptions& options, BoardDescription spec)
                                if (keepsRights)
                                    cables::KeepRightsAcrossExec();
                            }};
-    if (command.WithoutPrivileges())
+    if (command.WithoutPrivileges() || isolation.LosesRights())
         fprintf(stderr, "%s\n", kPrivilegesAreLost);
     seam::Supervisor supervisor{board, command.TakeListener(), options.timeScale,
                                 isolation.GivesNames()};

@@ -1,7 +1,7 @@
 #include "tests/virtual_board/program/vboard_process.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -19,18 +19,6 @@ std::string BuildDir()
     return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
 }
 
-// Without the filter of system calls there is no board: every test is skipped then.
-class FilterOfSystemCalls : public testing::Environment {
-public:
-    void SetUp() override
-    {
-        const Outcome outcome = Shell("exec $RUN --board $BOARDS/no_devices.toml -- true");
-        if (outcome.status == 1 && outcome.output.find("seccomp") != std::string::npos)
-            GTEST_SKIP() << outcome.output;
-    }
-};
-const auto* const kFilter = testing::AddGlobalTestEnvironment(new FilterOfSystemCalls);
-
 }  // namespace
 
 Outcome Shell(const std::string& script)
@@ -39,6 +27,7 @@ Outcome Shell(const std::string& script)
     setenv("RUN", (BuildDir() + "/bin/orblink-vboard run").c_str(), 1);
     setenv("CLIENT", (BuildDir() + "/tests/vboard_client").c_str(), 1);
     setenv("OTHER", (BuildDir() + "/tests/vboard_client_other").c_str(), 1);
+    setenv("PLAIN", (BuildDir() + "/tests/plain_container").c_str(), 1);
     setenv("BOARDS", ORBLINK_BOARDS, 1);
     std::string path = TemporaryPath("script");
     std::ofstream{path} << script;
@@ -58,6 +47,20 @@ Outcome OnBoard(const std::string& board, const std::string& script, const std::
     std::string path = TemporaryPath("inner");
     std::ofstream{path} << script;
     return Shell("exec $RUN --board $BOARDS/" + board + " " + options + " -- sh " + path);
+}
+
+std::optional<std::string> AsOrdinaryUser()
+{
+    if (geteuid() != 0)
+        return "";
+    const std::string drop = "setpriv --reuid 65534 --regid 65534 --clear-groups ";
+    const std::string can = "test -x $VBOARD -a -x $CLIENT -a -r $BOARDS/phy.toml";
+    return Shell(drop + can).status == 0 ? std::optional{drop} : std::nullopt;
+}
+
+bool NamespacesAreRefused()
+{
+    return Shell("$RUN --isolation namespaces --board $BOARDS/no_devices.toml -- true").status != 0;
 }
 
 std::string Printed(const Outcome& outcome)
