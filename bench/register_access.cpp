@@ -1,33 +1,41 @@
 // What a program on the virtual board pays for a register access, and for a call in which the board
-// is only asked whether it is its own. Microseconds per call.
-
+// is only asked whether it is its own. Microseconds: the median of the calls, and 99 % of them.
 #include <fcntl.h>
 #include <net/if.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 namespace {
 
 constexpr int kRounds = 20000;
 constexpr unsigned long kReadMii = 0x8948;
 
+// Each call by itself: the median is what it costs, the rest how busy the machine is.
 template <typename Call>
 bool Measure(const char* name, Call call)
 {
     using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
-    for (int round = 0; round < kRounds; ++round)
+    std::vector<double> microseconds;
+    microseconds.reserve(kRounds);
+    for (int round = 0; round < kRounds; ++round) {
+        const auto start = Clock::now();
         if (!call()) {
             perror(name);
             return false;
         }
-    const std::chrono::duration<double, std::micro> time = Clock::now() - start;
-    printf("%-24s %8.2f us\n", name, time.count() / kRounds);
+        microseconds.push_back(
+            std::chrono::duration<double, std::micro>(Clock::now() - start).count());
+    }
+    std::ranges::sort(microseconds);
+    printf("%-24s %8.2f %8.2f\n", name, microseconds[kRounds / 2],
+           microseconds[kRounds / 100 * 99]);
     return true;
 }
 
@@ -46,6 +54,7 @@ int main()
 {
     const int fd = socket(AF_INET, SOCK_DGRAM, 0);
     const int null = open("/dev/null", O_WRONLY);
+    printf("%-24s %8s %8s\n", "microseconds", "median", "99 %");
     const bool done = Measure("register read", [&] { return ReadRegister(fd); }) &&
                       Measure("open of another file",
                               [] {
