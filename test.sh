@@ -64,7 +64,7 @@ run_tests()
     local log=$1 directory=$2
     shift 2
     logged "$log" "$@" ctest --test-dir "$directory" --output-on-failure --timeout 20 \
-        --no-tests=error -j "$(nproc)" ${test_selection:-}
+        --no-tests=error -j $(($(nproc) * 2)) ${test_selection:-}
     grep 'tests passed' "$log"
     skipped=$((skipped + $(grep -c '\*\*\*Skipped' "$log" || true)))
 }

@@ -8,7 +8,7 @@
 namespace obtest {
 namespace {
 
-constexpr size_t kHeader = 8;
+constexpr size_t kHeaderSize = 8;
 
 void PutWord(std::vector<uint8_t>& bytes, size_t at, uint32_t value)
 {
@@ -19,26 +19,26 @@ void PutWord(std::vector<uint8_t>& bytes, size_t at, uint32_t value)
 }  // namespace
 
 BsdMessage::BsdMessage(uint32_t type, uint32_t payloadLength, size_t payloadBytes)
-    : bytes(kHeader + payloadBytes)
+    : bytes(kHeaderSize + payloadBytes)
 {
     Header(type, payloadLength);
 }
 
 BsdMessage& BsdMessage::Word(size_t offset, uint32_t value)
 {
-    PutWord(bytes, kHeader + offset, value);
+    PutWord(bytes, kHeaderSize + offset, value);
     return *this;
 }
 
 BsdMessage& BsdMessage::Byte(size_t offset, int value)
 {
-    bytes.at(kHeader + offset) = static_cast<uint8_t>(value);
+    bytes.at(kHeaderSize + offset) = static_cast<uint8_t>(value);
     return *this;
 }
 
 BsdMessage& BsdMessage::Text(size_t offset, const std::string& text)
 {
-    std::copy(text.begin(), text.end(), bytes.begin() + static_cast<long>(kHeader + offset));
+    std::copy(text.begin(), text.end(), bytes.begin() + static_cast<long>(kHeaderSize + offset));
     return *this;
 }
 
@@ -51,7 +51,7 @@ BsdMessage& BsdMessage::Header(uint32_t type, uint32_t payloadLength)
 
 BsdMessage& BsdMessage::Numbered()
 {
-    std::iota(bytes.begin() + kHeader, bytes.end(), uint8_t{1});
+    std::iota(bytes.begin() + kHeaderSize, bytes.end(), uint8_t{1});
     return *this;
 }
 

@@ -11,8 +11,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 const std::string kSubject = "out HWMB_Subject:# ";
-const std::string kRecv = "out HWMB_recvMsg:# ";
-const std::string kSend = "out HWMB_sendMsg:# ";
+const std::string kSubjectRecv = "out HWMB_recvMsg:# ";
+const std::string kSubjectSend = "out HWMB_sendMsg:# ";
 const Lines kFailedReceive = {kSubject + "failed to recv Msg!", kSubject + "HWMB_Subject Failed",
                               "sys close()"};
 const Lines kRefusedReceive = {kSubject + "internal error on recv...",
@@ -26,7 +26,7 @@ protected:
     static Lines ToReceive()
     {
         return Opened(SOCK_SUBJECT) + Lines{kSubject + "Receiving message...",
-                                            kRecv + "Receiving message...",
+                                            kSubjectRecv + "Receiving message...",
                                             "sys recv(4096, MSG_TRUNC)"};
     }
 
@@ -40,9 +40,9 @@ protected:
 
     Lines CriticalReceive(const std::string& why) const
     {
-        return {kRecv + "failed to recv!!! [ret=-1, " + why + "]",
-                kRecv + "Critical failure in recv!!! [ret=" + std::to_string(HWMB_socket) + ", " +
-                    why + "]"};
+        return {kSubjectRecv + "failed to recv!!! [ret=-1, " + why + "]",
+                kSubjectRecv + "Critical failure in recv!!! [ret=" + std::to_string(HWMB_socket) +
+                    ", " + why + "]"};
     }
 };
 
@@ -83,7 +83,7 @@ TEST_F(HwmbSubject, AnswersAnEmptyMessage)
 {
     platform.mailbox = {{}};
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
-    EXPECT_TRUE(transcript.Has(kRecv + "successfully received 0 bytes!"));
+    EXPECT_TRUE(transcript.Has(kSubjectRecv + "successfully received 0 bytes!"));
     EXPECT_EQ(parsedSize, 0U);
     EXPECT_EQ(parsed, Bytes(HWMB_BUFFER_SIZE));
 }
@@ -94,8 +94,8 @@ TEST_F(HwmbSubject, EndsWithNotReadyWhenTheReceiveIsRefused)
     EXPECT_EQ(Run(SOCK_SUBJECT), 256);
     EXPECT_LINES(
         ToReceive() +
-        Lines({kRecv + "failed to recv!!! [ret=-1, errno=111: Connection refused]",
-               kRecv + "Socket on other side is not ready yet, try again in 1000 msec..."}) +
+        Lines({kSubjectRecv + "failed to recv!!! [ret=-1, errno=111: Connection refused]",
+               kSubjectRecv + "Socket on other side is not ready yet, try again in 1000 msec..."}) +
         kRefusedReceive);
 }
 
@@ -118,10 +118,10 @@ TEST_F(HwmbSubject, SaysThatTheConnectionTimedOut)
 {
     platform.Fail("recv", ETIMEDOUT);
     EXPECT_EQ(Run(SOCK_SUBJECT), -1);
-    EXPECT_LINES(
-        ToReceive() + CriticalReceive("errno=110: Connection timed out") +
-        Lines({kRecv + "HW_MBOX connection timed out!!! [errno=110: Connection timed out]"}) +
-        kFailedReceive);
+    EXPECT_LINES(ToReceive() + CriticalReceive("errno=110: Connection timed out") +
+                 Lines({kSubjectRecv +
+                        "HW_MBOX connection timed out!!! [errno=110: Connection timed out]"}) +
+                 kFailedReceive);
 }
 
 TEST_F(HwmbSubject, CountsConsecutiveRefusalsAcrossRuns)
@@ -134,9 +134,9 @@ TEST_F(HwmbSubject, CountsConsecutiveRefusalsAcrossRuns)
     EXPECT_EQ(Run(SOCK_SUBJECT), 256);
     EXPECT_LINES(
         ToReceive() +
-        Lines({kRecv + "failed to recv!!! [ret=-1, errno=111: Connection refused]",
-               kRecv + "recvMsg failed for 10 times!!!",
-               kRecv + "Socket on other side is not ready yet, try again in 1000 msec..."}) +
+        Lines({kSubjectRecv + "failed to recv!!! [ret=-1, errno=111: Connection refused]",
+               kSubjectRecv + "recvMsg failed for 10 times!!!",
+               kSubjectRecv + "Socket on other side is not ready yet, try again in 1000 msec..."}) +
         kRefusedReceive);
 }
 
@@ -147,7 +147,7 @@ TEST_F(HwmbSubject, CountsAgainAtTheTwentyFirstRefusal)
         Run(SOCK_SUBJECT);
     EXPECT_FALSE(transcript.Has("recvMsg failed for 20 times!!!"));
     Run(SOCK_SUBJECT);
-    EXPECT_TRUE(transcript.Has(kRecv + "recvMsg failed for 20 times!!!"));
+    EXPECT_TRUE(transcript.Has(kSubjectRecv + "recvMsg failed for 20 times!!!"));
 }
 
 TEST_F(HwmbSubject, AMessageEndsTheCountOfRefusals)
@@ -168,7 +168,7 @@ TEST_F(HwmbSubject, ACriticalFailureShowsTheCountOfRefusals)
         Run(SOCK_SUBJECT);
     platform.Fail("recv", EIO);
     EXPECT_EQ(Run(SOCK_SUBJECT), -1);
-    EXPECT_TRUE(transcript.Has(kRecv + "recvMsg failed for 10 times!!!"));
+    EXPECT_TRUE(transcript.Has(kSubjectRecv + "recvMsg failed for 10 times!!!"));
 }
 
 TEST_F(HwmbSubject, ACriticalFailureEndsTheCountOfRefusals)
@@ -187,12 +187,13 @@ TEST_F(HwmbSubject, FailsWithoutParsingWhenTheReplyIsRefused)
     platform.Fail("send", EPIPE);
     EXPECT_EQ(Run(SOCK_SUBJECT), -1);
     const Lines tail(transcript.All().end() - 7, transcript.All().end());
-    EXPECT_THAT(tail, ElementsAre(kSend + "Sending message [msgSize=4]...", "sys send(4, 0)",
-                                  kSend + "failed to send!!! [ret=-1, errno=32: Broken pipe]",
-                                  kSend + "Critical failure in send!!! [ret=" +
-                                      std::to_string(HWMB_socket) + ", errno=32: Broken pipe]",
-                                  kSubject + "failed to send Msg!",
-                                  kSubject + "HWMB_Subject Failed", "sys close()"));
+    EXPECT_THAT(tail,
+                ElementsAre(kSubjectSend + "Sending message [msgSize=4]...", "sys send(4, 0)",
+                            kSubjectSend + "failed to send!!! [ret=-1, errno=32: Broken pipe]",
+                            kSubjectSend + "Critical failure in send!!! [ret=" +
+                                std::to_string(HWMB_socket) + ", errno=32: Broken pipe]",
+                            kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed",
+                            "sys close()"));
     EXPECT_FALSE(transcript.Has("call parser"));
 }
 
@@ -211,10 +212,11 @@ TEST_F(HwmbSubject, FailsWhenOnlyAPartOfTheReplyIsSent)
     platform.Fail("send", 0, 1, 3);
     EXPECT_EQ(Run(SOCK_SUBJECT), -1);
     const Lines tail(transcript.All().end() - 4, transcript.All().end());
-    EXPECT_THAT(tail,
-                ElementsAre(kSend + "failed to sent entire message (msgSize=4), sent only 3 bytes!",
-                            kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed",
-                            "sys close()"));
+    EXPECT_THAT(
+        tail,
+        ElementsAre(kSubjectSend + "failed to sent entire message (msgSize=4), sent only 3 bytes!",
+                    kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed",
+                    "sys close()"));
     EXPECT_FALSE(transcript.Has("call parser"));
 }
 
@@ -226,11 +228,12 @@ TEST_F(HwmbSubject, SendsNothingOfAReplyThatIsLongerThanTheTransmitBuffer)
         builtSize = size;
         EXPECT_EQ(Run(SOCK_SUBJECT), -1);
         const std::string bytes = std::to_string(size);
-        EXPECT_LINES(ToSend(size) + Lines{kSend + "Sending message [msgSize=" + bytes + "]...",
-                                          kSend + "failed to sent entire message (msgSize=" +
-                                              bytes + "), sent only 0 bytes!",
-                                          kSubject + "failed to send Msg!",
-                                          kSubject + "HWMB_Subject Failed", "sys close()"});
+        EXPECT_LINES(ToSend(size) +
+                     Lines{kSubjectSend + "Sending message [msgSize=" + bytes + "]...",
+                           kSubjectSend + "failed to sent entire message (msgSize=" + bytes +
+                               "), sent only 0 bytes!",
+                           kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed",
+                           "sys close()"});
     }
 }
 
@@ -275,7 +278,7 @@ TEST_F(HwmbSubject, TheParserSeesOnlyWhatTheBufferHoldsOfALongerMessage)
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
     EXPECT_EQ(parsedSize, 4096U);
     EXPECT_EQ(parsed, message);
-    EXPECT_TRUE(transcript.Has(kRecv + "successfully received 5000 bytes!"));
+    EXPECT_TRUE(transcript.Has(kSubjectRecv + "successfully received 5000 bytes!"));
     EXPECT_TRUE(transcript.Has(kSubject + "Reply Msg is ready in buffer! [totalSize=5000]"));
     EXPECT_TRUE(transcript.Has("[5000]====="));
     const Lines dump = transcript.Only({"out HWMB_dumpBuffer:#  ["});

@@ -21,7 +21,7 @@ constexpr unsigned long kSetMiiReg = 0x8949;
 constexpr unsigned long kPrivate = 0x89F0;
 constexpr unsigned long kResetLane = 0x4004BE05;
 
-void Record(const std::string& line)
+void RecordLine(const std::string& line)
 {
     Platform().transcript.Add(line);
 }
@@ -32,9 +32,9 @@ int PlayMii(unsigned long request, ifreq* argument)
     memcpy(&words, &argument->ifr_ifru, sizeof(words));
     const bool read = request == kGetMiiReg;
     const std::string value = read ? "" : Text(", 0x%04X", words.valueIn);
-    Record(Text("sys ioctl(%s, %.16s, phy=0x%X, reg=%u, bus=%u%s)",
-                read ? "SIOCGMIIREG" : "SIOCSMIIREG", argument->ifr_name, words.phyId, words.reg,
-                words.bus, value.c_str()));
+    RecordLine(Text("sys ioctl(%s, %.16s, phy=0x%X, reg=%u, bus=%u%s)",
+                    read ? "SIOCGMIIREG" : "SIOCSMIIREG", argument->ifr_name, words.phyId,
+                    words.reg, words.bus, value.c_str()));
     long result = 0;
     if (Platform().TakesFailure("ioctl", result))
         return static_cast<int>(result);
@@ -51,11 +51,12 @@ int PlayOther(unsigned long request, void* argument)
     if (request == kResetLane) {
         uint32_t client = 0;
         memcpy(&client, argument, sizeof(client));
-        Record(Text("sys ioctl(MODPHY_RESET_LANE, %u)", client));
+        RecordLine(Text("sys ioctl(MODPHY_RESET_LANE, %u)", client));
     } else if (request == kPrivate) {
-        Record(Text("sys ioctl(SIOCDEVPRIVATE, %.16s)", static_cast<ifreq*>(argument)->ifr_name));
+        RecordLine(
+            Text("sys ioctl(SIOCDEVPRIVATE, %.16s)", static_cast<ifreq*>(argument)->ifr_name));
     } else {
-        Record(Text("sys ioctl(0x%lX)", request));
+        RecordLine(Text("sys ioctl(0x%lX)", request));
     }
     long result = 0;
     if (Platform().TakesFailure("ioctl", result))
@@ -69,7 +70,7 @@ OB_INTERPOSE(int, socket, int family, int type, int protocol)
 {
     if (!OB_FROM_LIBRARY)
         return Real<int(int, int, int)>("socket")(family, type, protocol);
-    Record(Text("sys socket(%d, %d, %d)", family, type, protocol));
+    RecordLine(Text("sys socket(%d, %d, %d)", family, type, protocol));
     long result = 0;
     return Platform().TakesFailure("socket", result) ? static_cast<int>(result)
                                                      : PlayedDescriptor();
@@ -79,7 +80,7 @@ OB_INTERPOSE(int, bind, int fd, const sockaddr* address, socklen_t length)
 {
     if (!OB_FROM_LIBRARY)
         return Real<int(int, const sockaddr*, socklen_t)>("bind")(fd, address, length);
-    Record(Text("sys bind(%u)", length));
+    RecordLine(Text("sys bind(%u)", length));
     const auto* bytes = reinterpret_cast<const uint8_t*>(address);
     Platform().boundAddresses.emplace_back(bytes, bytes + length);
     long result = 0;
@@ -90,7 +91,7 @@ OB_INTERPOSE(ssize_t, send, int fd, const void* buffer, size_t size, int flags)
 {
     if (!OB_FROM_LIBRARY)
         return Real<ssize_t(int, const void*, size_t, int)>("send")(fd, buffer, size, flags);
-    Record(Text("sys send(%zu, %d)", size, flags));
+    RecordLine(Text("sys send(%zu, %d)", size, flags));
     long result = 0;
     if (Platform().TakesFailure("send", result))
         return result;
@@ -103,7 +104,7 @@ OB_INTERPOSE(ssize_t, recv, int fd, void* buffer, size_t size, int flags)
 {
     if (!OB_FROM_LIBRARY)
         return Real<ssize_t(int, void*, size_t, int)>("recv")(fd, buffer, size, flags);
-    Record(Text("sys recv(%zu, %s)", size, flags == MSG_TRUNC ? "MSG_TRUNC" : "?"));
+    RecordLine(Text("sys recv(%zu, %s)", size, flags == MSG_TRUNC ? "MSG_TRUNC" : "?"));
     long result = 0;
     if (Platform().TakesFailure("recv", result))
         return result;

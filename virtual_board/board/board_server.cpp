@@ -8,21 +8,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <system_error>
 #include <utility>
 
 #include "virtual_board/board/control.h"
 #include "virtual_board/board/descriptor_passing.h"
+#include "virtual_board/board/system_failure.h"
 
 namespace vboard {
 namespace {
 
 constexpr size_t kControlPacket = 32768;
-
-[[noreturn]] void Fail(const std::string& what, int error = errno)
-{
-    throw std::system_error(error, std::generic_category(), what);
-}
 
 UniqueFd MakeSocket(const std::string& path)
 {

@@ -7,14 +7,10 @@
 #include <span>
 #include <string_view>
 
+#include "virtual_board/board/exit_codes.h"
 #include "virtual_board/board/virtual_board.h"
 
 namespace vboard {
-
-inline constexpr int kExitFailed = 1;
-inline constexpr int kExitUsage = 2;
-inline constexpr int kExitNoSuchObject = 3;
-inline constexpr int kExitNotSupported = 5;
 
 struct ControlArgument {
     enum class Form {

@@ -14,7 +14,7 @@ namespace {
 constexpr int kPermissions = 0777;
 constexpr uint32_t kFileBits = 0x00FFFFFF;  // what a key takes from its file; the rest is a number
 
-int Outcome(int result)
+int ErrorOf(int result)
 {
     return result < 0 ? errno : 0;
 }
@@ -47,17 +47,17 @@ int PrivateNames::Open(uint32_t index, const wire::PrivateOpen& open, UniqueFd& 
 
 int PrivateNames::Stat(uint32_t index, struct statx& facts) const
 {
-    return Outcome(statx(AT_FDCWD, PathOf(index).c_str(), 0, STATX_BASIC_STATS, &facts));
+    return ErrorOf(statx(AT_FDCWD, PathOf(index).c_str(), 0, STATX_BASIC_STATS, &facts));
 }
 
 int PrivateNames::Unlink(uint32_t index) const
 {
-    return Outcome(unlink(PathOf(index).c_str()));
+    return ErrorOf(unlink(PathOf(index).c_str()));
 }
 
 int PrivateNames::ChangeMode(uint32_t index, mode_t mode) const
 {
-    return Outcome(chmod(PathOf(index).c_str(), mode));
+    return ErrorOf(chmod(PathOf(index).c_str(), mode));
 }
 
 bool PrivateNames::IsPrivate(key_t key) const

@@ -10,15 +10,11 @@
 #include <cerrno>
 #include <future>
 #include <string>
-#include <system_error>
+
+#include "virtual_board/board/system_failure.h"
 
 namespace vboard::cables {
 namespace {
-
-[[noreturn]] void Fail(const std::string& what)
-{
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 }  // namespace
 

@@ -15,8 +15,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <system_error>
 
+#include "virtual_board/board/system_failure.h"
 #include "virtual_board/description/interface_address.h"
 
 namespace vboard::cables {
@@ -28,11 +28,6 @@ struct Ipv6Request {
     uint32_t prefix;
     int interface;
 };
-
-[[noreturn]] void Fail(const std::string& what)
-{
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 ifreq RequestFor(const std::string& interface)
 {

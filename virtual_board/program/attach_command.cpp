@@ -10,6 +10,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "virtual_board/board/exit_codes.h"
 #include "virtual_board/program/command_process.h"
 #include "virtual_board/program/environment.h"
 #include "virtual_board/program/remote_board.h"
@@ -17,8 +18,6 @@
 
 namespace vboard {
 namespace {
-
-constexpr int kExitFailed = 1;
 
 wire::Hello Greet(RemoteBoard& board)
 {

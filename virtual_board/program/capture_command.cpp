@@ -6,10 +6,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
-#include <system_error>
 #include <vector>
 
 #include "virtual_board/board/control.h"
+#include "virtual_board/board/system_failure.h"
 #include "virtual_board/program/control_client.h"
 #include "virtual_board/program/pcapng.h"
 
@@ -23,11 +23,6 @@ struct CloseFile {
     void operator()(FILE* file) const { static_cast<void>(fclose(file)); }
 };
 using File = std::unique_ptr<FILE, CloseFile>;
-
-[[noreturn]] void Fail(const std::string& what)
-{
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 class Output {
 public:

@@ -9,12 +9,11 @@
 #include <cstring>
 #include <system_error>
 
+#include "virtual_board/board/exit_codes.h"
 #include "virtual_board/program/keeper.h"
 
 namespace vboard {
 namespace {
-
-constexpr int kExitFailed = 1;
 
 sigset_t BoardSignals()
 {

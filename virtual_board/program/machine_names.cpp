@@ -14,8 +14,8 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
+#include "virtual_board/board/system_failure.h"
 #include "virtual_board/board/wire.h"
 
 namespace vboard {
@@ -24,11 +24,6 @@ namespace {
 constexpr int kSemaphoreKeyId = 97;
 // Abstract: it needs no file and goes with its last holder.
 constexpr char kLockName[] = "\0orblink-vboard/machine-names";
-
-[[noreturn]] void Fail(const char* what)
-{
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 UniqueFd TakeLock()
 {

@@ -9,15 +9,12 @@
 #include <string>
 #include <system_error>
 
+#include "virtual_board/board/system_failure.h"
+
 namespace vboard {
 namespace {
 
 constexpr int kPrivate = CLONE_NEWNS | CLONE_NEWIPC;
-
-[[noreturn]] void Fail(const std::string& what)
-{
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 void WriteFile(const char* path, const std::string& text)
 {

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "virtual_board/board/board_server.h"
+#include "virtual_board/board/exit_codes.h"
 #include "virtual_board/board/virtual_board.h"
 #include "virtual_board/cables/lans.h"
 #include "virtual_board/cables/network_namespace.h"
@@ -20,9 +21,6 @@
 
 namespace vboard {
 namespace {
-
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 
 int RunOnBoard(const RunOptions& options, BoardDescription spec)
 {

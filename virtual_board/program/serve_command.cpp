@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "virtual_board/board/board_server.h"
+#include "virtual_board/board/exit_codes.h"
 #include "virtual_board/board/virtual_board.h"
 #include "virtual_board/cables/lans.h"
 #include "virtual_board/description/board_file.h"
@@ -17,9 +18,6 @@
 
 namespace vboard {
 namespace {
-
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 
 UniqueFd EndingSignals()
 {

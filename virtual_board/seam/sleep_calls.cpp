@@ -10,22 +10,22 @@ namespace {
 constexpr int64_t kNanoseconds = 1'000'000'000;
 constexpr double kLongest = 1e18;  // nanoseconds; some 30 years
 
-struct Time64 {
+struct Wait64 {
     int64_t seconds;
     int64_t nanoseconds;
 };
-struct Time32 {
+struct Wait32 {
     int32_t seconds;
     int32_t nanoseconds;
 };
 
-Time64 ReadTime(const Target& target, uint64_t address)
+Wait64 ReadTime(const Target& target, uint64_t address)
 {
     if (target.Is32Bit() && target.Call() != Call::kClockSleep64) {
-        const auto time = target.ReadAs<Time32>(address);
+        const auto time = target.ReadAs<Wait32>(address);
         return {time.seconds, time.nanoseconds};
     }
-    return target.ReadAs<Time64>(address);
+    return target.ReadAs<Wait64>(address);
 }
 
 bool IsScaledClock(int clock)
@@ -42,7 +42,7 @@ Verdict ScaledSleep(const Target& target, double scale)
     if (ofClock &&
         (!IsScaledClock(target.IntArgument(0)) || (target.IntArgument(1) & TIMER_ABSTIME) != 0))
         return Continue();
-    const Time64 time = ReadTime(target, target.Argument(ofClock ? 2 : 0));
+    const Wait64 time = ReadTime(target, target.Argument(ofClock ? 2 : 0));
     if (time.seconds < 0 || time.nanoseconds < 0 || time.nanoseconds >= kNanoseconds)
         return Fail(EINVAL);
     const double wanted = static_cast<double>(time.seconds) * static_cast<double>(kNanoseconds) +

@@ -15,7 +15,7 @@ struct Slot {
 
 uint32_t words[3];
 uint16_t halfWord;
-EthphyIeee8023Counters counters;
+EthphyIeee8023Counters anyCounters;
 
 const Slot kSlots[] = {
     {"GetLink",
@@ -25,7 +25,7 @@ const Slot kSlots[] = {
     {"ResetDisableKept", [](auto& hal, int dev) { return hal.ResetDisable(dev, 0); }},
     {"ResetEnable", [](auto& hal, int dev) { return hal.ResetEnable(dev); }},
     {"GetCaps", [](auto& hal, int dev) { return hal.GetCaps(dev, &words[0]); }},
-    {"GetCounters", [](auto& hal, int dev) { return hal.GetCounters(dev, &counters); }},
+    {"GetCounters", [](auto& hal, int dev) { return hal.GetCounters(dev, &anyCounters); }},
     {"ResetCounters", [](auto& hal, int dev) { return hal.ResetCounters(dev); }},
     {"ReadChipReg", [](auto& hal, int dev) { return hal.ReadChipReg(dev, 5, &halfWord); }},
     {"ReadChipRegMmd",

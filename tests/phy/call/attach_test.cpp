@@ -18,7 +18,7 @@ const Lines kMap = {"sys shm_init(3, 0, 0)", "sys shm_open(/ethphy_driver, O_RDW
 const Lines kLoad = {"phy3 _LoadHals:# DevIndex=0 HalImplLib=libphyk20.so HalIndex=0\n",
                      "sys dlopen(libphyk20.so, RTLD_NOW)"};
 
-int Count()
+int CountOfPhys()
 {
     uint8_t count = 0;
     return ETHPHY_GetNumOfPhys(&count) == 0 ? count : -1;
@@ -42,7 +42,7 @@ class PhyAttach : public PhyTest {};
 
 TEST_F(PhyAttach, WithoutAnInitialisedFamilyEveryCallFails)
 {
-    EXPECT_EQ(Count(), -1);
+    EXPECT_EQ(CountOfPhys(), -1);
     EXPECT_STEPS(kOpenSem[0], "phy1 [_InitGlobalSem] open() failed, errno=2",
                  "phy1 [_ApiProlog] _InitGlobalSem() failed");
     transcript.Clear();
@@ -62,7 +62,7 @@ TEST_F(PhyAttach, ARegionThatIsTooShortIsNotMapped)
 
 TEST_F(PhyAttach, AFreshProcessMapsLoadsAndNeverInitialises)
 {
-    FreshProcess other([] { return Count(); });
+    FreshProcess other([] { return CountOfPhys(); });
     Init();
     const ProcessReport report = other.Run();
     EXPECT_EQ(report.result, 1);
@@ -74,9 +74,9 @@ TEST_F(PhyAttach, AFreshProcessMapsLoadsAndNeverInitialises)
 TEST_F(PhyAttach, AFreshProcessAttachesOnce)
 {
     FreshProcess other([] {
-        Count();
+        CountOfPhys();
         Platform().transcript.Clear();
-        return Count();
+        return CountOfPhys();
     });
     Init();
     EXPECT_THAT(other.Run().transcript, testing::ElementsAre(kLock, kUnlock));
@@ -94,7 +94,7 @@ TEST_F(PhyAttach, AFreshProcessSeesTheSameState)
 
 TEST_F(PhyAttach, AFreshProcessOfABoardWithoutPhysLoadsNothing)
 {
-    FreshProcess other([] { return Count(); });
+    FreshProcess other([] { return CountOfPhys(); });
     Init(PhyBoard{});
     const ProcessReport report = other.Run();
     EXPECT_EQ(report.result, 0);
@@ -110,14 +110,14 @@ TEST_F(PhyAttach, ASecondInitOnceOfAnotherProcessFails)
     EXPECT_THAT(
         report.transcript,
         testing::Contains("phy1 [_CreateGlobalSem] semget() failed, cannot create sem, errno=17"));
-    EXPECT_EQ(Count(), 1);
+    EXPECT_EQ(CountOfPhys(), 1);
 }
 
 TEST_F(PhyAttach, AMissingLibraryFailsTheFirstCallOfAProcess)
 {
     FreshProcess other([] {
         Platform().Fail("dlopen", ENOENT);
-        return Count();
+        return CountOfPhys();
     });
     Init();
     const ProcessReport report = other.Run();
@@ -132,7 +132,7 @@ TEST_F(PhyAttach, AfterAMissingLibraryTheProcessKeepsItsMappingAndSlotsFail)
 {
     FreshProcess other([] {
         Platform().Fail("dlopen", ENOENT);
-        Count();
+        CountOfPhys();
         Platform().transcript.Clear();
         return ETHPHY_SetAdminState(0, 1);
     });
@@ -146,7 +146,7 @@ TEST_F(PhyAttach, AfterAMissingLibraryTheProcessKeepsItsMappingAndSlotsFail)
 
 TEST_F(PhyAttach, AHalIndexThatIsGarbageFailsTheFirstCallOfAProcess)
 {
-    FreshProcess other([] { return Count(); });
+    FreshProcess other([] { return CountOfPhys(); });
     Init();
     Record().halIdx = 2;
     const ProcessReport report = other.Run();
@@ -162,7 +162,7 @@ TEST_F(PhyAttach, ALibraryNameWithoutAnEndIsCutAt32Characters)
 {
     FreshProcess other([] {
         Platform().libraries[std::string(32, 'x')] = "phy-a";
-        return Count();
+        return CountOfPhys();
     });
     Init();
     memset(Record().board.halLibName, 'x', OB_HAL_NAME_SIZE);
@@ -174,7 +174,7 @@ TEST_F(PhyAttach, ALibraryNameWithoutAnEndIsCutAt32Characters)
 
 TEST_F(PhyAttach, ACountThatIsGarbageLoadsNothing)
 {
-    FreshProcess other([] { return Count(); });
+    FreshProcess other([] { return CountOfPhys(); });
     Init();
     PhyRegion().NumOfPhys = 200;
     const ProcessReport report = other.Run();
@@ -214,9 +214,9 @@ TEST_P(PhyProlog, FailureIsLoggedAndTheNextCallTriesAgain)
 {
     FreshProcess other([] {
         Platform().Fail(GetParam().call, GetParam().error);
-        const int first = Count();
+        const int first = CountOfPhys();
         Platform().transcript.Add("again");
-        return first == -1 ? Count() : 99;
+        return first == -1 ? CountOfPhys() : 99;
     });
     Init();
     const ProcessReport report = other.Run();

@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 namespace {
 
-const char* const kSocket = "sys socket(2, 2, 0)";
+const char* const kGmacSocket = "sys socket(2, 2, 0)";
 
 class PhyGmac : public PhyTest {
 protected:
@@ -38,7 +38,7 @@ TEST_F(PhyGmac, SendsTheRequestByteForByte)
 {
     Init();
     EXPECT_EQ(EPHAL_ReconfigureGmacPhy(0, 1, 2500, 1), 0);
-    EXPECT_STEPS(kSocket, "sys ioctl(SIOCDEVPRIVATE, nsgmii1)");
+    EXPECT_STEPS(kGmacSocket, "sys ioctl(SIOCDEVPRIVATE, nsgmii1)");
     const char name[IFNAMSIZ] = "nsgmii1";
     EXPECT_EQ(memcmp(outerName, name, sizeof(name)), 0);
     EXPECT_EQ(memcmp(bytes, name, sizeof(name)), 0);
@@ -97,7 +97,7 @@ TEST_F(PhyGmac, Failures)
     Init();
     platform.Fail("socket", EMFILE);
     EXPECT_EQ(EPHAL_ReconfigureGmacPhy(0, 1, 1, 1), -1);
-    EXPECT_STEPS(kSocket, "phy1 EPHAL_ReconfigureGmacPhy:# socket failed, errno=24");
+    EXPECT_STEPS(kGmacSocket, "phy1 EPHAL_ReconfigureGmacPhy:# socket failed, errno=24");
     for (int nth : {1, 2}) {
         transcript.Clear();
         platform.Fail("kova_strncpy_s", 0, nth, 1);
@@ -114,7 +114,7 @@ TEST_F(PhyGmac, AFailingRequestNamesItAndClosesTheSocket)
     Init();
     platform.Fail("ioctl", EIO);
     EXPECT_EQ(EPHAL_ReconfigureGmacPhy(0, 1, 1000, 2), -1);
-    EXPECT_STEPS(kSocket, "sys ioctl(SIOCDEVPRIVATE, nsgmii1)",
+    EXPECT_STEPS(kGmacSocket, "sys ioctl(SIOCDEVPRIVATE, nsgmii1)",
                  "phy1 EPHAL_ReconfigureGmacPhy:# ioctl to if=nsgmii1 failed, "
                  "errno=Input/output error cmd=55 speed=1000 Duplex=2 errno=5",
                  "sys close()");
@@ -123,7 +123,7 @@ TEST_F(PhyGmac, AFailingRequestNamesItAndClosesTheSocket)
                             "errno=%d"));
     transcript.Clear();
     EXPECT_EQ(EPHAL_ReconfigureGmacPhy(0, 1, 1000, 2), 0);
-    EXPECT_EQ(transcript.All().front(), kSocket);
+    EXPECT_EQ(transcript.All().front(), kGmacSocket);
 }
 
 TEST_F(PhyGmac, ANegativeAnswerOfTheDriverFailsTheCallAndKeepsTheSocket)

@@ -17,7 +17,7 @@ struct FailingStep {
     uint32_t state;
 };
 
-const char* const kAttribute =
+const char* const kFailingAttribute =
     "sys fopen(/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:01/sgmii1_reset, w)";
 
 // Fails one command of the chip and lets the other one pass.
@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:01/sgmii1_reset",
                      "log1 ORBLINK_ResetDisable:# OBOS_SetGpioValue failed, pin=19, val=1, "
                      "DevIdx=0"},
-                    kAttribute,
+                    kFailingAttribute,
                     0},
         FailingStep{"WriteOfThePinToZero",
                     [](ScriptedPlatform& platform) { platform.Fail("fwrite", EIO); },
@@ -83,7 +83,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:01/sgmii1_reset",
                      "log1 ORBLINK_ResetDisable:# OBOS_SetGpioValue failed, pin=19, val=1, "
                      "DevIdx=0"},
-                    kAttribute,
+                    kFailingAttribute,
                     0},
         FailingStep{"ResetSwitch",
                     [](ScriptedPlatform& platform) { platform.FailSlot("ResetSwitch"); },

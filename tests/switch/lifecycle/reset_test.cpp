@@ -8,7 +8,7 @@ using testing::ElementsAre;
 
 namespace {
 
-const std::string kAttribute = "/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:01/sgmii1_reset";
+const std::string kResetAttribute = "/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:01/sgmii1_reset";
 
 class ResetEnable : public SwitchTest {};
 
@@ -18,8 +18,8 @@ TEST_F(ResetEnable, HoldsTheSwitchInReset)
     Record(0).dvtPorts = 0x06;
     EXPECT_EQ(ORBLINK_ResetEnable(0), 0);
     EXPECT_TRANSCRIPT("log9 ORBLINK_ResetEnable:# --->", "log9 ORBLINK_ResetEnable:# DevIdx = 0",
-                      "sys semop(0, -1, UNDO)", "sys fopen(" + kAttribute + ", w)",
-                      "log9 OBOS_SetGpioValue:# Reset attribute " + kAttribute,
+                      "sys semop(0, -1, UNDO)", "sys fopen(" + kResetAttribute + ", w)",
+                      "log9 OBOS_SetGpioValue:# Reset attribute " + kResetAttribute,
                       "sys write(sgmii1_reset, \"0\")",
                       "log3 ORBLINK_ResetEnable:# OBOS_SetGpioValue done, DevIdx 0, pin=19, val=0",
                       "sys semop(0, +1, UNDO)", "log9 ORBLINK_ResetEnable:# <---");

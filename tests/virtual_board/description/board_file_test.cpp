@@ -154,7 +154,7 @@ TEST(BoardFile, AFileThatCannotBeReadIsNamed)
                 ElementsAre("/no/such/board.toml: cannot be read"));
 }
 
-constexpr char kSwitch[] = "[[switch]]\nhal = \"x\"\nserdes = 0\n";
+constexpr char kSwitchTable[] = "[[switch]]\nhal = \"x\"\nserdes = 0\n";
 constexpr char kPhy[] = "[[phy]]\nhal = \"x\"\nserdes = 0\n";
 
 class BoardFileMistake : public testing::TestWithParam<std::pair<std::string, std::string>> {};
@@ -183,26 +183,28 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair{"[[switch]]\nhal = \"\"\nserdes = 0", "2:7: hal: expected a string of 1 to 31"},
         std::pair{"[[switch]]\nhal = \"12345678901234567890123456789012\"\nserdes = 0",
                   "2:7: hal: expected a string of 1 to 31"},
-        std::pair{std::string(kSwitch) + "chip = \"ieee8023\"",
+        std::pair{std::string(kSwitchTable) + "chip = \"ieee8023\"",
                   "4:8: chip: expected one of \"vswitch\", \"none\""},
-        std::pair{std::string(kSwitch) + "reset_pin = 4294967295",
+        std::pair{std::string(kSwitchTable) + "reset_pin = 4294967295",
                   "4:13: reset_pin: expected an integer from 0 to 4294967294 or \"none\""},
-        std::pair{std::string(kSwitch) + "mdio_address = 32",
+        std::pair{std::string(kSwitchTable) + "mdio_address = 32",
                   "4:16: mdio_address: expected an integer from 0 to 31 or \"none\""},
-        std::pair{std::string(kSwitch) + "mdio_bus = 2\nmdio_address = 1",
+        std::pair{std::string(kSwitchTable) + "mdio_bus = 2\nmdio_address = 1",
                   "4:12: mdio_bus: expected a bus below mdio_buses = 2"},
-        std::pair{std::string(kSwitch) + "internal_mode = \"XAUI\"",
+        std::pair{std::string(kSwitchTable) + "internal_mode = \"XAUI\"",
                   "4:17: internal_mode: expected one of \"UNKNOWN\", \"MII\""},
-        std::pair{std::string(kSwitch) + "internal_speed = 1000", "4:18: internal_speed: expected"},
-        std::pair{std::string(kSwitch) + "internal_port = 8",
+        std::pair{std::string(kSwitchTable) + "internal_speed = 1000",
+                  "4:18: internal_speed: expected"},
+        std::pair{std::string(kSwitchTable) + "internal_port = 8",
                   "4:17: internal_port: expected an integer from 0 to 7"},
-        std::pair{std::string(kSwitch) + "links_up = [1, 8]",
+        std::pair{std::string(kSwitchTable) + "links_up = [1, 8]",
                   "4:16: links_up: expected an integer"},
-        std::pair{std::string(kSwitch) + "links_up = 1", "4:12: links_up: expected an array"},
-        std::pair{std::string(kSwitch) + "port_mode = \"SGMII\"", "4:1: unknown key 'port_mode'"},
-        std::pair{std::string(kSwitch) + kSwitch + kSwitch,
+        std::pair{std::string(kSwitchTable) + "links_up = 1", "4:12: links_up: expected an array"},
+        std::pair{std::string(kSwitchTable) + "port_mode = \"SGMII\"",
+                  "4:1: unknown key 'port_mode'"},
+        std::pair{std::string(kSwitchTable) + kSwitchTable + kSwitchTable,
                   "7:1: [[switch]]: expected at most 2 of these"},
-        std::pair{std::string(kSwitch) + "mdio_bus = 0\nmdio_address = 1\n" + kPhy +
+        std::pair{std::string(kSwitchTable) + "mdio_bus = 0\nmdio_address = 1\n" + kPhy +
                       "mdio_bus = 0\nmdio_address = 1",
                   "10:16: mdio_address: expected an address that no other device has"},
         std::pair{std::string(kPhy) + "partner = 5", "4:11: partner: expected a table"},

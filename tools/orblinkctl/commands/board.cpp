@@ -231,7 +231,7 @@ Model ShowBuiltIn(Call&)
     return model;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kBoardCommands[] = {
     {"", "--svg", "the board drawn, with every link",
      "ORBLINK_GetSwitchDevices ORBLINK_GetPortLink ETHPHY_GetPhyData ETHPHY_GetLink", nullptr,
      PrintOverview, Overview},
@@ -258,7 +258,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> BoardCommands()
 {
-    return kCommands;
+    return kBoardCommands;
 }
 
 }  // namespace ctl

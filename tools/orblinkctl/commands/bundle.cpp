@@ -262,7 +262,7 @@ ExitCode Collect(Call& call)
     return kDone;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kBundleCommands[] = {
     {"bundle FILE", "--anonymise",
      "versions, board data, regions, registers, counters and the library's log as .tar.gz",
      "ORBLINK_GetSwitchDevices ORBLINK_GetPortCounters ORBLINK_ForEachMacEntry ORBLINK_SmiRead "
@@ -274,7 +274,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> BundleCommands()
 {
-    return kCommands;
+    return kBundleCommands;
 }
 
 }  // namespace ctl

@@ -339,7 +339,7 @@ void PrintVerified(const Model& model, std::string& out)
     PrintModel(differences, out);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kConfigCommands[] = {
     {"config save [FILE]", "--startup", "the stored configuration as TOML",
      "ORBLINK_GetSwitchDevices ETHPHY_GetPhyData", nullptr, PrintConfig, Save},
     {"config diff [FILE]", "--startup", "what differs from a file, or from the defaults",
@@ -360,7 +360,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> ConfigCommands()
 {
-    return kCommands;
+    return kConfigCommands;
 }
 
 }  // namespace ctl

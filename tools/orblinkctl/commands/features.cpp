@@ -150,7 +150,7 @@ Model SetFlowControl(Call& call)
     return Change(target.object, "flow control", value, true);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kFeaturesCommands[] = {
     {"igmp [SWITCH]", "", "IGMP/MLD snooping", "ORBLINK_GetSwitchDevices", ShowIgmp, PrintModel},
     {"igmp SWITCH ON-OFF", "", "switch IGMP/MLD snooping",
      "ORBLINK_EnableIgmpSnooping ORBLINK_DisableIgmpSnooping", SetIgmp, PrintChanges},
@@ -180,7 +180,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> FeatureCommands()
 {
-    return kCommands;
+    return kFeaturesCommands;
 }
 
 }  // namespace ctl

@@ -92,7 +92,7 @@ ExitCode Follow(Call& call)
     return kDone;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kLogCommands[] = {
     {"log", "", "the levels of the library's log", "", ListLevels, PrintModel},
     {"log level", "", "the levels of the library's log", "", ListLevels, PrintModel},
     {"log follow [FILE]", "", "the library's lines in the system log, from now on", "", nullptr,
@@ -103,7 +103,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> LogCommands()
 {
-    return kCommands;
+    return kLogCommands;
 }
 
 }  // namespace ctl

@@ -82,7 +82,7 @@ Model ShowTable(Call& call)
     return model;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kMacCommands[] = {
     {"mac [SWITCH]", "--vlan --port --prefix --count", "the MAC table of the enabled switches",
      "ORBLINK_ForEachMacEntry", ListMacs, PrintModel},
     {"mac SWITCH table", "",
@@ -94,7 +94,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> MacCommands()
 {
-    return kCommands;
+    return kMacCommands;
 }
 
 }  // namespace ctl

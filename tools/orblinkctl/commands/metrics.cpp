@@ -223,7 +223,7 @@ ExitCode RunMetrics(Call& call)
     return call.exitCode;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kMetricsCommands[] = {
     {"metrics", "--textfile", "measured values in the text format of Prometheus",
      "ORBLINK_GetPortLink ORBLINK_GetPortCounters ETHPHY_GetLink", nullptr, PrintMetrics,
      RunMetrics},
@@ -233,7 +233,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> MetricsCommands()
 {
-    return kCommands;
+    return kMetricsCommands;
 }
 
 }  // namespace ctl

@@ -50,7 +50,7 @@ Model ShowPhy(Call& call)
     return Listed(WithoutBoard(std::move(phy)));
 }
 
-Model ShowLink(Call& call)
+Model ShowPhyLink(Call& call)
 {
     const PhyTarget target(call);
     uint32_t link = 0;
@@ -99,11 +99,11 @@ Model SetAdmin(const PhyTarget& target, bool enable)
     return Done(target, "admin", enable, !held);
 }
 
-Model Enable(Call& call)
+Model EnablePhy(Call& call)
 {
     return SetAdmin(PhyTarget(call), true);
 }
-Model Disable(Call& call)
+Model DisablePhy(Call& call)
 {
     return SetAdmin(PhyTarget(call), false);
 }
@@ -140,7 +140,7 @@ Model ShowConfig(Call& call)
     return Listed(std::move(phy));
 }
 
-Model ShowBoard(Call& call)
+Model ShowPhyBoard(Call& call)
 {
     const PhyTarget target(call);
     PhyBoardEntry entry;
@@ -151,7 +151,7 @@ Model ShowBoard(Call& call)
     return Listed(std::move(phy));
 }
 
-Model ShowCounters(Call& call)
+Model ShowPhyCounters(Call& call)
 {
     const PhyTarget target(call);
     Model phy;
@@ -160,7 +160,7 @@ Model ShowCounters(Call& call)
     return Listed(std::move(phy));
 }
 
-Model ResetCounters(Call& call)
+Model ResetPhyCounters(Call& call)
 {
     const PhyTarget target(call);
     Check(ETHPHY_ResetCounters(target.device), target.object, "ETHPHY_ResetCounters");
@@ -178,7 +178,7 @@ void RequireEee(const PhyTarget& target)
         throw Failure{kUnsupported, target.object + " does not support 802.3az"};
 }
 
-Model SetEee(Call& call)
+Model SetPhyEee(Call& call)
 {
     const PhyTarget target(call);
     const bool on = call.Word("ON-OFF") == "on";
@@ -194,14 +194,14 @@ Model Poll(Call& call)
     return Done(target, "poll", "done");
 }
 
-Model ResetLane(Call& call)
+Model ResetPhyLane(Call& call)
 {
     const PhyTarget target(call);
     Check(ETHPHY_ResetSgmii(target.device), target.object, "ETHPHY_ResetSgmii");
     return Done(target, "lane", "reset");
 }
 
-Model SetSpeed(Call& call)
+Model SetPhySpeed(Call& call)
 {
     const PhyTarget target(call);
     // 10, 100, 1000, 2500 are the codes 1 to 4 of this operation.
@@ -214,7 +214,7 @@ Model SetSpeed(Call& call)
     return model;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kPhyCommands[] = {
     {"phy", "", "every PHY with its link", "ETHPHY_GetNumOfPhys ETHPHY_GetPhyData ETHPHY_GetLink",
      ListPhys, PrintModel},
     {"phy PHY", "", "one PHY with its link", "ETHPHY_GetPhyData ETHPHY_GetLink", ShowPhy,
@@ -224,23 +224,23 @@ constexpr Command kCommands[] = {
     {"phy PHY down", "", "put a PHY into reset", "ETHPHY_ResetEnable", Down, PrintChanges},
     {"phy PHY reset", "--defaults", "down, then up", "ETHPHY_ResetEnable ETHPHY_ResetDisable",
      Reset, PrintChanges},
-    {"phy PHY enable", "", "enable a PHY", "ETHPHY_SetAdminState", Enable, PrintChanges},
-    {"phy PHY disable", "", "disable a PHY", "ETHPHY_SetAdminState", Disable, PrintChanges},
-    {"phy PHY link", "", "the link of a PHY", "ETHPHY_GetLink", ShowLink, PrintModel},
+    {"phy PHY enable", "", "enable a PHY", "ETHPHY_SetAdminState", EnablePhy, PrintChanges},
+    {"phy PHY disable", "", "disable a PHY", "ETHPHY_SetAdminState", DisablePhy, PrintChanges},
+    {"phy PHY link", "", "the link of a PHY", "ETHPHY_GetLink", ShowPhyLink, PrintModel},
     {"phy PHY speed PHY-SPEED [DUPLEX]", "", "advertise one speed and negotiate again",
-     "ETHPHY_PhyZ88_SetSpeedDuplexMode", SetSpeed, PrintChanges},
-    {"phy PHY eee ON-OFF", "", "switch Energy-Efficient Ethernet", "ETHPHY_SetEeeState", SetEee,
+     "ETHPHY_PhyZ88_SetSpeedDuplexMode", SetPhySpeed, PrintChanges},
+    {"phy PHY eee ON-OFF", "", "switch Energy-Efficient Ethernet", "ETHPHY_SetEeeState", SetPhyEee,
      PrintChanges},
     {"phy PHY caps", "", "the capabilities word of the HAL", "ETHPHY_GetCaps", ShowCaps,
      PrintModel},
     {"phy PHY config", "", "the provisioned configuration", "ETHPHY_GetProvisionedConfig",
      ShowConfig, PrintModel},
-    {"phy PHY board", "", "the wiring", "ETHPHY_GetBsdConfig", ShowBoard, PrintModel},
-    {"phy PHY counters", "", "the counters", "ETHPHY_GetCounters", ShowCounters, PrintCounters},
-    {"phy PHY counters reset", "", "set the counters to 0", "ETHPHY_ResetCounters", ResetCounters,
-     PrintChanges},
+    {"phy PHY board", "", "the wiring", "ETHPHY_GetBsdConfig", ShowPhyBoard, PrintModel},
+    {"phy PHY counters", "", "the counters", "ETHPHY_GetCounters", ShowPhyCounters, PrintCounters},
+    {"phy PHY counters reset", "", "set the counters to 0", "ETHPHY_ResetCounters",
+     ResetPhyCounters, PrintChanges},
     {"phy PHY poll", "", "let the HAL do its periodic work", "ETHPHY_Poll", Poll, PrintChanges},
-    {"phy PHY lane-reset", "", "reset the SoC lane of a PHY", "ETHPHY_ResetSgmii", ResetLane,
+    {"phy PHY lane-reset", "", "reset the SoC lane of a PHY", "ETHPHY_ResetSgmii", ResetPhyLane,
      PrintChanges},
 };
 
@@ -248,7 +248,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> PhyCommands()
 {
-    return kCommands;
+    return kPhyCommands;
 }
 
 }  // namespace ctl

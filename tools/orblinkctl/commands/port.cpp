@@ -259,7 +259,7 @@ Model ResetCounters(Call& call)
     return Done(target, "counters", 0);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kPortCommands[] = {
     {"port", "", "every port with its settings and its link", "ORBLINK_GetPortLink", ListPorts,
      PrintModel},
     {"port PORT", "", "one port with its settings and its link", "ORBLINK_GetPortLink", ShowPort,
@@ -307,7 +307,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> PortCommands()
 {
-    return kCommands;
+    return kPortCommands;
 }
 
 }  // namespace ctl

@@ -91,7 +91,7 @@ ExitCode Batch(Call& call)
                     keepGoing);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kProgramCommands[] = {
     {"batch [FILE]", "--keep-going",
      "one command on each line of a file or of standard input; # begins a comment", "", nullptr,
      nullptr, Batch},
@@ -105,7 +105,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> ProgramCommands()
 {
-    return kCommands;
+    return kProgramCommands;
 }
 
 }  // namespace ctl

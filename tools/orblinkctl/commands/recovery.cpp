@@ -137,7 +137,7 @@ void PrintRecovery(const Model& model, std::string& out)
     }
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kRecoveryCommands[] = {
     {"recover", "--apply --force --switch --phy",
      "who holds the locks; with --apply give back what an ended process left", "", Recover,
      PrintRecovery},
@@ -173,7 +173,7 @@ void RequireOwnRegion(Family family)
 
 std::span<const Command> RecoveryCommands()
 {
-    return kCommands;
+    return kRecoveryCommands;
 }
 
 }  // namespace ctl

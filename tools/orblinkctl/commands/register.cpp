@@ -217,7 +217,7 @@ Model Ioctl(Call& call)
                   size == 0 ? Model() : Model(BytesWord(parameter.data(), size)), true);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kRegisterCommands[] = {
     {"reg", "", "the switches and ports whose registers can be named", "ORBLINK_GetSwitchDevices",
      PortRegisterTargets, PrintModel},
     {"reg SWITCH PORT-NUMBER REGISTERS", "", "read registers of a switch port",
@@ -261,7 +261,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> RegisterCommands()
 {
-    return kCommands;
+    return kRegisterCommands;
 }
 
 }  // namespace ctl

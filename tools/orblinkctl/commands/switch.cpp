@@ -192,7 +192,7 @@ void PrintLines(const Model& model, std::string& out)
         Line(out, {Text(line)});
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kSwitchCommands[] = {
     {"up SWITCH", "--defaults --restore --vendor-params",
      "take a switch out of reset and apply its configuration", "ORBLINK_ResetDisable", Up,
      PrintChanges},
@@ -226,7 +226,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> SwitchCommands()
 {
-    return kCommands;
+    return kSwitchCommands;
 }
 
 }  // namespace ctl

@@ -208,7 +208,7 @@ Model RemoveMacVlan(Call& call)
     return MapMac(call, 0, false);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kVlanCommands[] = {
     {"vlan [SWITCH]", "", "VLAN, priority, tagging and group of every LAN port",
      "ORBLINK_GetSwitchDevices", ListVlans, PrintModel},
     {"port PORT vlan", "", "VLAN, priority, tagging and group of a port",
@@ -245,7 +245,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> VlanCommands()
 {
-    return kCommands;
+    return kVlanCommands;
 }
 
 }  // namespace ctl

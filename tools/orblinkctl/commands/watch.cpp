@@ -219,7 +219,7 @@ ExitCode Top(Call& call)
     return kDone;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kWatchCommands[] = {
     {"monitor", "--interval --rounds", "the present state, then one line for each change",
      "ORBLINK_GetSwitchDevices ORBLINK_GetPortLink ORBLINK_ForEachMacEntry ETHPHY_GetLink", nullptr,
      nullptr, Monitor},
@@ -231,7 +231,7 @@ constexpr Command kCommands[] = {
 
 std::span<const Command> WatchCommands()
 {
-    return kCommands;
+    return kWatchCommands;
 }
 
 }  // namespace ctl

@@ -26,14 +26,14 @@ int Lock(int semaphore, double seconds)
 
 HeldLock::HeldLock(Family family, int semaphore, double seconds) : semaphore_(semaphore)
 {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::duration<double>(seconds);
+    using Steady = std::chrono::steady_clock;
+    const auto end = Steady::now() + std::chrono::duration<double>(seconds);
     while (Lock(semaphore, seconds) != 0) {
         if (errno != EINTR)
             throw Failure{errno == EAGAIN ? kBusy : kFailed,
                           std::string("the lock of the ") + NamesOf(family).name +
                               " family: " + std::strerror(errno)};
-        seconds = std::max(0.0, std::chrono::duration<double>(end - Clock::now()).count());
+        seconds = std::max(0.0, std::chrono::duration<double>(end - Steady::now()).count());
     }
 }
 

@@ -82,10 +82,10 @@ int Attach(Family family)
 
 void WaitUntilFree(int semaphore, Family family)
 {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::duration<double>(busyWait);
+    using Steady = std::chrono::steady_clock;
+    const auto end = Steady::now() + std::chrono::duration<double>(busyWait);
     while (semctl(semaphore, 0, GETVAL) == 0) {
-        if (Clock::now() >= end)
+        if (Steady::now() >= end)
             RefuseBusy(family);
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }

@@ -18,6 +18,11 @@ Model Change(std::string_view object, std::string_view setting, Model value, boo
     return model;
 }
 
+Model Optional(uint32_t value, uint32_t none)
+{
+    return value == none ? Model() : Model(value);
+}
+
 std::string Text(const Model& value)
 {
     if (value.is_null())

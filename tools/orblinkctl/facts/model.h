@@ -19,6 +19,9 @@ inline constexpr int kSchema = 1;
 // stored configuration.
 Model Change(std::string_view object, std::string_view setting, Model value, bool applied);
 
+// A value that is null where the field says that there is none.
+Model Optional(uint32_t value, uint32_t none);
+
 std::string Text(const Model& value);
 std::string OnOff(const Model& value);
 std::string YesNo(const Model& value);

@@ -12,11 +12,6 @@ namespace ctl {
 
 namespace {
 
-Model Optional(uint32_t value, uint32_t none)
-{
-    return value == none ? Model() : Model(value);
-}
-
 }  // namespace
 
 std::string PhyStateWord(uint32_t hwState)

@@ -13,11 +13,6 @@ namespace ctl {
 
 namespace {
 
-Model Optional(uint32_t value, uint32_t none)
-{
-    return value == none ? Model() : Model(value);
-}
-
 Model OptionalText(const std::string& text)
 {
     return text.empty() ? Model() : Model(text);

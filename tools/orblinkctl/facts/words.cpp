@@ -1,5 +1,6 @@
 #include "tools/orblinkctl/facts/words.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <iterator>
@@ -159,6 +160,12 @@ std::string BytesWord(const uint8_t* data, size_t size)
         text += kDigits[data[i] & 15];
     }
     return text;
+}
+
+void AddOnce(std::vector<std::string>& list, const std::string& entry)
+{
+    if (std::find(list.begin(), list.end(), entry) == list.end())
+        list.push_back(entry);
 }
 
 std::vector<std::string> SplitWords(std::string_view text)

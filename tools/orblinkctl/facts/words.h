@@ -49,6 +49,7 @@ std::string Hex(uint64_t value, int digits);
 std::string MacWord(const uint8_t* address);
 std::string PortWord(unsigned device, unsigned port);
 std::string BytesWord(const uint8_t* data, size_t size);
+void AddOnce(std::vector<std::string>& list, const std::string& entry);
 std::vector<std::string> SplitWords(std::string_view text);
 
 }  // namespace ctl

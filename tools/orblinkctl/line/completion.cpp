@@ -52,12 +52,6 @@ std::vector<std::string> PlainWords(const std::vector<std::string>& words)
     return plain;
 }
 
-void AddOnce(std::vector<std::string>& list, const std::string& entry)
-{
-    if (std::find(list.begin(), list.end(), entry) == list.end())
-        list.push_back(entry);
-}
-
 std::vector<std::string> NextWords(const std::vector<std::string>& plain)
 {
     std::vector<std::string> next;

@@ -65,12 +65,6 @@ std::string Joined(const std::vector<std::string>& words, size_t count)
     return text;
 }
 
-void AddOnce(std::vector<std::string>& list, const std::string& entry)
-{
-    if (std::find(list.begin(), list.end(), entry) == list.end())
-        list.push_back(entry);
-}
-
 std::string Listed(const std::vector<std::string>& list)
 {
     std::string text;

@@ -1,6 +1,7 @@
 #include "tools/orblinkctl/line/help.h"
 
-#include <algorithm>
+#include <string>
+#include <string_view>
 
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/words.h"
@@ -14,10 +15,12 @@ namespace {
 
 constexpr char kUsageLine[] = "Usage: orblinkctl [OPTION]... [COMMAND [WORD]...]\n";
 
-std::string Padded(std::string text, size_t width)
+std::string Padded(std::string_view text, size_t width)
 {
-    text.resize(std::max(width, text.size()), ' ');
-    return text;
+    std::string cell(text);
+    if (cell.size() < width)
+        cell.append(width - cell.size(), ' ');
+    return cell;
 }
 
 std::string OptionHead(const OptionDefinition& option)

@@ -6,6 +6,11 @@
 
 #include "virtual_board/chips/vs08/chip.h"
 
+constexpr uint16_t PortReg(unsigned port, uint16_t offset)
+{
+    return static_cast<uint16_t>(0x1000 + 0x100 * port + offset);
+}
+
 class ChipBench {
 public:
     explicit ChipBench(unsigned internalPort = 0) : chip(internalPort) { Wait(kBoot); }

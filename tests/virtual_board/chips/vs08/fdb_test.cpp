@@ -9,11 +9,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr uint16_t PortReg(unsigned port, uint16_t offset)
-{
-    return static_cast<uint16_t>(0x1000 + 0x100 * port + offset);
-}
-
 constexpr uint16_t kGetNext = 1;
 constexpr uint16_t kAddStatic = 2;
 constexpr uint16_t kDelete = 3;

@@ -5,11 +5,6 @@
 
 namespace {
 
-constexpr uint16_t PortReg(unsigned port, uint16_t offset)
-{
-    return static_cast<uint16_t>(0x1000 + 0x100 * port + offset);
-}
-
 constexpr uint16_t LinkStatus(unsigned speed, bool full)
 {
     return static_cast<uint16_t>(1 | (full ? 2 : 0) | speed << 2);
