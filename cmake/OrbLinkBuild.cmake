@@ -57,12 +57,14 @@ endif()
 
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a
-# program or a preloaded library that defines the same name takes them over.
+# program or a preloaded library that defines the same name takes them over. Small: what it is made of
+# is mapped into each process that calls. No unwind tables: an exception cannot pass through it with a
+# lock held, but ends the program; debuggers read .debug_frame. No start-up files: nothing to start.
 function(orblink_plain_library target map)
     target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
     target_link_libraries(${target} PRIVATE orblink_warnings)
     target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden
-        -fsemantic-interposition
+        -fsemantic-interposition $<$<CONFIG:Release>:-Os>
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
@@ -77,7 +79,12 @@ function(orblink_plain_library target map)
     if(ORBLINK_SANITIZE)
         target_compile_options(${target} PRIVATE -fno-sanitize=vptr)
     elseif(NOT ORBLINK_COVERAGE AND NOT ORBLINK_RACES)
-        target_link_options(${target} PRIVATE -nodefaultlibs LINKER:-z,defs)
+        target_compile_options(${target} PRIVATE
+            -fno-asynchronous-unwind-tables -fno-unwind-tables)
+        target_link_options(${target} PRIVATE -nostartfiles -nodefaultlibs LINKER:-z,defs)
         target_link_libraries(${target} PRIVATE c gcc)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+            set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
+        endif()
     endif()
 endfunction()

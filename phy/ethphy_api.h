@@ -6,8 +6,8 @@
  *  - "taken" (lock): the call holds the PHY semaphore from its prolog to its end and releases it on
  *    every path; a thread is not cancelled there. The semaphore has no undo: a process that dies
  *    inside a call leaves it held until reboot. Such a call must not be made from a HAL slot or
- *    from a signal handler: it would wait for itself. Slots must not throw or longjmp: the
- *    semaphore would stay taken.
+ *    from a signal handler: it would wait for itself. Slots must not throw: that ends the program
+ *    (std::terminate) with the semaphore held. Nor may they longjmp: it would stay held as well.
  *  - The first call of a process attaches it: opens the semaphore, maps the region, loads the HAL
  *    libraries. Before ETHPHY_InitOnce has run on the machine every call that takes the lock fails.
  *    A call that finds the semaphore removed fails, and the next one attaches anew.

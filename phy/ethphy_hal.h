@@ -4,9 +4,9 @@
  * liborblink loads it with dlopen and calls the slots.
  *
  * Each slot returns 0 for success and anything else for failure; the caller logs and fails. Slots
- * run with the PHY semaphore held: they must not call the ETHPHY_ functions, throw or longjmp. Init
- * runs once per boot, in one process only; state that other processes need belongs into the private
- * data it is given.
+ * run with the PHY semaphore held: they must not call the ETHPHY_ functions, longjmp or throw, which
+ * ends the program. Init runs once per boot, in one process only; state that other processes need
+ * belongs into the private data it is given.
  *
  * DevIdx is the PHY's index; every index and value is passed as an int-sized argument. Pointers are
  * the caller's and must not be kept.

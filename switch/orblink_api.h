@@ -9,8 +9,8 @@
  *  - "taken" (lock): the call holds the switch semaphore from its prolog to its end and releases it
  *    on every path; a process that dies inside a call gives it back, and a thread is not cancelled
  *    there. Such a call must not be made from a HAL slot, from the callback of the MAC walk or from
- *    a signal handler: it would wait for itself. Slots and callbacks must not throw or longjmp: the
- *    semaphore would stay taken.
+ *    a signal handler: it would wait for itself. Slots and callbacks must not throw: that ends the
+ *    program (std::terminate). Nor may they longjmp: the semaphore would stay taken.
  *  - The first call of a process attaches it: opens the semaphore, maps the region, loads the HAL
  *    libraries. Before ORBLINK_InitOnce has run on the machine every call that takes the lock
  *    fails. A call that finds the semaphore removed fails, and the next one attaches anew.

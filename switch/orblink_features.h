@@ -15,12 +15,12 @@ extern "C" {
 #endif
 
 /* Called once per MAC table entry, with the switch semaphore held; non-zero = go on. Must not call
- * an ORBLINK_ function, throw or longjmp. */
+ * an ORBLINK_ function, longjmp or throw, which ends the program. */
 typedef uint32_t (*MacEntryCallback)(struct MacEntry* Entry);
 
 /**
  * Walks the MAC table: calls Callback once per entry. The callback must not call an ORBLINK_
- * function, throw or longjmp.
+ * function, longjmp or throw, which ends the program.
  *
  * \param[in] DevIdx    switch, 0 or 1, below the number of switches
  * \param[in] Callback  goes to the HAL as it is

@@ -3,10 +3,10 @@
  * OBHAL_HalFuncs, of this type; liborblink loads it with dlopen and calls the slots.
  *
  * Each slot returns 0 for success and anything else for failure; the caller logs and returns -1.
- * Slots run with the switch semaphore held: they must not call the ORBLINK_ functions, throw or
- * longjmp; what they may call stands in switch_hal_services/orblink_hal_services.h. Init runs once
- * per boot, in one process only; state that other processes need belongs into the private data it
- * is given.
+ * Slots run with the switch semaphore held: they must not call the ORBLINK_ functions, longjmp or
+ * throw, which ends the program; what they may call stands in
+ * switch_hal_services/orblink_hal_services.h. Init runs once per boot, in one process only; state
+ * that other processes need belongs into the private data it is given.
  *
  * DevIdx is the switch's index, port indices are the library's port numbers 0 to 7; every index and
  * value is passed as an int-sized argument. Pointers are the caller's and must not be kept.
