@@ -2,8 +2,8 @@
 # test.sh [--full] [--build-dir DIR] [PRESET...]
 # Installs what is missing, builds for both ABIs with gcc and clang, runs every test, runs a part of
 # them as a plain container would, checks the form of the sources, prints the library's coverage.
-#   --full           also the long checks: analysis of the whole tree, robustness, all tests as in
-#                    a plain container
+#   --full           also the long checks: analysis of the whole tree, branch coverage, robustness,
+#                    all tests as in a plain container
 #   --build-dir DIR  where to build instead of build/
 #   PRESET...        only these builds and their tests
 set -euo pipefail
@@ -14,6 +14,7 @@ cd "$(dirname "$0")"
 presets=(release release-i386 asan asan-i386 clang-i386-library)
 coverage_from=asan-i386
 minimum_line_coverage=95
+minimum_branch_coverage=95
 full=no
 builds=$PWD/build
 
@@ -69,6 +70,15 @@ run_tests()
     skipped=$((skipped + $(grep -c '\*\*\*Skipped' "$log" || true)))
 }
 
+library_coverage()
+{
+    local build=$1
+    shift
+    gcovr --root . --exclude-throw-branches --exclude-unreachable-branches \
+        --filter '(common|platform|hwmbox|board|switch|switch_hal_services|phy)/' \
+        "$@" --txt "$build-coverage.txt" --print-summary "$build"
+}
+
 stage "packages"
 logged "$builds/packages.log" scripts/install-packages.sh
 
@@ -91,10 +101,7 @@ done
 
 if [ -d "$builds/$coverage_from" ]; then
     stage "coverage of the library"
-    gcovr --root . --exclude-throw-branches --exclude-unreachable-branches \
-        --filter '(common|platform|hwmbox|board|switch|switch_hal_services|phy)/' \
-        --fail-under-line "$minimum_line_coverage" --txt "$builds/coverage.txt" --print-summary \
-        "$builds/$coverage_from"
+    library_coverage "$builds/$coverage_from" --fail-under-line "$minimum_line_coverage"
 fi
 
 if [ $only_presets -eq 0 ]; then
@@ -106,6 +113,11 @@ fi
 if [ $full = yes ]; then
     stage "analysis of the whole tree"
     logged "$builds/analysis.log" scripts/analyse.sh "$builds/analysis" --whole
+    # Without sanitizers: their checks are branches that no test is to take.
+    stage "branch coverage of the library"
+    scripts/build.sh coverage "$builds/coverage" "$builds/coverage.log"
+    run_tests "$builds/coverage-tests.log" "$builds/coverage"
+    library_coverage "$builds/coverage" --fail-under-branch "$minimum_branch_coverage"
     stage "robustness"
     tests/robustness/run.sh --minutes 10
 fi
