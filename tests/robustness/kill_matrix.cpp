@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "tests/robustness/child.h"
+#include "tests/robustness/recovery.h"
 #include "tests/robustness/scripted_board.h"
 
 namespace obtest {
@@ -69,6 +70,7 @@ public:
         casualty.died = DiesAt(static_cast<int>(at), before_, [this] { call_.run(); });
         casualty.lock = LockValue(call_.family);
         casualty.record = Changed();
+        casualty.recovered = casualty.lock == 0 && CanRecover() && Recovered();
         FreeLock(call_.family);
         casualty.mend = Mended(at);
         return casualty;
@@ -82,6 +84,13 @@ private:
         else
             memcpy(&PhyRegion(), old_.data(), old_.size());
         FreeLock(call_.family);
+    }
+
+    bool Recovered() const
+    {
+        const std::string before = RegionBytes(call_.family);
+        return Recover(call_.family, Certainty::kRequired) == 0 && LockValue(call_.family) == 1 &&
+               RegionBytes(call_.family) == before;
     }
 
     Share Changed() const
@@ -163,9 +172,11 @@ std::string TableLine(const std::string& name, const std::vector<Casualty>& casu
     std::ostringstream line;
     line << "| `" << name << "` | " << casualties.size() << " | "
          << count([](const Casualty& casualty) { return casualty.lock == 0; }) << " | "
-         << record(Share::kNone) << " | " << record(Share::kPart) << " | " << record(Share::kAll)
-         << " | " << mend(Mend::kNothingToDo) << " | " << mend(Mend::kSameCall) << " | "
-         << mend(Mend::kDownAndUp) << " |";
+         << (CanRecover() ? std::to_string(count([](const Casualty& one) { return one.recovered; }))
+                          : "?")
+         << " | " << record(Share::kNone) << " | " << record(Share::kPart) << " | "
+         << record(Share::kAll) << " | " << mend(Mend::kNothingToDo) << " | "
+         << mend(Mend::kSameCall) << " | " << mend(Mend::kDownAndUp) << " |";
     return line.str();
 }
 

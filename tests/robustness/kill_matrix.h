@@ -21,6 +21,7 @@ struct Casualty {
     bool died = false;
     int lock = 0;  // right after the death
     Share record = Share::kNone;
+    bool recovered = false;  // the lock was freed by an administrator, and nothing else changed
     Mend mend = Mend::kNone;
 };
 

@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "tests/robustness/kill_matrix.h"
+#include "tests/robustness/recovery.h"
 #include "tests/robustness/scripted_board.h"
 
 using namespace obtest;
@@ -20,6 +21,7 @@ void ExpectMendable(const ExportedCall& call, const std::vector<Casualty>& casua
         SCOPED_TRACE("before " + casualty.point.what);
         EXPECT_TRUE(casualty.died);
         EXPECT_NE(casualty.mend, Mend::kNone);
+        EXPECT_EQ(casualty.recovered, casualty.lock == 0 && CanRecover());
         // The kernel gives back the switch family's lock. The PHY family's stays with the dead.
         if (call.family == Family::kSwitch)
             EXPECT_EQ(casualty.lock, 1);

@@ -13,6 +13,11 @@ OB_INTERPOSE(int, stat, const char* path, struct stat* result)
     return Real<int(const char*, struct stat*)>("stat")(PrivatePath(path).c_str(), result);
 }
 
+OB_INTERPOSE(int, lstat, const char* path, struct stat* result)
+{
+    return Real<int(const char*, struct stat*)>("lstat")(PrivatePath(path).c_str(), result);
+}
+
 OB_INTERPOSE(int, access, const char* path, int mode)
 {
     return Real<int(const char*, int)>("access")(PrivatePath(path).c_str(), mode);

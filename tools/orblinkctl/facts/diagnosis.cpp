@@ -28,9 +28,15 @@ Verdict VerdictOf(const Diagnosis& found)
     if (found.holder == Holder::kAlive)
         return Verdict::kBusy;
     if (found.holder == Holder::kNone)
-        return found.state.region.devices == 0U || !found.state.region.exists ? Verdict::kNoDevices
-                                                                              : Verdict::kGood;
+        return found.state.region.devices.value_or(0) == 0 ? Verdict::kNoDevices : Verdict::kGood;
     return NothingToLose(found.state) ? Verdict::kUnfinished : Verdict::kAbandoned;
+}
+
+// An object that was made and not given its size is what a killed initialisation leaves.
+std::string FaultOf(Family family, const RegionState& region)
+{
+    const bool unsized = region.exists && region.size == 0;
+    return (unsized ? OriginFault(family, region) : RegionFault(family, region)).value_or("");
 }
 
 std::string LockFault(const LockState& lock)
@@ -92,7 +98,9 @@ Diagnosis Diagnose(Family family)
     found.state = LookAt(family);
     const FamilyNames& names = NamesOf(family);
     RequireSight(names, found.state.lock.error, names.keyFile);
-    found.fault = RegionFault(family, found.state.region).value_or(LockFault(found.state.lock));
+    found.fault = FaultOf(family, found.state.region);
+    if (found.fault.empty())
+        found.fault = LockFault(found.state.lock);
     if (found.fault.empty() && found.state.region.exists)
         RequireSight(names, found.state.region.error, std::string("/dev/shm") + names.region);
     if (found.state.lock.Exists()) {
