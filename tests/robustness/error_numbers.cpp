@@ -37,6 +37,10 @@ const std::vector<int>& ErrorNumbersOf(const std::string& call)
         {"ioctl", {EBADF, EFAULT, EINVAL, ENOTTY, EIO, ENODEV, EOPNOTSUPP, EPERM, EINTR}},
         {"usleep", {EINTR, EINVAL}},
         {"system", {EAGAIN, ENOMEM, ECHILD, EINTR}},
+        // Their pages name none: what the loader's own opening, reading, mapping and allocating
+        // leaves behind.
+        {"dlopen", {0, EACCES, EIO, EMFILE, ENFILE, ENOENT, ENOEXEC, ENOMEM}},
+        {"dlsym", {0, ENOMEM}},
     };
     static const std::vector<int> none = {0};
     const auto entry = manual.find(call);

@@ -5,9 +5,11 @@
 #include <ostream>
 #include <set>
 
+#include "tests/robustness/child.h"
 #include "tests/robustness/error_numbers.h"
 #include "tests/robustness/faulty_run.h"
 #include "tests/robustness/scripted_board.h"
+#include "tests/support/private_names.h"
 
 using namespace obtest;
 using testing::ElementsAreArray;
@@ -208,6 +210,38 @@ std::vector<ExportedCall> CallsUnderOneLock()
             calls.push_back(call);
     return calls;
 }
+
+// The loader may fail and have nothing to say.
+class SpeechlessLoader : public testing::TestWithParam<std::tuple<Family, const char*>> {};
+
+TEST_P(SpeechlessLoader, IsToldWithoutItsReason)
+{
+    const auto [family, call] = GetParam();
+    RemovePrivateNames();
+    const Ended ended = InChild([&, family = family, call = call] {
+        Platform().Fail(call, ENOMEM);
+        Platform().Fail("dlerror", 0);
+        Initialise(family);
+        return Joined(Platform().transcript.All());
+    });
+    ASSERT_EQ(ended.signal, 0);
+    const std::string end = std::string(call) == "dlopen" ? "errno=12, . Check SDK compilation "
+                                                            "options.\n"
+                                                          : "errno=12. \n";
+    EXPECT_THAT(ended.text, testing::HasSubstr(std::string(call) + " failed, "));
+    EXPECT_THAT(ended.text, testing::HasSubstr(end));
+    EXPECT_EQ(LockValue(family), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Library, SpeechlessLoader,
+                         testing::Combine(testing::Values(Family::kSwitch, Family::kPhy),
+                                          testing::Values("dlopen", "dlsym")),
+                         [](const auto& info) {
+                             return std::string(std::get<0>(info.param) == Family::kSwitch
+                                                    ? "Switch"
+                                                    : "Phy") +
+                                    std::get<1>(info.param);
+                         });
 
 std::string NameOf(const testing::TestParamInfo<FaultScenario>& info)
 {

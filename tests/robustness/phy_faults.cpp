@@ -42,8 +42,15 @@ Lines NotMapped(const char* what)
 Lines NoLibrary(const char* caller)
 {
     return Bare("_LoadHals",
-                "dlopen failed, so='libphyk20.so', errno=0, /nonexistent/refused.so: cannot open "
+                "dlopen failed, so='libphyk20.so', errno={e}, /nonexistent/refused.so: cannot open "
                 "shared object file: No such file or directory. Check SDK compilation options.") +
+           Bare(caller, "_LoadHals() failed");
+}
+
+Lines NoTable(const char* caller)
+{
+    return Bare("_LoadHals",
+                "dlsym failed, sym='ETHPHY_HalFuncs', errno={e}. the table was not found") +
            Bare(caller, "_LoadHals() failed");
 }
 
@@ -75,6 +82,7 @@ FaultScenario InitOnce()
             {"recv", 1, 0, {}, "failed to recv!!! [ret=-1, errno={e}:", 1, kRefused},
             {"send", 1, 0, {}, "failed to send!!! [ret=-1, errno={e}:", 1, kRefused},
             {"dlopen", 1, 0, NoLibrary("ETHPHY_InitOnce"), "", 1, kRefused},
+            {"dlsym", 1, 0, NoTable("ETHPHY_InitOnce"), "", 1, kRefused},
             {"semop", 1, 0, {kSemop}, "", 0, kRefused, 0, 0},
         }};
 }
@@ -128,6 +136,7 @@ FaultScenario FirstCall()
                 {"mmap", 1, -1, noRegion("mmap() failed, errno={e}")},
                 // Libraries are loaded with the first mapping only: this process stays without.
                 {"dlopen", 1, -1, NoProlog("ETHPHY_Poll", NoLibrary("_ApiProlog")), "", 1, -1},
+                {"dlsym", 1, -1, NoProlog("ETHPHY_Poll", NoTable("_ApiProlog")), "", 1, -1},
                 ReleaseFails(),
             }};
 }

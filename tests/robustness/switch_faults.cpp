@@ -59,9 +59,16 @@ Lines NoSet(const char* what)
 Lines NoLibrary(const char* caller)
 {
     return {
-        "log1 _LoadHals:# dlopen failed, so='liborblink_velmar.so', errno=0, "
+        "log1 _LoadHals:# dlopen failed, so='liborblink_velmar.so', errno={e}, "
         "/nonexistent/refused.so: cannot open shared object file: No such file or directory. "
         "Check SDK compilation options.",
+        std::string("log1 ") + caller + ":# _LoadHals() failed"};
+}
+
+Lines NoTable(const char* caller)
+{
+    return {
+        "log1 _LoadHals:# dlsym failed, sym='OBHAL_HalFuncs', errno={e}. the table was not found",
         std::string("log1 ") + caller + ":# _LoadHals() failed"};
 }
 
@@ -105,6 +112,7 @@ FaultScenario InitOnce()
             {"recv", 1, 0, {}, "failed to recv!!! [ret=-1, errno={e}:", 1, kRefused},
             {"send", 1, 0, {}, "failed to send!!! [ret=-1, errno={e}:", 1, kRefused},
             {"dlopen", 1, -1, NoLibrary("ORBLINK_InitOnce"), "", 1, kRefused},
+            {"dlsym", 1, -1, NoTable("ORBLINK_InitOnce"), "", 1, kRefused},
             {"semop", 3, 0, {kSemop}, "", 0, kRefused},
         }};
 }
@@ -131,6 +139,7 @@ FaultScenario FirstCall()
                  NoProlog(NotMapped("OBOS_MapSwitchDevices:# mmap() failed, errno={e}") +
                           Failed("_ApiProlog", "OBOS_MapSwitchDevices() failed"))},
                 {"dlopen", 1, -1, NoProlog(NoLibrary("_ApiProlog"))},
+                {"dlsym", 1, -1, NoProlog(NoTable("_ApiProlog"))},
                 {"semop", 2, 0, {kSemop}, "", 0, kNotTried},
             }};
 }
