@@ -6,7 +6,7 @@ namespace orblink::phy {
 
 PhyDeviceRegion* _ApiProlog(int& semaphoreId)
 {
-    semaphoreId = process.semaphoreId;
+    semaphoreId = process.semaphoreId.load(std::memory_order_relaxed);
     if (semaphoreId < 0 && _InitGlobalSem(semaphoreId) != RC_OK) {
         EP_ERROR("_InitGlobalSem() failed");
         return nullptr;

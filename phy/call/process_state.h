@@ -14,7 +14,8 @@ using HalTable = struct ETHPHY_HalFuncs;
 extern const HalTable kNoHal;
 
 // Written with the family's semaphore held, but for what ForgetAttachment does. Threads look at the
-// semaphore id and, in the services, at the region without it.
+// semaphore id and, in the services, at the region without it; the id orders nothing else, the
+// semaphore that it names does.
 struct ProcessState {
     std::atomic<int> semaphoreId = -1;               // -1 until created or opened
     std::atomic<bool> attached = false;              // the region and the tables are in force

@@ -28,7 +28,7 @@ int _InitGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId = set.id;
+    process.semaphoreId.store(set.id, std::memory_order_relaxed);
     return RC_OK;
 }
 
@@ -46,7 +46,7 @@ int _CreateGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId = set.id;
+    process.semaphoreId.store(set.id, std::memory_order_relaxed);
     return RC_OK;
 }
 

@@ -19,7 +19,7 @@ SwitchDeviceRegion* AttachedRegion()
 // The region, with the semaphore held, or null with it free.
 SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
 {
-    semaphoreId = process.semaphoreId;
+    semaphoreId = process.semaphoreId.load(std::memory_order_relaxed);
     if (semaphoreId == -1 && _InitGlobalSem(semaphoreId) != RC_OK) {
         OB_ERROR("_InitGlobalSem() failed");
         return nullptr;

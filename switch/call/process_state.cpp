@@ -15,10 +15,11 @@ void Attach(SwitchDeviceRegion* region)
 
 void ForgetAttachment(int semaphoreId)
 {
-    if (process.semaphoreId != semaphoreId)
+    if (process.semaphoreId.load(std::memory_order_relaxed) != semaphoreId)
         return;  // another thread has met the same error and attached anew
     process.attached = false;
-    process.semaphoreId.compare_exchange_strong(semaphoreId, -1);
+    process.semaphoreId.compare_exchange_strong(semaphoreId, -1, std::memory_order_release,
+                                                std::memory_order_relaxed);
 }
 
 }  // namespace orblink::sw

@@ -50,7 +50,7 @@ int _InitGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId = set.id;
+    process.semaphoreId.store(set.id, std::memory_order_relaxed);
     return RC_OK;
 }
 
@@ -68,7 +68,7 @@ int _CreateGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId = set.id;
+    process.semaphoreId.store(set.id, std::memory_order_relaxed);
     // Without SEM_UNDO: the kernel would take this +1 back when the initialising process ends and
     // leave the lock held for ever.
     if (_System5SemOp(set.id, +1, 0) != RC_OK)
