@@ -38,7 +38,7 @@ mdio_address = 2
 reset_pin = 19
 )";
 constexpr unsigned kRounds = 6;  // of the server after the last packet
-constexpr uint32_t kLastOp = 14;
+constexpr auto kLastOp = static_cast<uint32_t>(wire::Op::kControl);
 
 UniqueFd Connect(const std::string& path)
 {
@@ -56,7 +56,7 @@ std::string Packet(FuzzedDataProvider& input)
     if (input.ConsumeIntegral<uint8_t>() >= 0xF0)
         return input.ConsumeRandomLengthString(200);
     wire::Request request{wire::kMagic, wire::Op{input.ConsumeIntegralInRange(0U, kLastOp)},
-                          input.ConsumeIntegral<uint8_t>(), 0};
+                          input.ConsumeIntegral<uint8_t>(), 0, 0};
     std::string data = input.ConsumeRandomLengthString(4000);
     bool honest = input.ConsumeIntegral<uint8_t>() < 0xF0;
     request.dataSize =
