@@ -27,8 +27,10 @@ HalLibrary LoadHalLibrary(const char* name, const char* tableSymbol)
     const void* const table = dlsym(library, tableSymbol);
     if (table == nullptr) {
         const int error = errno;
+        // cppcheck-suppress resourceLeak ; it stays for the life of the process
         return {nullptr, HalStep::kSymbol, error, LoaderWords()};
     }
+    // cppcheck-suppress resourceLeak ; as above
     return {table, HalStep::kDone, 0, ""};
 }
 

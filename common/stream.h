@@ -11,7 +11,7 @@ public:
     ~Stream()
     {
         if (file_ != nullptr)
-            fclose(file_);  // result dropped: a writer flushes before it decides
+            static_cast<void>(fclose(file_));  // result dropped: a writer flushes before it decides
     }
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;

@@ -9,7 +9,7 @@ namespace {
 // The message header's second word, in the byte order in which the builder stored it.
 uint32_t StoredPayloadLength()
 {
-    uint32_t word;
+    uint32_t word = 0;
     memcpy(&word, mailbox.transmitBuffer + sizeof(word), sizeof(word));
     return word;
 }

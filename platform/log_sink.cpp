@@ -47,6 +47,7 @@ public:
     __attribute__((format(printf, 2, 0))) void Append(const char* format, va_list args)
     {
         const size_t room = kLineSize - size_;
+        // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): every caller has started it
         const int length = vsnprintf(text_ + size_, room, format, args);
         if (length > 0 && room > 0)
             size_ += static_cast<size_t>(length) < room ? static_cast<size_t>(length) : room - 1;

@@ -8,5 +8,6 @@ int ORBLINK_isBatteryMode(void)
     if (!attribute)
         return 0;
     int state = 0;
+    // NOLINTNEXTLINE(cert-err34-c): what is no number is no battery mode
     return fscanf(attribute.Get(), "%d", &state) == 1 ? state : 0;
 }

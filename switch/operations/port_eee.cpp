@@ -10,6 +10,7 @@ namespace {
 void BringLinkUp(const SwitchCall& call, uint8_t port)
 {
     if (HasPort(call.Config().enabledPorts, port))
+        // cppcheck-suppress syntaxError ; it cannot read the call
         call.Hal(&HalTable::EnablePort, port);  // result dropped: the change itself is what counts
 }
 
