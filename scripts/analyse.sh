@@ -1,13 +1,15 @@
-#!/ bin / bash
-#analyse.sh BUILD_DIR-- library | --whole
-#-- library : clang - tidy over the library, with the commands of a clang build without tests.
-#-- whole : clang - tidy and cppcheck over everything, with commands of its own, which know no
-#precompiled header : so what a source forgets to include is seen, too.
-set - euo pipefail cd "$(dirname " $0 ")/.." build = $1 library =
-    '/(common|platform|hwmbox|board|switch|switch_hal_services|phy)/.*\.cpp$'
+#!/bin/bash
+# analyse.sh BUILD_DIR --library | --whole
+# --library: clang-tidy over the library, with the commands of a clang build without tests.
+# --whole: clang-tidy and cppcheck over everything, with commands of its own, which know no
+# precompiled header: so what a source forgets to include is seen, too.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=$1
+library='/(common|platform|hwmbox|board|switch|switch_hal_services|phy)/.*\.cpp$'
 
-#The sources of the compilation database whose paths match.
-    sources()
+# The sources of the compilation database whose paths match.
+sources()
 {
     python3 - "$build/compile_commands.json" "$PWD" "$1" <<'PYTHON'
 import json, os, re, sys
@@ -21,49 +23,43 @@ for path in sorted(files):
 PYTHON
 }
 
-tidy(){local files files = $(sources "$1")["$(wc -l <<<" $files ")" - ge "$2"] ||
-                           {echo "too few sources to analyse";
-exit 1;
-}
-xargs - n 1 - P "$(nproc)" clang - tidy-- quiet - p "$build" < < < "$files"
+tidy()
+{
+    local files
+    files=$(sources "$1")
+    [ "$(wc -l <<<"$files")" -ge "$2" ] || { echo "too few sources to analyse"; exit 1; }
+    xargs -n 1 -P "$(nproc)" clang-tidy --quiet -p "$build" <<<"$files"
 }
 
-#It is given a copy in which the log macros have the older spelling of __VA_OPT__, which it does not
-#know.Left out : the formats of the interface print unsigned values with % d, and each directory is
-#read by one thread.
+# It is given a copy in which the log macros have the older spelling of __VA_OPT__, which it does not
+# know. Left out: the formats of the interface print unsigned values with %d, and each directory is
+# read by one thread.
 check_with_cppcheck()
 {
-    local copy copy =
-        $(mktemp - d) trap 'rm -rf "$copy"' RETURN find.- name.git - prune - o - path './build*' -
-            prune - o - regex '.*\.\(c\|h\|cpp\)' - print0 |
-        xargs - 0 cp-- parents - t "$copy" grep - rlZ __VA_OPT__ "$copy" |
-        xargs - 0 - r sed -
-            i 's/__VA_OPT__(, ) __VA_ARGS__/, ##__VA_ARGS__/'(
-                cd "$copy" && cppcheck-- quiet-- error - exitcode =
-                    1 - j "$(nproc)" --std = c++ 20 - I.--library = googletest-- library =
-                                                 posix-- enable = warning,
-                performance,
-                portability-- inline - suppr-- suppress = invalidPrintfArgType_sint-- suppress =
-                    readdirCalled.)
+    local copy
+    copy=$(mktemp -d)
+    trap 'rm -rf "$copy"' RETURN
+    find . -name .git -prune -o -path './build*' -prune -o -regex '.*\.\(c\|h\|cpp\)' -print0 |
+        xargs -0 cp --parents -t "$copy"
+    grep -rlZ __VA_OPT__ "$copy" | xargs -0 -r sed -i 's/__VA_OPT__(, ) __VA_ARGS__/, ##__VA_ARGS__/'
+    (cd "$copy" && cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --std=c++20 -I. \
+        --library=googletest --library=posix --enable=warning,performance,portability \
+        --inline-suppr --suppress=invalidPrintfArgType_sint \
+        --suppress=readdirCalled .)
 }
 
-case ${2:
-    -
-    } in
+case ${2:-} in
     --library)
         tidy "$library" 50
-        ;
-    ;
+        ;;
     --whole)
         cmake --preset clang -B "$build" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
         cmake --build "$build"
         tidy '.*\.cpp$' 300
         check_with_cppcheck
-        ;
-    ;
+        ;;
     *)
         sed -n '2,5s/^# //p' "$0" >&2
         exit 2
-        ;
-    ;
-    esac
+        ;;
+esac
