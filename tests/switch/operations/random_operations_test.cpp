@@ -9,7 +9,7 @@ using namespace obtest;
 
 namespace {
 
-constexpr int kOperations = 40000;
+constexpr int kOperations = 10000;
 
 class RandomOperations : public SwitchTest {
 protected:
@@ -76,7 +76,12 @@ protected:
     int slotCalls = 0;
 };
 
-TEST_F(RandomOperations, LeaveRecordHalAndSemaphoreAsTheModelSays)
+// Several shorter walks, each with a seed and a time limit of its own.
+class RandomWalk : public RandomOperations, public testing::WithParamInterface<unsigned> {};
+
+INSTANTIATE_TEST_SUITE_P(Of, RandomWalk, testing::Range(0U, 4U));
+
+TEST_P(RandomWalk, LeavesRecordHalAndSemaphoreAsTheModelSays)
 {
     const unsigned seed = TestSeed();
     CallSource source(seed, {});
