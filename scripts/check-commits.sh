@@ -6,6 +6,9 @@
 set -eu
 cd "$(dirname "$0")/.."
 
+# Of a tree that is another user's git shows no history. Who runs this script from there trusts him.
+export GIT_CONFIG_COUNT=1 GIT_CONFIG_KEY_0=safe.directory GIT_CONFIG_VALUE_0="$(pwd -P)"
+
 if ! git rev-parse --verify -q HEAD >/dev/null 2>&1; then
     echo "no history here, nothing to check"
     exit 0

@@ -37,4 +37,14 @@ expect refused 'tests: the order of the calls' "$reason"
 expect refused 'tests: hold the order of the calls.' "$reason"
 expect refused 'tests: hold the order of the calls'
 expect refused 'tests: hold the order of all the calls that any operation of either family makes' "$reason"
+
+# The history of a tree that is another user's is looked at as well.
+if [ "$(id -u)" -eq 0 ]; then
+    chown -R 65534 "$house"
+    scripts/check-commits.sh HEAD~1.. >out 2>&1 || true
+    grep -q '^1 commits checked$' out || {
+        echo "another user's tree: $(cat out)"
+        status=1
+    }
+fi
 exit $status
