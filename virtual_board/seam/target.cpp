@@ -189,7 +189,8 @@ std::optional<uint32_t> Target::FreeWatchedNumber() const
 
 UniqueFd Target::TakeDescriptor(int fd) const
 {
-    const UniqueFd process{static_cast<int>(syscall(SYS_pidfd_open, Process(), 0))};
+    // Not what the table remembers: the number may have become another process's.
+    const UniqueFd process{static_cast<int>(syscall(SYS_pidfd_open, ReadProcess(thread_), 0))};
     return UniqueFd{static_cast<int>(syscall(SYS_pidfd_getfd, process.Get(), fd, 0))};
 }
 
