@@ -36,6 +36,38 @@ std::chrono::nanoseconds Time(const Json& command, const char* key)
     return std::chrono::nanoseconds{command.value(key, int64_t{0})};
 }
 
+// A number without zeros behind its point.
+std::string Plain(double number)
+{
+    std::string text = std::to_string(number);
+    text.erase(text.find_last_not_of('0') + 1);
+    return text.ends_with('.') ? text.substr(0, text.size() - 1) : text;
+}
+
+std::string WithChance(const char* option, uint32_t partsPerMillion)
+{
+    constexpr double kPerCent = WireFaults::kAll / 100.0;
+    return partsPerMillion == 0
+               ? ""
+               : std::string(" --") + option + " " + Plain(partsPerMillion / kPerCent) + "%";
+}
+
+std::string WithTime(const char* option, std::chrono::nanoseconds time)
+{
+    const std::chrono::duration<double, std::milli> ms = time;
+    return time.count() == 0 ? "" : std::string(" --") + option + " " + Plain(ms.count()) + "ms";
+}
+
+// In the words that set it.
+std::string WireText(const WireFaults& wire)
+{
+    const std::string words = WithChance("fcs-errors", wire.fcsErrors) +
+                              WithChance("loss", wire.loss) +
+                              WithChance("duplicate", wire.duplicates) +
+                              WithTime("delay", wire.delay) + WithTime("jitter", wire.jitter);
+    return words.empty() ? "good" : words.substr(1);
+}
+
 }  // namespace
 
 Json ShowHosts(VirtualBoard& board, const Json&)
@@ -45,7 +77,8 @@ Json ShowHosts(VirtualBoard& board, const Json&)
         hosts.push_back({{"host", end.host},
                          {"interface", end.interface},
                          {"port", end.port},
-                         {"address", end.address}});
+                         {"address", end.address},
+                         {"wire", WireText(end.wire)}});
     return Done({{"hosts", hosts}});
 }
 

@@ -12,14 +12,6 @@
 
 namespace vboard {
 
-// One end of a cable.
-struct CableEnd {
-    std::string port;  // "sw0:2"
-    std::string interface;
-    std::string host;  // whose network namespace it is in; empty: where the board was started
-    std::string address;
-};
-
 // What a cable does to frames in either direction. Chances are in parts per million.
 struct WireFaults {
     static constexpr uint32_t kAll = 1'000'000;
@@ -30,6 +22,15 @@ struct WireFaults {
     std::chrono::nanoseconds delay{};
     std::chrono::nanoseconds jitter{};  // at most so much more or less
     bool operator==(const WireFaults&) const = default;
+};
+
+// One end of a cable.
+struct CableEnd {
+    std::string port;  // "sw0:2"
+    std::string interface;
+    std::string host;  // whose network namespace it is in; empty: where the board was started
+    std::string address;
+    WireFaults wire;
 };
 
 // A frame at a port.

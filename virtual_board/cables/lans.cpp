@@ -249,7 +249,8 @@ std::vector<CableEnd> Lans::Ends() const
     std::vector<CableEnd> ends;
     for (const auto& lan : lans) {
         for (const Port& port : lan->ports)
-            ends.push_back({port.name, port.spec.interface, port.spec.host, port.spec.address});
+            ends.push_back({port.name, port.spec.interface, port.spec.host, port.spec.address,
+                            port.wire.Faults()});
     }
     return ends;
 }

@@ -80,6 +80,19 @@ TEST_F(Traffic, ABadCableIsSeenInTheCountersAndByThePing)
               "no\ncounted\nlate\nyes\n");
 }
 
+TEST_F(Traffic, WhatACableDoesIsShownInTheWordsThatSetIt)
+{
+    EXPECT_EQ(Run("shown() { orblink-vboard control hosts | grep -o 'port=sw0:1 .*'; }\n"
+                  "cable() { orblink-vboard control wire sw0:1 \"$@\"; shown; }\n"
+                  "shown; cable --loss 0.5% --delay 10ms; cable --fcs-errors 100% --jitter 2.25ms\n"
+                  "cable --duplicate 12%; cable\n"),
+              "port=sw0:1 address=10.0.0.1/24 wire=good\n"
+              "port=sw0:1 address=10.0.0.1/24 wire=--loss 0.5% --delay 10ms\n"
+              "port=sw0:1 address=10.0.0.1/24 wire=--fcs-errors 100% --jitter 2.25ms\n"
+              "port=sw0:1 address=10.0.0.1/24 wire=--duplicate 12%\n"
+              "port=sw0:1 address=10.0.0.1/24 wire=good\n");
+}
+
 TEST_F(Traffic, ACaptureShowsWhatPassesAndWhatDoesNot)
 {
     EXPECT_EQ(Run("orblink-vboard control capture sw0:1 -w $S/port.pcapng --count 4 & pid=$!\n"
