@@ -105,6 +105,14 @@ if [ -d "$builds/$coverage_from" ]; then
 fi
 
 if [ $only_presets -eq 0 ]; then
+    stage "instructions of calls, footprint"
+    for preset in release release-i386; do
+        logged "$builds/figures.log" cmake --build "$builds/$preset" --target figures
+    done
+    logged "$builds/figures.txt" bench/figures.py "$builds/release" "$builds/release-i386"
+fi
+
+if [ $only_presets -eq 0 ]; then
     stage "tests as in a plain container"
     tests/container/run.sh "$builds/release" "$builds/container" $([ $full = yes ] || echo --short)
     stage "clang-tidy over the library"

@@ -8,8 +8,11 @@ namespace orblink {
 
 class NoCancellation {
 public:
-    NoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_); }
-    ~NoCancellation() { pthread_setcancelstate(before_, nullptr); }
+    [[gnu::always_inline]] NoCancellation()
+    {
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
+    }
+    [[gnu::always_inline]] ~NoCancellation() { pthread_setcancelstate(before_, nullptr); }
     NoCancellation(const NoCancellation&) = delete;
     NoCancellation& operator=(const NoCancellation&) = delete;
 

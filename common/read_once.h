@@ -8,7 +8,7 @@ namespace orblink {
 // The value, read exactly once: what was checked is what is used. A plain read may be repeated by
 // the compiler between the check and the use.
 template <typename T>
-T ReadOnce(const T& shared)
+[[gnu::always_inline]] inline T ReadOnce(const T& shared)
 {
     static_assert(std::is_scalar_v<T> && sizeof(T) <= sizeof(unsigned));
     return __atomic_load_n(&shared, __ATOMIC_RELAXED);

@@ -17,6 +17,7 @@ packages="
     iperf3
     iproute2
     iputils-ping
+    libbenchmark-dev
     libclang-rt-14-dev
     libcli11-dev
     librsvg2-bin

@@ -11,7 +11,7 @@
 namespace orblink::sw {
 
 // The stored number of switches; 0 when the region holds a number that cannot be.
-inline uint8_t SwitchCount(const SwitchDeviceRegion& region)
+[[gnu::always_inline]] inline uint8_t SwitchCount(const SwitchDeviceRegion& region)
 {
     const uint8_t count = ReadOnce(region.NumOfSwitches);
     return count <= OB_MAX_SWITCHES ? count : uint8_t{0};
@@ -32,19 +32,22 @@ public:
     SwitchDeviceRecord& Record() const { return state_.region->device[idx_]; }
     SwitchProvConfig& Config() const { return Record().config; }
     SwitchVendorRecord& Vendor() const { return state_.region->vendor[idx_]; }
-    bool Enabled() const { return ReadOnce(Config().state) == OB_STATE_ENABLED; }
+    [[gnu::always_inline]] bool Enabled() const
+    {
+        return ReadOnce(Config().state) == OB_STATE_ENABLED;
+    }
 
     // Ports that the per-port arrays can describe.
-    uint8_t NumOfPorts() const
+    [[gnu::always_inline]] uint8_t NumOfPorts() const
     {
         const uint8_t count = ReadOnce(Record().caps.numOfPorts);
         return count < OB_MAX_PORTS ? count : uint8_t{OB_MAX_PORTS};
     }
 
-    bool IsPort(uint8_t port) const { return port < NumOfPorts(); }
+    [[gnu::always_inline]] bool IsPort(uint8_t port) const { return port < NumOfPorts(); }
 
     // Port 0 is never a LAN port.
-    bool IsLanPort(uint8_t port) const { return port >= 1 && IsPort(port); }
+    [[gnu::always_inline]] bool IsLanPort(uint8_t port) const { return port >= 1 && IsPort(port); }
 
     // Non-zero when a PHY is attached; a port that the record cannot describe counts as one
     // without.

@@ -18,6 +18,9 @@ struct ProcessState {
     std::atomic<bool> attached = false;                 // the region and the tables are in force
     std::atomic<SwitchDeviceRegion*> region = nullptr;  // the one mapped last; never unmapped
     std::atomic<const HalTable*> halTables[OB_MAX_SWITCHES] = {};
+    // The table that the walk in progress fills. An entry carries only the low 32 bits of its
+    // address, so the pointer itself is kept here, beside what each call touches anyway.
+    MacTable* walkTable = nullptr;
 };
 
 extern constinit ProcessState process;

@@ -15,14 +15,10 @@ uint32_t ContextWord(const MacTable* table)
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(table));
 }
 
-// The table that the walk of this process fills. An entry carries only the low 32 bits of its
-// address, so the pointer itself is kept here, under the semaphore.
-constinit MacTable* walkTable = nullptr;
-
 class Walk {
 public:
-    explicit Walk(MacTable* table) { walkTable = table; }
-    ~Walk() { walkTable = nullptr; }
+    explicit Walk(MacTable* table) { process.walkTable = table; }
+    ~Walk() { process.walkTable = nullptr; }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 };
@@ -31,7 +27,7 @@ uint32_t _AddMacToOutputTable(MacEntry* entry)
 {
     if (entry == nullptr)
         return kGoOn;
-    MacTable* const table = walkTable;
+    MacTable* const table = process.walkTable;
     if (table == nullptr || entry->contextWord != ContextWord(table))
         return kStopWalk;
     if (table->count >= OB_MAC_TABLE_ENTRIES) {

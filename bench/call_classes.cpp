@@ -1,0 +1,84 @@
+#include "bench/call_classes.h"
+
+#include <sys/sem.h>
+
+namespace bench {
+namespace {
+
+uint8_t count;
+uint32_t link, speed, duplex;
+MacTable table;
+int round;
+int bareSemaphore;
+
+void Nothing() {}
+
+void BarePair()
+{
+    sembuf change = {0, -1, SEM_UNDO};
+    semop(bareSemaphore, &change, 1);
+    change.sem_op = 1;
+    semop(bareSemaphore, &change, 1);
+}
+
+void Query()
+{
+    ORBLINK_GetNumOfSwitches(&count);
+}
+
+void SetterThatIsSet()
+{
+    ORBLINK_SetLanPortPcp(kSwitch, kPort, 0);
+}
+
+void SetterToASlot()
+{
+    ORBLINK_SetLanPortVlan(kSwitch, kPort, 1 + ++round % 2);
+}
+
+void GetPortLink()
+{
+    ORBLINK_GetPortLink(kSwitch, kPort, &link, &speed, &duplex);
+}
+
+void RefusedPort()
+{
+    ORBLINK_SetLanPortPcp(kSwitch, OB_MAX_PORTS, 1);
+}
+
+void GetMacTable()
+{
+    ORBLINK_GetMacTable(kSwitch, &table);
+}
+
+void PhyGetLink()
+{
+    ETHPHY_GetLink(kPhy, &link, &speed, &duplex);
+}
+
+constexpr CallClass kClasses[] = {
+    {"nothing", Nothing},
+    {"bare-semop-pair", BarePair},
+    {"query", Query},
+    {"setter-to-empty-slot", SetterToASlot},
+    {"setter-already-set", SetterThatIsSet},
+    {"setter-refused", RefusedPort},
+    {"port-link", GetPortLink},
+    {"mac-table-256", GetMacTable},
+    {"phy-link", PhyGetLink},
+};
+
+}  // namespace
+
+std::span<const CallClass> CallClasses(const ReadyBoard& board)
+{
+    bareSemaphore = board.BareSemaphore();
+    return kClasses;
+}
+
+bool CallsReachedTheHal()
+{
+    return count == 1 && link == 1 && table.count == OB_MAC_TABLE_ENTRIES;
+}
+
+}  // namespace bench
