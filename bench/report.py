@@ -15,6 +15,8 @@ ROWS = [(name, "bare-semop-pair", "<=", limit) for name, limit in (
 ROWS += [("query", peer, None, None)
          for peer in ("robust-mutex", "ethtool-ioctl", "ethtool-netlink", "rtnetlink-link")]
 ROWS += [("fdb-dump-256", "mac-table-256", ">=", 20.0), ("first-call", "first-call-bare", "<=", 1.15)]
+ROWS += [("spawn-orblinkctl-version", peer, None, None)
+         for peer in ("spawn-true", "spawn-ip-link", "spawn-bridge-fdb")]
 ROWS += [(f"bare-semop-pair-by-processes/{n}", f"query-by-processes/{n}", ">=", 0.97 if n > 1 else None)
          for n in (1, 2, 4, 8, 16, 32, 64)]
 

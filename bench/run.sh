@@ -36,11 +36,16 @@ peers='
 namespaces=(unshare --net --ipc --mount)
 [ "$(id -u)" -eq 0 ] || namespaces=(unshare --map-root-user --net --ipc --mount)
 if "${namespaces[@]}" true 2>/dev/null; then
-    "${namespaces[@]}" sh -c "$peers" sh "$build/bin/calls_bench" $options \
-        --benchmark_out="$results/calls.json" >"$results/log" 2>&1 || { cat "$results/log"; exit 1; }
+    beside_peers=("${namespaces[@]}" sh -c "$peers" sh)
 else
     echo "left out: the kernel's queries and the bridge (no namespaces of its own for this user)"
-    "$build/bin/calls_bench" $options --benchmark_out="$results/calls.json" >/dev/null
+    beside_peers=()
 fi
-"$build/bin/processes_bench" $options --benchmark_out="$results/processes.json" >/dev/null
+for program in calls processes; do
+    "${beside_peers[@]}" "$build/bin/${program}_bench" $options \
+        --benchmark_out="$results/$program.json" >"$results/log" 2>&1 || {
+        cat "$results/log" >&2
+        exit 1
+    }
+done
 bench/report.py "$results/calls.json" "$results/processes.json"
