@@ -13,7 +13,10 @@ complain() {
 
 prefix=$(mktemp -d)
 trap 'rm -rf "$prefix"' EXIT
-cmake --install "$1" --prefix "$prefix" >"$prefix/log" || {
+# The list of what is installed goes beside it: the build may be another user's.
+sed "s|(WRITE \"[^\"]*/\${CMAKE_INSTALL_MANIFEST}\"|(WRITE \"$prefix/manifest\"|" \
+    "$1/cmake_install.cmake" >"$prefix/install.cmake"
+cmake -DCMAKE_INSTALL_PREFIX="$prefix" -P "$prefix/install.cmake" >"$prefix/log" || {
     cat "$prefix/log"
     exit 1
 }
