@@ -13,6 +13,8 @@ using vswitch::PortMask;
 
 constexpr unsigned kPerPort = kQueues / kPorts;
 constexpr size_t kPreambleAndGap = 20;
+// For which a wire may be taken by the frames of one packet: more than 64 KiB at 1000 Mb/s.
+constexpr std::chrono::milliseconds kLongestStay{1};
 enum Colour : unsigned { kGreen, kYellow, kRed };
 
 }  // namespace
@@ -128,23 +130,36 @@ bool EgressQueues::DiscardedEarly(unsigned queue, const Admission& admission)
            Draw(average, wred.thresholds[at], wred.thresholds[at + 1]);
 }
 
-EgressQueues::Verdict EgressQueues::Admit(const Admission& admission, Bytes frame, Time now)
+bool EgressQueues::TakesWhole(PortMask destinations, unsigned ingress, const Shape& shape) const
 {
+    if (view->wred.enabled || view->ports[ingress].xoff != 0)
+        return false;
+    for (unsigned left = destinations; left != 0; left &= left - 1) {
+        if (WireTime(static_cast<unsigned>(std::countr_zero(left)), shape) > kLongestStay)
+            return false;
+    }
+    const unsigned copies = static_cast<unsigned>(std::popcount(destinations));
+    return memory.Free() >= copies * PacketMemory::BuffersOf(shape) + unfilled;
+}
+
+EgressQueues::Verdict EgressQueues::Admit(const Admission& admission, Bytes packet, Time now)
+{
+    const unsigned buffers = PacketMemory::BuffersOf(ShapeOf(packet.size(), admission.offload));
     const unsigned queue = QueueOf(admission.port, admission.pcp);
     if (DiscardedEarly(queue, admission))
         return Verdict::kDiscarded;
-    if (!FitsBesideReserved(queue, PacketMemory::BuffersOf(frame)))
+    if (!FitsBesideReserved(queue, buffers))
         return Verdict::kNoBuffer;
-    Append(queue, frame, admission, now);
+    Append(queue, packet, buffers, admission, now);
     return Verdict::kQueued;
 }
 
-void EgressQueues::Append(unsigned queue, Bytes frame, const Admission& admission, Time now)
+void EgressQueues::Append(unsigned queue, Bytes packet, unsigned buffers,
+                          const Admission& admission, Time now)
 {
-    const unsigned buffers = PacketMemory::BuffersOf(frame);
-    const uint16_t first = memory.Store(frame);
-    stored[first] = {admission, kNone, static_cast<uint16_t>(frame.size()),
-                     static_cast<uint8_t>(buffers), now};
+    const uint16_t first = memory.Store(packet, buffers);
+    stored[first] = {admission, kNone, static_cast<uint16_t>(buffers),
+                     static_cast<uint32_t>(packet.size()), now};
     Queue& own = queues[queue];
     (own.tail == kNone ? own.head : stored[own.tail].next) = first;
     own.tail = first;
@@ -170,9 +185,9 @@ uint16_t EgressQueues::RemoveHead(unsigned queue)
     return first;
 }
 
-EgressQueues::Time EgressQueues::WireTime(unsigned port, size_t bytes) const
+EgressQueues::Time EgressQueues::WireTime(unsigned port, const Shape& shape) const
 {
-    const uint64_t bits = 8 * (bytes + kCheckSequence + kPreambleAndGap);
+    const uint64_t bits = 8 * (shape.Octets() + shape.frames * (kCheckSequence + kPreambleAndGap));
     const uint32_t megabits = std::max(view->ports[port].megabits, 1u);
     return Time(static_cast<Time::rep>(bits * 1000 / megabits));
 }
@@ -186,7 +201,8 @@ bool EgressQueues::Depart(Time now, Departure& departure)
         const unsigned highest = static_cast<unsigned>(std::bit_width(waiting[port])) - 1;
         const uint16_t first = RemoveHead(port * kPerPort + highest);
         const Stored& frame = stored[first];
-        wireFree[port] = std::max(wireFree[port], frame.arrived) + WireTime(port, frame.bytes);
+        const Shape shape = ShapeOf(frame.bytes, frame.admission.offload);
+        wireFree[port] = std::max(wireFree[port], frame.arrived) + WireTime(port, shape);
         departure = {port, frame.admission, memory.Show(first, frame.bytes, pieces), frame.bytes,
                      first};
         return true;

@@ -24,10 +24,11 @@ public:
         uint8_t pcp;
         bool dei;
         bool copy;  // made by mirroring
+        Offload offload = {};
     };
     enum class Verdict { kQueued, kNoBuffer, kDiscarded };
 
-    // A frame that begins to leave; to be released before the next one is asked for.
+    // A packet that begins to leave; to be released before the next one is asked for.
     struct Departure {
         unsigned port;
         Admission admission;
@@ -43,7 +44,10 @@ public:
     void Configure(const vswitch::ForwardingView& view);
     void Clear();
 
-    Verdict Admit(const Admission& admission, Bytes frame, Time now);
+    // Whether a long packet may take these ports' queues whole: it is there as its frames would be,
+    // none of them is discarded, and those of other packets wait no longer than a frame or two.
+    bool TakesWhole(vswitch::PortMask destinations, unsigned ingress, const Shape& shape) const;
+    Verdict Admit(const Admission& admission, Bytes packet, Time now);
     // The next frame that leaves no later than now.
     bool Depart(Time now, Departure& departure);
     void Release(const Departure& departure);
@@ -58,8 +62,8 @@ private:
     struct Stored {  // by the frame's first buffer
         Admission admission;
         uint16_t next;
-        uint16_t bytes;
-        uint8_t buffers;
+        uint16_t buffers;
+        uint32_t bytes;
         Time arrived;
     };
     struct Queue {
@@ -77,10 +81,11 @@ private:
     bool DiscardedEarly(unsigned queue, const Admission& admission);
     bool Draw(double average, uint16_t minimum, uint16_t maximum);
     unsigned ColourOf(const Admission& admission) const;
-    void Append(unsigned queue, Bytes frame, const Admission& admission, Time now);
+    void Append(unsigned queue, Bytes packet, unsigned buffers, const Admission& admission,
+                Time now);
     uint16_t RemoveHead(unsigned queue);
     void Drop(unsigned port);
-    Time WireTime(unsigned port, size_t bytes) const;
+    Time WireTime(unsigned port, const Shape& shape) const;
 
     const vswitch::ForwardingView* view = nullptr;
     PacketMemory memory;

@@ -21,9 +21,17 @@ uint16_t EncodeTag(const Tag& tag)
 
 }  // namespace
 
+Offload Offload::MovedBy(int octets) const
+{
+    const auto moved = [octets](uint16_t at) {
+        return at == 0 ? at : static_cast<uint16_t>(at + octets);
+    };
+    return {moved(sumFrom), moved(sumAt), perFrame, moved(ip), moved(data)};
+}
+
 Frame Parse(unsigned port, Bytes bytes, uint16_t tpid)
 {
-    Frame frame{bytes, port, false, {}, kAddresses};
+    Frame frame{bytes, port, false, {}, kAddresses, {}};
     if (tpid == 0 || frame.Type() != tpid)
         return frame;
     frame.tagged = true;

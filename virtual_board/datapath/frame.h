@@ -35,12 +35,28 @@ struct Tag {
     bool dei = false;
 };
 
+// What is still to be done with a packet before it is on a wire (offload.h). Places count from the
+// packet's first octet.
+struct Offload {
+    uint16_t sumFrom = 0;   // where the octets begin of which a checksum is missing; 0: none is
+    uint16_t sumAt = 0;     // where it goes
+    uint16_t perFrame = 0;  // octets of TCP data that a frame takes; 0: the packet is one frame
+    uint16_t ip = 0;        // where the IP header of a long packet is
+    uint16_t data = 0;      // and where its data begin
+
+    bool IsLong() const { return perFrame != 0; }
+    bool IsDone() const { return sumFrom == 0 && perFrame == 0; }
+    // Of the packet with so many octets more, or fewer, in front of the IP header.
+    Offload MovedBy(int octets) const;
+};
+
 struct Frame {
     Bytes bytes;    // as it came in, at least kShortest of them
     unsigned port;  // on which it came in
     bool tagged;    // with a tag that the port recognises
     Tag tag;        // VLAN id, priority and DEI, wherever they come from
     size_t typeAt;  // of the type after that tag
+    Offload offload = {};
 
     const uint8_t* Destination() const { return bytes.data(); }
     const uint8_t* Source() const { return bytes.data() + 6; }
@@ -53,7 +69,7 @@ struct Frame {
 Frame Parse(unsigned port, Bytes bytes, uint16_t tpid);
 
 // Writes the frame without a tag, or with that of `frame.tag`; the result lies in `room`, which
-// has kLongest + kTag bytes.
+// has kTag bytes more than the longest frame.
 Bytes Compose(const Frame& frame, bool tagged, uint16_t tpid, uint8_t* room);
 
 // Of the whole frame on the wire, the frame check sequence included.

@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
+#include "virtual_board/datapath/ip.h"
+
 namespace vboard::datapath {
 namespace {
 
-constexpr uint16_t kTypeIpv4 = 0x0800;
-constexpr uint16_t kTypeIpv6 = 0x86DD;
 constexpr uint8_t kProtocolIgmp = 2;
 constexpr uint8_t kHopByHop = 0;
-constexpr uint8_t kIcmp6 = 58;
-constexpr size_t kIpv4Header = 20;
-constexpr size_t kIpv6Header = 40;
 
 enum IgmpType : uint8_t { kIgmpQuery = 0x11, kReportV1 = 0x12, kReportV2 = 0x16, kLeave = 0x17 };
 constexpr uint8_t kReportV3 = 0x22;
@@ -27,19 +24,6 @@ constexpr uint8_t kPimHello = 0x20;  // of version 2
 constexpr size_t kPimHeader = 4;
 constexpr uint8_t kPimRouters[4] = {224, 0, 0, 13};
 constexpr uint8_t kPimRouters6[16] = {0xFF, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 13};
-
-// The sum that makes up an Internet checksum: 0xFFFF when that is right.
-uint16_t Sum(Bytes bytes, uint32_t start)
-{
-    uint64_t sum = start;
-    for (size_t at = 0; at + 1 < bytes.size(); at += 2)
-        sum += Word(bytes.data() + at);
-    if (bytes.size() % 2 != 0)
-        sum += static_cast<uint64_t>(bytes.back()) << 8;
-    while (sum >> 16 != 0)
-        sum = (sum & 0xFFFF) + (sum >> 16);
-    return static_cast<uint16_t>(sum);
-}
 
 }  // namespace
 

@@ -18,16 +18,16 @@ void PacketMemory::Clear()
     freeBuffers = kBuffers;
 }
 
-uint16_t PacketMemory::Store(Bytes frame)
+uint16_t PacketMemory::Store(Bytes packet, unsigned count)
 {
     const uint16_t first = firstFree;
-    for (unsigned left = BuffersOf(frame); left > 0; --left) {
-        const size_t part = std::min(frame.size(), kBufferSize);
-        memcpy(buffers[firstFree].data(), frame.data(), part);
-        frame = frame.subspan(part);
+    for (unsigned left = count; left > 0; --left) {
+        const size_t part = std::min(packet.size(), kBufferSize);
+        memcpy(buffers[firstFree].data(), packet.data(), part);
+        packet = packet.subspan(part);
         firstFree = next[firstFree];
-        --freeBuffers;
     }
+    freeBuffers -= count;
     return first;
 }
 
@@ -46,10 +46,26 @@ std::span<const iovec> PacketMemory::Show(uint16_t first, size_t bytes, Pieces& 
     size_t used = 0;
     for (uint16_t at = first; bytes > 0; at = next[at]) {
         const size_t part = std::min(bytes, kBufferSize);
-        pieces[used++] = {buffers[at].data(), part};
+        uint8_t* start = buffers[at].data();
+        // Buffers that lie one behind the other are one piece: the kernel is quicker with few.
+        if (used > 0 &&
+            start == static_cast<uint8_t*>(pieces[used - 1].iov_base) + pieces[used - 1].iov_len)
+            pieces[used - 1].iov_len += part;
+        else
+            pieces[used++] = {start, part};
         bytes -= part;
     }
     return {pieces.data(), used};
+}
+
+Bytes Gather(std::span<const iovec> pieces, uint8_t* room)
+{
+    size_t size = 0;
+    for (const iovec& piece : pieces) {
+        memcpy(room + size, piece.iov_base, piece.iov_len);
+        size += piece.iov_len;
+    }
+    return {room, size};
 }
 
 }  // namespace vboard::datapath

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "virtual_board/datapath/frame.h"
+#include "virtual_board/datapath/offload.h"
 
 namespace vboard::datapath {
 
@@ -17,23 +17,26 @@ class PacketMemory {
 public:
     static constexpr unsigned kBuffers = 4096;
     static constexpr size_t kBufferSize = 256;
-    static constexpr size_t kMaxPieces = (kLongest + kTag) / kBufferSize + 1;
+    static constexpr size_t kMaxPieces = kLongestPacket / kBufferSize + 1;
     using Pieces = std::array<iovec, kMaxPieces>;
 
     PacketMemory();
     void Clear();
     unsigned Free() const { return freeBuffers; }
 
-    // How many buffers a frame takes on its way.
-    static unsigned BuffersOf(Bytes frame)
+    // How many buffers the frames of a packet take on their way; never fewer than its octets do.
+    static unsigned BuffersOf(const Shape& shape)
     {
-        return static_cast<unsigned>((LengthOf(frame) + kBufferSize - 1) / kBufferSize);
+        const auto of = [](size_t size) {
+            return static_cast<unsigned>((size + kCheckSequence + kBufferSize - 1) / kBufferSize);
+        };
+        return (shape.frames - 1) * of(shape.each) + of(shape.last);
     }
 
     // There must be that many free. The chain's first buffer.
-    uint16_t Store(Bytes frame);
+    uint16_t Store(Bytes packet, unsigned count);
     void Release(uint16_t first, unsigned buffers);
-    // Where the frame of that many bytes lies.
+    // Where the packet of that many bytes lies.
     std::span<const iovec> Show(uint16_t first, size_t bytes, Pieces& pieces);
 
 private:
@@ -42,5 +45,8 @@ private:
     uint16_t firstFree;
     unsigned freeBuffers;
 };
+
+// A packet in one piece, in the room.
+Bytes Gather(std::span<const iovec> pieces, uint8_t* room);
 
 }  // namespace vboard::datapath

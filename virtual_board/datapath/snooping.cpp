@@ -93,11 +93,13 @@ void GroupTable::Join(const GroupAddress& group, uint16_t vid, unsigned port, na
         entries[at].until[port] = now + kMembershipTime;
 }
 
-void GroupTable::Leave(const GroupAddress& group, uint16_t vid, unsigned port, nanoseconds now)
+bool GroupTable::Leave(const GroupAddress& group, uint16_t vid, unsigned port, nanoseconds now)
 {
     const int16_t at = Find(group, vid);
-    if (at != kNone)
-        entries[at].until[port] = std::min(entries[at].until[port], now + kLastMemberTime);
+    if (at == kNone || entries[at].until[port] <= now)
+        return false;
+    entries[at].until[port] = std::min(entries[at].until[port], now + kLastMemberTime);
+    return true;
 }
 
 PortMask GroupTable::Members(const GroupAddress& group, uint16_t vid, nanoseconds now) const
@@ -128,11 +130,12 @@ void Snooping::Forget(Protocol protocol)
 void Snooping::Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
                     nanoseconds now)
 {
+    const bool asked = StillIn(family.queriers[vid], now) != 0;
     report.ForEachChange([&](const GroupAddress& group, bool joins) {
         if (joins)
             family.groups.Join(group, vid, port, now);
-        else
-            family.groups.Leave(group, vid, port, now);
+        else if (family.groups.Leave(group, vid, port, now) && !asked && leftCount < kMostLeft)
+            left[leftCount++] = group;
     });
 }
 
@@ -142,6 +145,7 @@ void Snooping::Follow(const MulticastPacket& packet, unsigned port, uint16_t vid
     Family& family = Of(packet.Of());
     const Kind what = packet.What();
     family.empty = family.empty && what == Kind::kData;
+    leftCount = 0;
     if (what == Kind::kQuery && packet.Elects())
         family.queriers[vid][port] = now + kQuerierTime;
     if (what == Kind::kHello)

@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "virtual_board/chips/vs08/forwarding.h"
@@ -24,8 +25,9 @@ public:
     GroupTable();
     void Clear();
     void Join(const GroupAddress& group, uint16_t vid, unsigned port, std::chrono::nanoseconds now);
-    // It ends soon, unless somebody answers the query that follows a leave.
-    void Leave(const GroupAddress& group, uint16_t vid, unsigned port,
+    // It ends soon, unless somebody answers the query that follows a leave. False: the port was no
+    // member.
+    bool Leave(const GroupAddress& group, uint16_t vid, unsigned port,
                std::chrono::nanoseconds now);
     vswitch::PortMask Members(const GroupAddress& group, uint16_t vid,
                               std::chrono::nanoseconds now) const;
@@ -57,6 +59,8 @@ public:
     // Takes note of a packet in a VLAN.
     void Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
                 std::chrono::nanoseconds now);
+    // The groups that members of a VLAN without a querier have left in the packet followed last.
+    std::span<const GroupAddress> Left() const { return {left.data(), leftCount}; }
     // Where it may go after that.
     vswitch::PortMask Destinations(const MulticastPacket& packet, uint16_t vid,
                                    unsigned internalPort, std::chrono::nanoseconds now) const;
@@ -70,10 +74,15 @@ private:
     };
     Family& Of(Protocol protocol) { return families[static_cast<size_t>(protocol)]; }
     const Family& Of(Protocol protocol) const { return families[static_cast<size_t>(protocol)]; }
-    static void Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
-                     std::chrono::nanoseconds now);
+    void Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
+              std::chrono::nanoseconds now);
+
+    // One report that leaves more asks for these only.
+    static constexpr size_t kMostLeft = 16;
 
     std::array<Family, 2> families;
+    std::array<GroupAddress, kMostLeft> left;
+    size_t leftCount = 0;
 };
 
 }  // namespace vboard::datapath

@@ -11,19 +11,12 @@ using Verdict = EgressQueues::Verdict;
 
 namespace {
 
-constexpr size_t kHeaderAndCheck = 18;
+constexpr uint8_t kControlPriority = 7;
 constexpr uint16_t kReservedVid = 4095;
+constexpr uint16_t kCustomerTpid = 0x8100;
+constexpr uint16_t kServiceTpid = 0x88A8;
 constexpr uint8_t kPauseFrame[kShortest] = {0x01, 0x80, 0xC2, 0x00, 0x00, 0x01, 0x02, 0x56, 0x53,
                                             0x30, 0x38, 0x00, 0x88, 0x08, 0x00, 0x01, 0xFF, 0xFF};
-
-// Sizes above 1518 have a counter of their own.
-CounterIndex SizeCounter(size_t length)
-{
-    size_t bucket = 0;
-    for (size_t end = 64; length > end && end < 1024; end = end == 64 ? 127 : 2 * end + 1)
-        ++bucket;
-    return static_cast<CounterIndex>(kPkts64 + bucket);
-}
 
 }  // namespace
 
@@ -71,13 +64,30 @@ bool SwitchEngine::Open(unsigned port) const
     return (view->forwarding & MaskOf(port)) != 0 && chip.Awake(port);
 }
 
-void SwitchEngine::Receive(unsigned port, Bytes given, Time now)
+void SwitchEngine::Receive(unsigned port, Bytes given, Time now, const Offload& left)
 {
     FollowChip();
     if (!Open(port) || given.size() < kHeader)
         return;
     Transmit(now);
-    const Frame frame = Classify(port, Padded(given));
+    if (left.IsDone() || ComesInWhole(port, given, left))
+        return TakeIn(port, given, left, now);
+    Cutter cutter{given, left, comingIn.data()};
+    for (Bytes frame = cutter.Next(); !frame.empty(); frame = cutter.Next())
+        TakeIn(port, frame, {}, now);
+}
+
+// Nobody looks at the single frames of the packet, and they are all treated alike.
+bool SwitchEngine::ComesInWhole(unsigned port, Bytes packet, const Offload& left) const
+{
+    const size_t longest = ShapeOf(packet.size(), left).Longest() + kCheckSequence;
+    return watcher == nullptr && view->ports[port].mirrorTo == ForwardingView::kNoMirror &&
+           (packet[0] & 1) == 0 && longest <= view->mtu;
+}
+
+void SwitchEngine::TakeIn(unsigned port, Bytes given, const Offload& left, Time now)
+{
+    const Frame frame = Classify(port, Padded(given), left);
     const char* lost = Take(frame, given.size(), now);
     if (watcher != nullptr)
         watcher->Received(frame, lost);
@@ -88,7 +98,8 @@ void SwitchEngine::Receive(unsigned port, Bytes given, Time now)
 const char* SwitchEngine::Take(const Frame& frame, size_t length, Time now)
 {
     const unsigned port = frame.port;
-    if (!CountReceived(port, frame.bytes))
+    const Shape shape = ShapeOf(frame.bytes.size(), frame.offload);
+    if (!counters.Received(port, frame.Destination(), shape, view->mtu))
         return "longer than the MTU";
     if (const char* why = WhyNoFrame(frame, length)) {
         counters.Count(port, kInDiscards);
@@ -102,16 +113,18 @@ const char* SwitchEngine::Take(const Frame& frame, size_t length, Time now)
     return lost;
 }
 
-void SwitchEngine::ReceiveBad(unsigned port, Bytes given, Time now)
+void SwitchEngine::ReceiveBad(unsigned port, Bytes given, Time now, Damage damage)
 {
     FollowChip();
     if (!Open(port) || given.size() < kHeader)
         return;
     const Bytes bytes = Padded(given);
-    CountLength(port, LengthOf(bytes));
-    counters.Count(port, LengthOf(bytes) > view->mtu ? kJabbers : kCrcAlignErrors);
+    const size_t length = LengthOf(damage == Damage::kBadCheck ? bytes : given);
+    counters.ReceivedBad(port, length, damage, view->mtu);
     if (watcher != nullptr)
-        watcher->Received(Classify(port, bytes), "wrong frame check sequence");
+        watcher->Received(Classify(port, bytes), damage == Damage::kShort
+                                                     ? "shorter than a frame may be"
+                                                     : "wrong frame check sequence");
     Transmit(now);
 }
 
@@ -122,37 +135,7 @@ const char* SwitchEngine::WhyNoFrame(const Frame& frame, size_t length)
     return (frame.Source()[0] & 1) != 0 ? "comes from a group" : nullptr;
 }
 
-void SwitchEngine::CountLength(unsigned port, size_t length)
-{
-    counters.Count(port, kOctets, length);
-    counters.Count(port, kPkts);
-    if (length <= 1518)
-        counters.Count(port, SizeCounter(length));
-    else if (length <= view->mtu)
-        counters.Count(port, kPkts1519ToMax);
-}
-
-// False: longer than the MTU.
-bool SwitchEngine::CountReceived(unsigned port, Bytes frame)
-{
-    const size_t length = LengthOf(frame);
-    CountLength(port, length);
-    if (length > view->mtu) {
-        counters.Count(port, kOversizePkts);
-        counters.Count(port, kMtuDiscards);
-        return false;
-    }
-    const uint8_t* destination = frame.data();
-    if (destination[0] & 1)
-        counters.Count(port, IsBroadcast(destination) ? kBroadcastPkts : kMulticastPkts);
-    counters.Count(port, kFramesReceived);
-    counters.Count(port, kOctetsReceived, length - kHeaderAndCheck);
-    if (IsPause(destination))
-        counters.Count(port, kPauseReceived);
-    return true;
-}
-
-Frame SwitchEngine::Classify(unsigned port, Bytes bytes) const
+Frame SwitchEngine::Classify(unsigned port, Bytes bytes, const Offload& left) const
 {
     const auto& rules = view->ports[port];
     Frame frame = Parse(port, bytes, rules.customer ? uint16_t{0} : view->tpid);
@@ -160,6 +143,7 @@ Frame SwitchEngine::Classify(unsigned port, Bytes bytes) const
         frame.tag.pcp = rules.pcp;
     if (frame.tag.vid == 0)
         frame.tag.vid = VlanOfUntagged(frame);
+    frame.offload = left;
     return frame;
 }
 
@@ -224,8 +208,22 @@ void SwitchEngine::Snoop(const Frame& frame, Time now)
     if ((!view->igmp && !view->mld) || !frame.ToGroup() || Trapped(frame))
         return;
     const MulticastPacket packet(frame);
-    if (Snooped(packet))
-        snooping.Follow(packet, frame.port, frame.tag.vid, now);
+    if (!Snooped(packet))
+        return;
+    snooping.Follow(packet, frame.port, frame.tag.vid, now);
+    AskLastMembers(frame, packet, now);
+}
+
+// Where no querier does it the switch asks whether somebody behind the port stays.
+void SwitchEngine::AskLastMembers(const Frame& leave, const MulticastPacket& packet, Time now)
+{
+    std::array<uint8_t, kLastMemberQuery> room;
+    for (const GroupAddress& group : snooping.Left()) {
+        const Bytes query = ComposeLastMemberQuery(packet.Of(), group, room.data());
+        Frame asked = Parse(view->internalPort, query, 0);
+        asked.tag = {leave.tag.vid, kControlPriority, false};
+        Distribute(asked, MaskOf(leave.port), now);
+    }
 }
 
 Route SwitchEngine::RouteOf(const Frame& frame, Time now) const
@@ -260,27 +258,47 @@ bool SwitchEngine::TaggedOn(unsigned port, uint16_t vid) const
     return view->providerBridged || vid != rules.pvid;
 }
 
-Bytes SwitchEngine::Outgoing(const Frame& frame, bool tagged)
+const SwitchEngine::Variant& SwitchEngine::Outgoing(const Frame& frame, bool tagged)
 {
     Variant& variant = variants[tagged ? 1 : 0];
-    if (variant.bytes.empty()) {
-        const bool asItIs = !tagged && !frame.tagged;
-        variant.bytes =
-            asItIs ? frame.bytes : Compose(frame, tagged, view->tpid, variant.room.data());
-    }
-    return variant.bytes;
+    if (!variant.bytes.empty())
+        return variant;
+    const bool asItIs = !tagged && !frame.tagged;
+    variant.bytes = asItIs ? frame.bytes : Compose(frame, tagged, view->tpid, variant.room.data());
+    const int taken = static_cast<int>(frame.typeAt - kAddresses);
+    variant.offload = frame.offload.MovedBy((tagged ? static_cast<int>(kTag) : 0) - taken);
+    return variant;
+}
+
+bool SwitchEngine::GoesWhole(const Frame& frame, PortMask destinations) const
+{
+    // Hosts know only the identifiers of 802.1Q.
+    if (view->tpid != kCustomerTpid && view->tpid != kServiceTpid)
+        return false;
+    const Shape shape = ShapeOf(frame.bytes.size(), frame.offload);
+    const Shape tagged{shape.frames, shape.each + kTag, shape.last + kTag};
+    return queues.TakesWhole(destinations, frame.port, tagged);
 }
 
 void SwitchEngine::Distribute(const Frame& frame, PortMask destinations, Time now)
 {
+    if (frame.offload.IsLong() && !GoesWhole(frame, destinations)) {
+        Cutter cutter{frame.bytes, frame.offload, waiting.data()};
+        Frame one = frame;
+        one.offload = {};
+        for (one.bytes = cutter.Next(); !one.bytes.empty(); one.bytes = cutter.Next())
+            Distribute(one, destinations, now);
+        return;
+    }
     for (Variant& variant : variants)
         variant.bytes = {};
     bool bufferFound = false;
     for (unsigned left = destinations; left != 0; left &= left - 1) {
         const auto port = static_cast<unsigned>(std::countr_zero(left));
-        const Bytes out = Outgoing(frame, TaggedOn(port, frame.tag.vid));
-        const Verdict verdict =
-            Admit({frame.port, port, frame.tag.vid, frame.tag.pcp, frame.tag.dei, false}, out, now);
+        const Variant& out = Outgoing(frame, TaggedOn(port, frame.tag.vid));
+        const Verdict verdict = Admit(
+            {frame.port, port, frame.tag.vid, frame.tag.pcp, frame.tag.dei, false, out.offload},
+            out.bytes, now);
         bufferFound = bufferFound || verdict != Verdict::kNoBuffer;
     }
     if (!bufferFound)
@@ -318,19 +336,15 @@ void SwitchEngine::Mirror(unsigned port, unsigned ingress, const Tag& tag, Bytes
 {
     const auto to = static_cast<unsigned>(view->ports[port].mirrorTo);
     if (view->links & MaskOf(to))
-        Admit({ingress, to, tag.vid, tag.pcp, tag.dei, true}, frame, now);
+        Admit({ingress, to, tag.vid, tag.pcp, tag.dei, true, {}}, frame, now);
 }
 
-void SwitchEngine::MirrorSent(const EgressQueues::Departure& departure, Time now)
+void SwitchEngine::MirrorSent(const EgressQueues::Admission& admission,
+                              std::span<const iovec> frame, Time now)
 {
-    size_t size = 0;
-    for (const iovec& piece : departure.pieces) {
-        memcpy(mirrored.data() + size, piece.iov_base, piece.iov_len);
-        size += piece.iov_len;
-    }
-    const auto& admission = departure.admission;
-    Mirror(departure.port, admission.ingress, {admission.vid, admission.pcp, admission.dei},
-           {mirrored.data(), size}, now);
+    const Bytes bytes = Gather(frame, mirrored.data());
+    Mirror(admission.port, admission.ingress, {admission.vid, admission.pcp, admission.dei}, bytes,
+           now);
 }
 
 void SwitchEngine::Transmit(Time now)
@@ -338,23 +352,46 @@ void SwitchEngine::Transmit(Time now)
     FollowChip();
     EgressQueues::Departure departure;
     while (queues.Depart(now, departure)) {
-        const unsigned port = departure.port;
-        wires.Send(port, departure.pieces);
-        if (watcher != nullptr)
-            watcher->Sent(departure.admission, departure.pieces);
-        CountSent(port, static_cast<const uint8_t*>(departure.pieces[0].iov_base), departure.bytes);
-        if (!departure.admission.copy && view->ports[port].mirrorTo != ForwardingView::kNoMirror)
-            MirrorSent(departure, now);
+        if (departure.admission.offload.IsDone() || LeavesWhole(departure.port))
+            Send(departure.admission, departure.pieces, departure.bytes, now);
+        else
+            SendFrames(departure, now);
         queues.Release(departure);
     }
 }
 
-void SwitchEngine::CountSent(unsigned port, const uint8_t* destination, size_t bytes)
+bool SwitchEngine::LeavesWhole(unsigned port) const
 {
-    counters.Count(port, kFramesSent);
-    counters.Count(port, kOctetsSent, bytes + kCheckSequence - kHeaderAndCheck);
-    if (destination[0] & 1)
-        counters.Count(port, IsBroadcast(destination) ? kBroadcastSent : kMulticastSent);
+    return watcher == nullptr && view->ports[port].mirrorTo == ForwardingView::kNoMirror &&
+           wires.TakesPackets(port);
+}
+
+void SwitchEngine::SendFrames(const EgressQueues::Departure& departure, Time now)
+{
+    EgressQueues::Admission admission = departure.admission;
+    admission.offload = {};
+    const Bytes packet = Gather(departure.pieces, waiting.data());
+    Cutter cutter{packet, departure.admission.offload, goingOut.data()};
+    for (Bytes frame = cutter.Next(); !frame.empty(); frame = cutter.Next()) {
+        const iovec piece{goingOut.data(), frame.size()};
+        Send(admission, {&piece, 1}, frame.size(), now);
+    }
+}
+
+void SwitchEngine::Send(const EgressQueues::Admission& admission, std::span<const iovec> packet,
+                        size_t size, Time now)
+{
+    const unsigned port = admission.port;
+    if (admission.offload.IsDone())
+        wires.Send(port, packet);
+    else
+        wires.SendPacket(port, packet, admission.offload);
+    if (watcher != nullptr)
+        watcher->Sent(admission, packet);
+    counters.Sent(port, static_cast<const uint8_t*>(packet[0].iov_base),
+                  ShapeOf(size, admission.offload));
+    if (!admission.copy && view->ports[port].mirrorTo != ForwardingView::kNoMirror)
+        MirrorSent(admission, packet, now);
 }
 
 }  // namespace vboard::datapath

@@ -9,10 +9,14 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "virtual_board/chips/vs08/chip.h"
 #include "virtual_board/datapath/egress_queues.h"
 #include "virtual_board/datapath/frame.h"
+#include "virtual_board/datapath/frame_counters.h"
+#include "virtual_board/datapath/last_member_query.h"
+#include "virtual_board/datapath/offload.h"
 #include "virtual_board/datapath/snooping.h"
 
 namespace vboard::datapath {
@@ -27,6 +31,12 @@ public:
 
     // A frame without its frame check sequence, in pieces that are gone after the call.
     virtual void Send(unsigned port, std::span<const iovec> frame) = 0;
+    // Whether the far end takes packets of which something is left to do.
+    virtual bool TakesPackets(unsigned /*port*/) const { return false; }
+    virtual void SendPacket(unsigned /*port*/, std::span<const iovec> /*packet*/,
+                            const Offload& /*left*/)
+    {
+    }
 };
 
 // Is told what becomes of each frame; the frame is gone after the call.
@@ -64,10 +74,16 @@ public:
 
     SwitchEngine(VswitchChip& chip, Wires& wires);
 
-    // A frame arrives, without its frame check sequence. The chip must have been advanced to now.
-    void Receive(unsigned port, Bytes frame, Time now);
-    // One arrives with a wrong frame check sequence.
-    void ReceiveBad(unsigned port, Bytes frame, Time now);
+    // A frame arrives, without its frame check sequence, or a packet of which something is left to
+    // do. The chip must have been advanced to now.
+    void Receive(unsigned port, Bytes frame, Time now, const Offload& left = {});
+    // One arrives that the cable has damaged.
+    void ReceiveBad(unsigned port, Bytes frame, Time now, Damage damage = Damage::kBadCheck);
+    // A frame has collided on its cable.
+    void CountCollisions(unsigned port, unsigned times)
+    {
+        counters.Count(port, vswitch::kCollisions, times);
+    }
     // Sends what is to begin no later than now; Receive does it as well.
     void Transmit(Time now);
     // When Transmit has to be called next.
@@ -80,7 +96,7 @@ public:
     const vswitch::ForwardingView& View();
     bool Open(unsigned port) const;
     // The frame is padded to the shortest length.
-    Frame Classify(unsigned port, Bytes bytes) const;
+    Frame Classify(unsigned port, Bytes bytes, const Offload& left = {}) const;
     static const char* WhyNoFrame(const Frame& frame, size_t length);
     bool Admitted(const Frame& frame) const;
     Route RouteOf(const Frame& frame, Time now) const;
@@ -88,26 +104,33 @@ public:
 
 private:
     struct Variant {
-        std::array<uint8_t, kLongest + kTag> room;
+        std::vector<uint8_t> room = std::vector<uint8_t>(kLongestPacket);
         Bytes bytes;
+        Offload offload;
     };
 
     void FollowChip();
     Bytes Padded(Bytes frame);
-    bool CountReceived(unsigned port, Bytes frame);
-    void CountSent(unsigned port, const uint8_t* destination, size_t bytes);
+    bool ComesInWhole(unsigned port, Bytes packet, const Offload& left) const;
+    bool GoesWhole(const Frame& frame, vswitch::PortMask destinations) const;
+    bool LeavesWhole(unsigned port) const;
+    void TakeIn(unsigned port, Bytes given, const Offload& left, Time now);
     void Mirror(unsigned port, unsigned ingress, const Tag& tag, Bytes frame, Time now);
-    void MirrorSent(const EgressQueues::Departure& departure, Time now);
+    void MirrorSent(const EgressQueues::Admission& admission, std::span<const iovec> frame,
+                    Time now);
+    void Send(const EgressQueues::Admission& admission, std::span<const iovec> packet, size_t size,
+              Time now);
+    void SendFrames(const EgressQueues::Departure& departure, Time now);
 
     uint16_t VlanOfUntagged(const Frame& frame) const;
     const char* Take(const Frame& frame, size_t length, Time now);
     const char* Forward(const Frame& frame, Time now);
-    void CountLength(unsigned port, size_t length);
     void Learn(const Frame& frame, Time now);
     bool Trapped(const Frame& frame) const;
     bool Snooped(const MulticastPacket& packet) const;
     void Snoop(const Frame& frame, Time now);
-    Bytes Outgoing(const Frame& frame, bool tagged);
+    void AskLastMembers(const Frame& leave, const MulticastPacket& packet, Time now);
+    const Variant& Outgoing(const Frame& frame, bool tagged);
     void Distribute(const Frame& frame, vswitch::PortMask destinations, Time now);
     EgressQueues::Verdict Admit(const EgressQueues::Admission& admission, Bytes frame, Time now);
     void SendPauses();
@@ -115,7 +138,7 @@ private:
     VswitchChip& chip;
     Wires& wires;
     const vswitch::ForwardingView* view = nullptr;
-    vswitch::Counters& counters;
+    FrameCounters counters;
     Watcher* watcher = nullptr;
     Snooping snooping;
     EgressQueues queues;
@@ -127,7 +150,10 @@ private:
 
     std::array<uint8_t, kShortest> padded;
     std::array<Variant, 2> variants;  // without and with a tag, composed when first needed
-    std::array<uint8_t, kLongest + kTag> mirrored;
+    std::vector<uint8_t> mirrored = std::vector<uint8_t>(kLongestPacket);
+    std::vector<uint8_t> comingIn = std::vector<uint8_t>(kLongestPacket);  // frames cut there
+    std::vector<uint8_t> waiting = std::vector<uint8_t>(kLongestPacket);   // before they go out
+    std::vector<uint8_t> goingOut = std::vector<uint8_t>(kLongestPacket);  // and then
 };
 
 }  // namespace vboard::datapath

@@ -167,7 +167,7 @@ TEST_F(IgmpSnooping, ALeaveEndsTheMembershipOfItsPortAfterTheLastQuery)
 {
     Hear(1, Report(kGroup1));
     Hear(2, Report(kGroup1));
-    EXPECT_EQ(Ports(1, Leave(kGroup1)), "0");
+    EXPECT_EQ(Ports(1, Leave(kGroup1)), "0 1");
     bench.Wait(seconds(2) - std::chrono::microseconds(10));
     EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1 2");
     bench.Wait(std::chrono::microseconds(10));
@@ -184,6 +184,38 @@ TEST_F(IgmpSnooping, AnotherMemberBehindThePortAnswersTheLastQuery)
     EXPECT_EQ(Ports(3, Data(kGroup1)), "0 1");
     Hear(1, Leave(kGroup2));
     EXPECT_EQ(Ports(3, Data(kGroup2)), kAll) << "who leaves what nobody has joined joins nothing";
+}
+
+TEST_F(IgmpSnooping, AsksTheLastMembersWhereNoQuerierDoes)
+{
+    Hear(1, Report(kGroup1));
+    const auto asked = Hear(1, Leave(kGroup1)).at(1);
+    ASSERT_EQ(asked.size(), 1u);
+    const Octets& query = asked[0];
+    EXPECT_EQ(Octets(query.begin(), query.begin() + 6), Octets({1, 0, 0x5E, 1, 1, 1}));
+    EXPECT_EQ(Octets(query.begin() + 26, query.begin() + 34), Octets({0, 0, 0, 0, 239, 1, 1, 1}));
+    EXPECT_EQ(query[14 + 24], 0x11);
+    EXPECT_EQ(query[14 + 25], 10) << "to be answered within a second";
+    const auto whole = [](Octets message, size_t at) {
+        message[at] = message[at + 1] = 0;
+        return Summed(message, at);
+    };
+    const Octets header(query.begin() + 14, query.begin() + 38);
+    const Octets message(query.begin() + 38, query.begin() + 50);
+    EXPECT_EQ(whole(header, 10), header);
+    EXPECT_EQ(whole(message, 2), message);
+    EXPECT_EQ(Ports(1, Leave(kGroup2)), "0") << "nobody was a member";
+    Hear(5, Query());
+    Hear(1, Report(kGroup1));
+    EXPECT_EQ(Ports(1, Leave(kGroup1)), "0 5") << "the querier asks";
+}
+
+TEST_F(IgmpSnooping, TheQuestionForTheLastMembersElectsNoQuerier)
+{
+    Hear(1, Report(kGroup1));
+    const Octets query = Hear(1, Leave(kGroup1)).at(1).at(0);
+    EXPECT_EQ(Ports(5, query), "0 1 2 3 4 6 7");
+    EXPECT_EQ(Ports(3, Data(kGroup2)), kAll);
 }
 
 TEST_F(IgmpSnooping, AQueryFromNowhereElectsNoQuerier)
@@ -319,6 +351,20 @@ TEST_F(MldSnooping, FollowsVersion1)
     Hear(1, Mld1(132, kGroup6, kAllMldRouters));
     bench.Wait(seconds(2));
     EXPECT_EQ(Ports(3, Data6(kGroup6)), kAll);
+}
+
+TEST_F(MldSnooping, AsksTheLastMembersWhereNoQuerierDoes)
+{
+    Hear(1, Mld2(4, kGroup6));
+    const auto asked = Hear(1, Mld2(3, kGroup6)).at(1);
+    ASSERT_EQ(asked.size(), 1u);
+    const Octets& query = asked[0];
+    EXPECT_EQ(Octets(query.begin(), query.begin() + 6), Octets({0x33, 0x33, 0, 0, 0x12, 0x34}));
+    EXPECT_EQ(Octets(query.begin() + 22, query.begin() + 24), Octets({0xFE, 0x80}));
+    EXPECT_EQ(Octets(query.begin() + 38, query.begin() + 54), kGroup6);
+    // Elsewhere it would be a query like others: it is complete, and its checksum is right.
+    Hear(5, query);
+    EXPECT_EQ(Ports(3, Data6(kGroup6)), "0 1 5");
 }
 
 TEST_F(MldSnooping, FollowsVersion2)

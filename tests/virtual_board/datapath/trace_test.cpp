@@ -101,6 +101,23 @@ TEST_F(Tracing, SaysWhatHappens)
     }
 }
 
+TEST_F(Lan, WhatIsLeftOfAFrameIsCountedAndDropped)
+{
+    const Octets rest(28, 2);
+    bench.Wait(std::chrono::nanoseconds(1));
+    engine.ReceiveBad(1, rest, bench.now, vboard::datapath::Damage::kShort);
+    EXPECT_EQ(Counter(1, "etherStatsUndersizePkts"), 1u);
+    EXPECT_EQ(Counter(1, "etherStatsFragments"), 0u);
+    engine.ReceiveBad(1, rest, bench.now, vboard::datapath::Damage::kFragment);
+    EXPECT_EQ(Counter(1, "etherStatsUndersizePkts"), 1u);
+    EXPECT_EQ(Counter(1, "etherStatsFragments"), 1u);
+    EXPECT_TRUE(Drain().empty());
+    EXPECT_EQ(Counter(1, "etherStatsPkts"), 2u);
+    EXPECT_EQ(Counter(1, "etherStatsOctets"), 64u);
+    EXPECT_EQ(Counter(1, "etherStatsPkts64Octets"), 0u);
+    EXPECT_EQ(Counter(1, "etherStatsCRCAlignErrors"), 0u);
+}
+
 TEST_F(Lan, AFrameWithAWrongCheckSequenceIsCountedAndDropped)
 {
     const Octets good = From(kA, kB);

@@ -1,0 +1,160 @@
+#include "virtual_board/datapath/offload.h"
+
+#include <cstring>
+
+#include "virtual_board/datapath/ip.h"
+
+namespace vboard::datapath {
+namespace {
+
+constexpr uint16_t kTypeVlan = 0x8100;
+constexpr uint16_t kTypeServiceVlan = 0x88A8;
+constexpr size_t kTcpHeader = 20;
+constexpr size_t kTcpSum = 16;
+constexpr uint8_t kTcp = 6;
+constexpr uint8_t kFinOrPush = 0x09;
+constexpr uint8_t kWindowReduced = 0x80;
+constexpr size_t kMostHeaders = 256;
+// Smaller ones no host sends, and they would make thousands of frames.
+constexpr size_t kLeastPerFrame = 48;
+
+uint32_t LongWord(const uint8_t* at)
+{
+    return static_cast<uint32_t>(Word(at)) << 16 | Word(at + 2);
+}
+
+void PutLongWord(uint8_t* at, uint32_t value)
+{
+    PutWord(at, static_cast<uint16_t>(value >> 16));
+    PutWord(at + 2, static_cast<uint16_t>(value));
+}
+
+void PutSum(uint8_t* at, uint16_t sum)
+{
+    const auto checksum = static_cast<uint16_t>(~sum);
+    PutWord(at, checksum != 0 ? checksum : 0xFFFF);
+}
+
+bool IsTcp(Bytes packet, size_t ip, size_t tcp)
+{
+    const uint8_t* header = packet.data() + ip;
+    if (packet[ip] >> 4 == 6)
+        return tcp >= ip + kIpv6Header;
+    return packet[ip] >> 4 == 4 && tcp == ip + 4u * (packet[ip] & 15) && tcp >= ip + kIpv4Header &&
+           header[9] == kTcp;
+}
+
+// Where the data of a long packet begin, and where its IP header is.
+bool FindHeaders(Bytes packet, Offload& offload)
+{
+    size_t at = kAddresses;
+    uint16_t type = Word(packet.data() + at);
+    while ((type == kTypeVlan || type == kTypeServiceVlan) && at + kTag + 2 <= packet.size()) {
+        at += kTag;
+        type = Word(packet.data() + at);
+    }
+    const size_t ip = at + 2;
+    const size_t tcp = offload.sumFrom;
+    if ((type != kTypeIpv4 && type != kTypeIpv6) || ip + kIpv4Header > tcp ||
+        tcp + kTcpHeader > packet.size() || offload.sumAt != tcp + kTcpSum ||
+        !IsTcp(packet, ip, tcp))
+        return false;
+    const size_t data = tcp + 4u * (packet[tcp + 12] >> 4);
+    offload.ip = static_cast<uint16_t>(ip);
+    offload.data = static_cast<uint16_t>(data);
+    return data >= tcp + kTcpHeader && data < packet.size() && data <= kMostHeaders &&
+           packet.size() - ip <= 65535;
+}
+
+}  // namespace
+
+std::optional<Offload> Understand(Bytes packet, size_t sumFrom, size_t sumOffset, size_t perFrame)
+{
+    if (sumFrom < kHeader || sumFrom + sumOffset + 2 > packet.size() ||
+        packet.size() > kLongestPacket - kTag)
+        return std::nullopt;
+    Offload offload;
+    offload.sumFrom = static_cast<uint16_t>(sumFrom);
+    offload.sumAt = static_cast<uint16_t>(sumFrom + sumOffset);
+    if (perFrame == 0)
+        return offload;
+    if (perFrame < kLeastPerFrame || !FindHeaders(packet, offload))
+        return std::nullopt;
+    // What fits into one frame is one.
+    if (packet.size() - offload.data > perFrame)
+        offload.perFrame = static_cast<uint16_t>(perFrame);
+    return offload;
+}
+
+Shape ShapeOf(size_t size, const Offload& offload)
+{
+    if (!offload.IsLong())
+        return {1, 0, std::max(size, kShortest)};
+    const size_t data = size - offload.data;
+    const size_t frames = (data + offload.perFrame - 1) / offload.perFrame;
+    const size_t each = std::max<size_t>(offload.data + offload.perFrame, kShortest);
+    const size_t last = offload.data + data - (frames - 1) * offload.perFrame;
+    return {static_cast<unsigned>(frames), each, std::max(last, kShortest)};
+}
+
+bool IsIpv6(const uint8_t* packet, const Offload& offload)
+{
+    return packet[offload.ip] >> 4 == 6;
+}
+
+Bytes Cutter::Next()
+{
+    if (offload.data + done >= packet.size())
+        return {};
+    const size_t left = packet.size() - offload.data - done;
+    const size_t part = offload.IsLong() ? std::min<size_t>(left, offload.perFrame) : left;
+    const size_t size = Place(done, part);
+    if (offload.IsLong()) {
+        AdjustIp(size);
+        AdjustTcp(done, size);
+    }
+    if (offload.sumFrom != 0)
+        PutSum(room + offload.sumAt, Sum({room + offload.sumFrom, size - offload.sumFrom}, 0));
+    done += part;
+    ++number;
+    if (size < kShortest)
+        memset(room + size, 0, kShortest - size);
+    return {room, std::max(size, kShortest)};
+}
+
+size_t Cutter::Place(size_t at, size_t size)
+{
+    memcpy(room, packet.data(), offload.data);
+    memcpy(room + offload.data, packet.data() + offload.data + at, size);
+    return offload.data + size;
+}
+
+void Cutter::AdjustIp(size_t size) const
+{
+    uint8_t* ip = room + offload.ip;
+    if (ip[0] >> 4 == 6) {
+        PutWord(ip + 4, static_cast<uint16_t>(size - offload.ip - kIpv6Header));
+        return;
+    }
+    PutWord(ip + 2, static_cast<uint16_t>(size - offload.ip));
+    PutWord(ip + 4, static_cast<uint16_t>(Word(ip + 4) + number));
+    PutWord(ip + 10, 0);
+    PutWord(ip + 10, static_cast<uint16_t>(~Sum({ip, 4u * (ip[0] & 15)}, 0)));
+}
+
+// The checksum's place holds the sum of the pseudo header, of which the length changes.
+void Cutter::AdjustTcp(size_t at, size_t size) const
+{
+    uint8_t* tcp = room + offload.sumFrom;
+    PutLongWord(tcp + 4, LongWord(tcp + 4) + static_cast<uint32_t>(at));
+    if (offload.data + at + offload.perFrame < packet.size())
+        tcp[13] &= static_cast<uint8_t>(~kFinOrPush);
+    if (number != 0)
+        tcp[13] &= static_cast<uint8_t>(~kWindowReduced);
+    const auto before = static_cast<uint16_t>(packet.size() - offload.sumFrom);
+    const auto now = static_cast<uint16_t>(size - offload.sumFrom);
+    const uint32_t change = static_cast<uint16_t>(~before) + uint32_t{now};
+    PutWord(tcp + kTcpSum, Sum({tcp + kTcpSum, 2}, change));
+}
+
+}  // namespace vboard::datapath
