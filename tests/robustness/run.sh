@@ -20,9 +20,10 @@ esac
 # meet on one board.
 builds=(gcc i386 release release-i386)
 tests=(fault_table_test kill_matrix_test signals_test threads_test hostile_region_test
-       neighbours_test soak_worker soak_test)
-# What has no natural end: 6 hostile forms per build, 4 crowds and one race detector.
-seconds=$((minutes * 60 / (6 * ${#builds[@]} + 4 + 1)))
+       neighbours_test soak_worker soak_test board_worker)
+# What has no natural end: 6 hostile forms per build, 4 crowds and 2 on the virtual board, one race
+# detector.
+seconds=$((minutes * 60 / (6 * ${#builds[@]} + 4 + 2 + 1)))
 [ "$seconds" -gt 0 ] || seconds=1
 log=build/robustness/run.log
 failed=0
@@ -37,9 +38,10 @@ tree()
 
 build()
 {
-    local output
+    local output programs=OFF
     output=$(tree "$1").log
-    cmake --preset "$1" -B "$(tree "$1")" -DORBLINK_PROGRAMS=OFF >"$output" 2>&1 &&
+    [ "$1" != release ] || programs=ON # for recover and the virtual board
+    cmake --preset "$1" -B "$(tree "$1")" -DORBLINK_PROGRAMS=$programs >"$output" 2>&1 &&
         cmake --build "$(tree "$1")" --target "${@:2}" >>"$output" 2>&1 ||
         { tail -n 40 "$output" >&2; exit 1; }
 }
@@ -67,7 +69,7 @@ names()
 
 for preset in "${builds[@]}"; do
     echo "$(date +%T)  build $preset"
-    build "$preset" "${tests[@]}"
+    build "$preset" "${tests[@]}" vswitch_hal ethphy_ieee8023_hal phyk20_hal
 done
 echo "$(date +%T)  build tsan"
 build tsan threads_test
@@ -80,6 +82,11 @@ for preset in "${builds[@]}"; do
 done
 echo "$(date +%T)  soak"
 run release "$seconds" soak_test
+for kills in "" --kills; do
+    echo "== release soak on the virtual board $kills" >>"$log"
+    timeout $((seconds + 300)) tests/robustness/soak_on_board.py "$(tree release)" "$seconds" 15 \
+        $kills >>"$log" 2>&1 || { failed=1; echo "FAILED: soak on the board, see $log" >&2; }
+done
 echo "$(date +%T)  race detector"
 run tsan "$seconds" threads_test
 

@@ -35,6 +35,15 @@ void BringUp()
     ORBLINK_ResetDisable(Any<uint8_t>() % 3, Any<int>(), Any<bool>() ? parameters : nullptr, size);
 }
 
+// A record for each switch.
+void InitHwSpecificData()
+{
+    Arguments arguments;
+    auto* bsd = arguments.Draw<SwitchBsd*>();
+    auto* vendor = arguments.Allocate(OB_MAX_SWITCHES * sizeof(SwitchVendorRecord));
+    OBOS_InitHwSpecificData(bsd, Any<bool>() ? static_cast<SwitchVendorRecord*>(vendor) : nullptr);
+}
+
 constexpr void (*kCalls[])() = {
     Walk,
     BringUp,
@@ -95,7 +104,7 @@ constexpr void (*kCalls[])() = {
     Run<OBOS_MapSwitchDevices>,
     Run<OBOS_GetConfiguredDevice>,
     Run<OBOS_InitBsdFromIni>,
-    Run<OBOS_InitHwSpecificData>,
+    InitHwSpecificData,
     Run<OBOS_SetGpioValue>,
     Run<OBOS_ResetSerDes>,
     Run<OBOS_GetMacAddresses>,
