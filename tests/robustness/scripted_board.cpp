@@ -67,8 +67,8 @@ void RemoveLock(Family family)
 std::string RegionBytes(Family family)
 {
     return family == Family::kSwitch
-               ? std::string(reinterpret_cast<const char*>(&Region()), sizeof(Region()))
-               : std::string(reinterpret_cast<const char*>(&PhyRegion()), sizeof(PhyRegion()));
+               ? std::string(reinterpret_cast<const char*>(&Region()), sizeof(SwitchDeviceRegion))
+               : std::string(reinterpret_cast<const char*>(&PhyRegion()), sizeof(PhyDeviceRegion));
 }
 
 }  // namespace obtest

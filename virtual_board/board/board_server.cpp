@@ -97,7 +97,7 @@ BoardServer::BoardServer(VirtualBoard& served, std::string socketPath)
 
 BoardServer::~BoardServer()
 {
-    unlink(path.c_str());
+    unlink(path.c_str());  // result dropped: its directory goes as well
 }
 
 void BoardServer::Accept()

@@ -123,7 +123,7 @@ void MailboxSockets::SendDue()
 {
     for (auto& [id, line] : lines) {
         const auto* message = line.fd ? cpu.Offer(line.end) : nullptr;
-        if (message != nullptr)
+        if (message != nullptr)  // result dropped: the other end does not wait, or is gone
             send(line.fd.Get(), message->data(), message->size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     }
 }

@@ -29,7 +29,7 @@ bool Exists(int semaphore)
 PrivateNames::~PrivateNames()
 {
     for (const auto& [key, id] : semaphores)
-        semctl(id, 0, IPC_RMID);
+        semctl(id, 0, IPC_RMID);  // result dropped: a program may have removed it
 }
 
 std::string PrivateNames::PathOf(uint32_t index) const

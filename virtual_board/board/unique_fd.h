@@ -20,7 +20,7 @@ public:
     ~UniqueFd()
     {
         if (fd >= 0)
-            close(fd);
+            close(fd);  // result dropped: nothing written with it is kept in a cache
     }
 
     int Get() const { return fd; }

@@ -219,7 +219,7 @@ void Lans::Arrive(Lan& lan, unsigned port)
 void Lans::Unplug(Lan& lan, unsigned port)
 {
     const TapPort& tap = *lan.ports[port].tap;
-    for (const int fd : {tap.FrameFd(), tap.ChangeFd()})
+    for (const int fd : {tap.FrameFd(), tap.ChangeFd()})  // result dropped: one may be out already
         epoll_ctl(events.Get(), EPOLL_CTL_DEL, fd, nullptr);
     FollowInterface(lan, port);
 }

@@ -63,6 +63,7 @@ void KeepRightsAcrossExec()
     if (syscall(SYS_capset, &header, sets) != 0)
         return;
     for (unsigned right = 0; right <= CAP_LAST_CAP; ++right)
+        // Result dropped: a right that is not permitted cannot be raised, and is not needed.
         prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, right, 0, 0);
 }
 

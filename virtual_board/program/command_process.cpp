@@ -67,7 +67,7 @@ bool CommandProcess::HandleSignals()
         // The terminal has sent it to the command as well.
         const bool fromTerminal = signal.ssi_code == SI_KERNEL;
         if (signal.ssi_signo != SIGCHLD && !fromTerminal)
-            kill(pid, static_cast<int>(signal.ssi_signo));
+            kill(pid, static_cast<int>(signal.ssi_signo));  // result dropped: it may have ended
     }
     return Reap();
 }

@@ -1,6 +1,8 @@
 #include "virtual_board/program/control_command.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 #include "virtual_board/program/capture_command.h"
@@ -35,8 +37,10 @@ int Print(const ControlOptions& options, const Json& answer)
     }
     const std::string text =
         options.json ? answer.dump(2) + "\n" : TextOf(options.verb->answer, answer);
-    fwrite(text.data(), 1, text.size(), stdout);
-    return 0;
+    if (fwrite(text.data(), 1, text.size(), stdout) == text.size() && fflush(stdout) == 0)
+        return 0;
+    fprintf(stderr, "orblink-vboard: standard output: %s\n", strerror(errno));
+    return kExitFailed;
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ void KillChildren()
 {
     std::ifstream children{"/proc/thread-self/children"};
     for (pid_t pid = 0; children >> pid;)
-        kill(pid, SIGKILL);
+        kill(pid, SIGKILL);  // result dropped: it may have ended
 }
 
 // Each that ends leaves its own children here, so it takes some rounds.
@@ -54,7 +54,7 @@ int PassSignalsOn(pid_t command, const sigset_t& signals)
             return exitStatus;
         // From the terminal it has come to the command as well.
         if (signal > 0 && signal != SIGCHLD && info.si_code != SI_KERNEL)
-            kill(command, signal);
+            kill(command, signal);  // result dropped: it may have ended
     }
 }
 

@@ -57,7 +57,7 @@ void RemoveAll()
         const key_t key = ftok(path, kSemaphoreKeyId);
         const int id = key == -1 ? -1 : semget(key, 0, 0);
         if (id != -1)
-            semctl(id, 0, IPC_RMID);
+            semctl(id, 0, IPC_RMID);  // results dropped: what somebody has removed is gone
         unlink(path);
     }
 }
@@ -89,7 +89,7 @@ void MachineNames::StartKeeper()
         ::signal(signal, SIG_IGN);
     alive_ = UniqueFd{};
     for (int fd : {0, 1, 2})
-        close(fd);
+        close(fd);  // result dropped: one that was not open is as good
     char never;
     while (read(ended.Get(), &never, 1) == -1 && errno == EINTR) {
     }

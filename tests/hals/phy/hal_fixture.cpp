@@ -59,7 +59,8 @@ int Read(uint8_t devIdx, int mmd, uint16_t reg, uint16_t* value)
         read = mmd < 0 ? phy->Read22(static_cast<uint8_t>(reg))
                        : phy->Read45(static_cast<uint8_t>(mmd), reg);
     EXPECT_TRUE(read || !halWorld.refusalsAreFailures)
-        << "read of " << mmd << '.' << reg << ": " << phy->Complaint();
+        << "read of " << mmd << '.' << reg << ": "
+        << (phy != nullptr ? phy->Complaint() : "nobody there");
     if (!read)
         return -1;
     *value = *read;

@@ -127,6 +127,7 @@ TEST_F(VswitchHalWalk, WhatStaysIsMetOnceWhateverComesAndGoes)
 {
     Learn(0, 100);
     unsigned next = 1000;
+    // cppcheck-suppress danglingLifetime ; forgotten before the next test
     duringWalk = [&](const VswitchMacEntry& entry) {
         const unsigned number = NumberOf(entry);
         if (number < 100 && number % 10 == 5) {  // this one and one ahead go, two new ones come

@@ -124,6 +124,7 @@ int usleep(useconds_t)
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     FuzzedDataProvider input{data, size};
+    // cppcheck-suppress danglingLifetime ; nobody asks for it between two runs
     platform.input = &input;
     auto storage = std::make_unique<uint8_t[]>(EP_HAL_PRIV_DATA_SIZE);
     memory = storage.get();

@@ -51,6 +51,7 @@ void CallOne(const struct OBHAL_HalFuncs& hal)
 {
     Arguments arguments;
     using Table = struct OBHAL_HalFuncs;
+    // cppcheck-suppress syntaxError ; it cannot read the tuple
     constexpr auto kPlain = std::tuple{&Table::EnableProviderBridgedMode,
                                        &Table::DisableProviderBridgedMode,
                                        &Table::SetLanPortVlan,

@@ -236,12 +236,11 @@ TEST_F(BringUp, WithoutAResetPinSkipsThePulseAndItsWaits)
     Init(SwitchBoard::With({{.resetGpioPin = 0xFFFFFFFF}}));
     EXPECT_EQ(ORBLINK_ResetDisable(0, 1, nullptr, 0), 0);
     const Lines& all = transcript.All();
-    const auto skipped = std::find(all.begin(), all.end(),
-                                   "log2 ORBLINK_ResetDisable:# No hardware-reseting GPIO pin "
-                                   "defined, skipping, DevIdx=0");
-    ASSERT_NE(skipped, all.end());
-    EXPECT_EQ(*(skipped - 1), kSystemStateOpened);
-    EXPECT_EQ(*(skipped + 1), "hal0 ResetSwitch(0, ptr, 8)");
+    const Lines skipped = {kSystemStateOpened,
+                           "log2 ORBLINK_ResetDisable:# No hardware-reseting GPIO pin defined, "
+                           "skipping, DevIdx=0",
+                           "hal0 ResetSwitch(0, ptr, 8)"};
+    EXPECT_NE(std::search(all.begin(), all.end(), skipped.begin(), skipped.end()), all.end());
     EXPECT_THAT(transcript.Only({"wait"}), ElementsAre("wait usleep(2000)"));
 }
 

@@ -32,7 +32,7 @@ struct RandomCall {
 
 class CallSource {
 public:
-    CallSource(unsigned seed, DrawLimits limits) : random_(seed), limits_(limits) {}
+    CallSource(unsigned seed, const DrawLimits& limits) : random_(seed), limits_(limits) {}
 
     RandomCall Next();
 

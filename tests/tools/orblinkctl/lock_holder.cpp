@@ -40,9 +40,12 @@ bool Take(const Names& names)
 bool Map(const Names& names)
 {
     const int file = shm_open(names.region, O_RDWR, 0);
-    return file >= 0 &&
-           mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) != MAP_FAILED &&
-           close(file) == 0;
+    if (file < 0)
+        return false;
+    // Mapped until the process ends.
+    static const void* address = nullptr;
+    address = mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    return address != MAP_FAILED && close(file) == 0;
 }
 
 bool Wait()

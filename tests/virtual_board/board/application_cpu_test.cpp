@@ -37,7 +37,7 @@ protected:
         const FaultKind* kind = FindFault(name);
         faults.Add({kind, value.value_or(kind->defaultValue), 1, times});
     }
-    int Send(MailboxEnd& end, std::vector<uint8_t> message)
+    int Send(MailboxEnd& end, const std::vector<uint8_t>& message)
     {
         return cpu.Send(end, message, taken);
     }

@@ -76,6 +76,14 @@ TEST(Control, ABoardThatIsNotThereIsAFailure)
     EXPECT_THAT(outcome.output, HasSubstr("no board at /no/such/socket: No such file"));
 }
 
+TEST(Control, AnAnswerThatCannotBeWrittenIsAFailure)
+{
+    auto outcome = OnBoard("one_switch.toml", "$VBOARD control state >/dev/full; echo $?\n");
+    EXPECT_THAT(outcome.output,
+                HasSubstr("orblink-vboard: standard output: No space left on device"));
+    EXPECT_THAT(outcome.output, HasSubstr("\n1\n"));
+}
+
 nlohmann::json AskJson(const std::string& board, const std::string& script,
                        const std::string& options = "")
 {

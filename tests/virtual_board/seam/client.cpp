@@ -86,8 +86,9 @@ int Gmac(char** argv)
     strncpy(request.ifr_name, argv[0], IFNAMSIZ - 1);
     request.ifr_data = reinterpret_cast<char*>(&reconfig);
     int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    int result = ioctl(fd, 0x89F0UL, &request);
-    if (result < 0)
+    const bool failed = ioctl(fd, 0x89F0UL, &request) < 0;
+    close(fd);
+    if (failed)
         return Failed("ioctl");
     printf("result %d\n", reconfig.result);
     return 0;
@@ -99,11 +100,12 @@ int Lane(const char* client)
     if (fd < 0)
         return Failed("open");
     auto id = static_cast<uint32_t>(Number(client));
-    int result = ioctl(fd, 0x4004BE05UL, &id);
-    if (result < 0)
+    const bool failed = ioctl(fd, 0x4004BE05UL, &id) < 0;
+    close(fd);
+    if (failed)
         return Failed("ioctl");
     puts("reset");
-    return close(fd);
+    return 0;
 }
 
 int WriteAttribute(const char* index, const char* text)

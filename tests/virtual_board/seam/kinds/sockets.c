@@ -28,6 +28,7 @@ static int lowest(void)
 {
     const int fd = open("/dev/null", O_RDONLY);
     close(fd);
+    // cppcheck-suppress deallocret ; the number is what is asked for
     return fd;
 }
 
@@ -57,6 +58,7 @@ void probe_sockets(void)
     row("its id", address[3]);
     close(fd);
     row("recv closed", recv(fd, buffer, sizeof buffer, 0));
+    // cppcheck-suppress leakReturnValNotUsed ; there is none to close
     row("another family", socket(44, SOCK_DGRAM, 0) >= 0 ? 0 : 1);
     row("inet still works", close(socket(AF_INET, SOCK_DGRAM, 0)));
 }
