@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include "hwmbox/hwmbox.h"
 #include "tools/orblinkctl/facts/diagnosis.h"
@@ -118,6 +119,11 @@ void CheckRecord(Findings& findings, const Record& record, const std::string& ob
         findings.Bad(object + " record", fault, mending);
 }
 
+struct LibraryCloser {
+    void operator()(void* library) const { dlclose(library); }
+};
+using LoadedLibrary = std::unique_ptr<void, LibraryCloser>;
+
 template <typename Record>
 void CheckHal(Findings& findings, const Record& record, const std::string& object,
               const char* table)
@@ -127,9 +133,10 @@ void CheckHal(Findings& findings, const Record& record, const std::string& objec
         return findings.Bad(subject, "no board data came for it", "orblinkctl recover");
     const std::string name(record.board.halLibName,
                            strnlen(record.board.halLibName, OB_HAL_NAME_SIZE));
-    void* library = name.empty() ? nullptr : dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    const LoadedLibrary library(name.empty() ? nullptr
+                                             : dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL));
     const char* reason = library == nullptr ? dlerror() : nullptr;
-    const bool good = library != nullptr && dlsym(library, table) != nullptr;
+    const bool good = library != nullptr && dlsym(library.get(), table) != nullptr;
     if (library != nullptr && !good)
         reason = "it has no table of functions for this family";
     if (good)
@@ -137,8 +144,6 @@ void CheckHal(Findings& findings, const Record& record, const std::string& objec
     else
         findings.Bad(subject, Printable(name) + ": " + Printable(reason ? reason : "no name"),
                      "install the library, or mend LD_LIBRARY_PATH");
-    if (library != nullptr)
-        dlclose(library);
 }
 
 // An operation that reaches the chip, and the lines that it left.

@@ -192,7 +192,7 @@ private:
 
     void GiveUp()
     {
-        kill(child_, SIGKILL);
+        kill(child_, SIGKILL);  // result dropped: it may have ended
         waitpid(child_, nullptr, 0);
         UndoInitialisation(family_);
     }

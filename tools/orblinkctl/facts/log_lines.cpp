@@ -1,5 +1,6 @@
 #include "tools/orblinkctl/facts/log_lines.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -136,27 +137,24 @@ bool LogSaid(std::string_view text)
 StdoutCapture::StdoutCapture()
 {
     std::fflush(stdout);
-    file_ = memfd_create("orblinkctl", MFD_CLOEXEC);
-    saved_ = dup(STDOUT_FILENO);
-    if (file_ >= 0 && saved_ >= 0)
-        dup2(file_, STDOUT_FILENO);
+    file_ = UniqueDescriptor(memfd_create("orblinkctl", MFD_CLOEXEC));
+    saved_ = UniqueDescriptor(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
+    if (file_ && saved_)
+        dup2(file_.Get(), STDOUT_FILENO);  // result dropped: what is not caught is seen
 }
 
 StdoutCapture::~StdoutCapture()
 {
     Restore();
-    if (file_ >= 0)
-        close(file_);
 }
 
 void StdoutCapture::Restore()
 {
-    if (saved_ < 0)
+    if (!saved_)
         return;
     std::fflush(stdout);
-    dup2(saved_, STDOUT_FILENO);
-    close(saved_);
-    saved_ = -1;
+    dup2(saved_.Get(), STDOUT_FILENO);  // result dropped: nothing could be told any more
+    saved_ = UniqueDescriptor();
 }
 
 std::string StdoutCapture::Text()
@@ -164,8 +162,8 @@ std::string StdoutCapture::Text()
     Restore();
     std::string text;
     char piece[4096];
-    lseek(file_, 0, SEEK_SET);
-    for (ssize_t count = 0; (count = read(file_, piece, sizeof piece)) > 0;)
+    lseek(file_.Get(), 0, SEEK_SET);
+    for (ssize_t count = 0; (count = read(file_.Get(), piece, sizeof piece)) > 0;)
         text.append(piece, static_cast<size_t>(count));
     return text;
 }

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/orblinkctl/facts/unique_descriptor.h"
+
 namespace ctl {
 
 enum class LogMode {
@@ -45,8 +47,8 @@ public:
 private:
     void Restore();
 
-    int saved_ = -1;
-    int file_ = -1;
+    UniqueDescriptor saved_;
+    UniqueDescriptor file_;
 };
 
 }  // namespace ctl

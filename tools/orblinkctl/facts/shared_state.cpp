@@ -13,6 +13,7 @@
 #include "common/shared_names.h"
 #include "phy/ethphy_api.h"
 #include "switch/orblink_api.h"
+#include "tools/orblinkctl/facts/unique_descriptor.h"
 
 namespace ctl {
 
@@ -81,16 +82,15 @@ RegionState LookAtRegion(Family family)
     region.size = static_cast<uint64_t>(object.st_size);
     region.device = object.st_dev;
     region.inode = object.st_ino;
-    const int file = shm_open(names.region, O_RDONLY | O_CLOEXEC | O_NONBLOCK, 0);
-    if (file < 0) {
+    const UniqueDescriptor file(shm_open(names.region, O_RDONLY | O_CLOEXEC | O_NONBLOCK, 0));
+    if (!file) {
         region.error = errno;
         return region;
     }
     uint8_t count = 0;
     if (region.size >= names.regionSize &&
-        pread(file, &count, 1, static_cast<off_t>(names.countOffset)) == 1)
+        pread(file.Get(), &count, 1, static_cast<off_t>(names.countOffset)) == 1)
         region.devices = count;
-    close(file);
     return region;
 }
 

@@ -30,7 +30,7 @@ private:
     void Close()
     {
         if (descriptor_ >= 0)
-            close(descriptor_);
+            close(descriptor_);  // result dropped: a writer looks at it before, see OutputFile
     }
 
     int descriptor_ = -1;

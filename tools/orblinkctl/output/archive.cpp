@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/unique_descriptor.h"
 #include "tools/orblinkctl/output/file.h"
 
 extern char** environ;
@@ -74,26 +75,25 @@ std::string Tar(const std::vector<ArchiveFile>& files)
 }
 
 // The writing end of a pipe into gzip, whose output goes to a file.
-int StartGzip(int output, pid_t& child)
+UniqueDescriptor StartGzip(int output, pid_t& child)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         FailOn("pipe");
+    const UniqueDescriptor theirs(ends[0]);
+    UniqueDescriptor ours(ends[1]);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, theirs.Get(), STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     char name[] = "gzip";
     char option[] = "-nc";
     char* arguments[] = {name, option, nullptr};
     errno = posix_spawnp(&child, "gzip", &actions, nullptr, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
-    close(ends[0]);
-    if (errno != 0) {
-        close(ends[1]);
+    if (errno != 0)
         FailOn("gzip");
-    }
-    return ends[1];
+    return ours;
 }
 
 bool WriteAll(int file, const std::string& text)
@@ -113,9 +113,9 @@ void WriteArchive(const std::string& path, const std::vector<ArchiveFile>& files
 {
     OutputFile output(path);
     pid_t child = 0;
-    const int input = StartGzip(output.Descriptor(), child);
-    const bool written = WriteAll(input, Tar(files));
-    close(input);
+    UniqueDescriptor input = StartGzip(output.Descriptor(), child);
+    const bool written = WriteAll(input.Get(), Tar(files));
+    input = UniqueDescriptor();  // the end of what it reads
     int status = 0;
     waitpid(child, &status, 0);
     if (!written || status != 0)

@@ -58,7 +58,7 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path))
 OutputFile::~OutputFile()
 {
     if (descriptor_ >= 0)
-        close(descriptor_);
+        close(descriptor_);  // result dropped: the file is not kept, or could not be written
     if (!unfinished_.empty())
         unlink(unfinished_.c_str());
 }
@@ -81,7 +81,7 @@ bool OutputFile::OpenBeside(const struct stat* old)
                        fchown(descriptor_, old->st_uid, old->st_gid) == 0;
     if (owned && fchmod(descriptor_, old->st_mode & 07777) == 0)
         return true;
-    close(std::exchange(descriptor_, -1));
+    close(std::exchange(descriptor_, -1));  // result dropped: nothing was written
     unlink(unfinished_.c_str());
     unfinished_.clear();
     return false;

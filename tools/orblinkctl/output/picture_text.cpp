@@ -80,6 +80,7 @@ private:
         const bool top = y == box.y;
         const bool bottom = y == box.y + box.height - 1;
         if ((top || bottom) && (left || right))
+            // cppcheck-suppress CastIntegerToAddressAtReturn ; they are texts
             return strokes_.corners[(bottom ? 2U : 0U) + (right ? 1U : 0U)];
         if (top || bottom)
             return strokes_.horizontal;

@@ -61,7 +61,7 @@ LiveScreen::LiveScreen() : changed_(tcgetattr(STDIN_FILENO, &before_) == 0)
     if (changed_) {
         termios raw = before_;
         raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-        tcsetattr(STDIN_FILENO, TCSANOW, &raw);
+        tcsetattr(STDIN_FILENO, TCSANOW, &raw);  // result dropped: keys need Enter then
     }
     std::fputs(kEnter, stdout);
     std::fflush(stdout);
@@ -72,7 +72,7 @@ LiveScreen::~LiveScreen()
     std::fputs(kLeave, stdout);
     std::fflush(stdout);
     if (changed_)
-        tcsetattr(STDIN_FILENO, TCSANOW, &before_);
+        tcsetattr(STDIN_FILENO, TCSANOW, &before_);  // result dropped: the terminal is gone
 }
 
 }  // namespace ctl

@@ -31,7 +31,7 @@ public:
     LiveScreen& operator=(const LiveScreen&) = delete;
 
 private:
-    termios before_;
+    termios before_ = {};
     bool changed_;
 };
 
