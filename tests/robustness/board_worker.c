@@ -1,5 +1,6 @@
 /* One caller of the soak on the virtual board: board_worker FIELD SECONDS STATE_FILE.
- * It alone writes its field, so what it wrote last is what everybody reads. The state file survives it. */
+ * It alone writes its field, so what it wrote last is what everybody reads. The state file survives
+ * it. */
 #define _GNU_SOURCE
 #include <dirent.h>
 #include <fcntl.h>

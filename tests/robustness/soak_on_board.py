@@ -36,7 +36,7 @@ def ipc_namespace():
 def done(*words):
     result = ctl(*words)
     if result.returncode != 0:
-        sys.exit(f"orblinkctl {' '.join(words)}: {result.returncode}: {result.stdout}{result.stderr}")
+        sys.exit(f"orblinkctl {' '.join(words)}: {result.stdout}{result.stderr}")
     return result
 
 
@@ -133,7 +133,8 @@ def main():
     arguments = parser.parse_args()
     if OUTSIDE not in os.environ:
         enter_board(arguments.build)
-    workers = [build + "/tests/board_worker" for build in (arguments.build, arguments.build + "-i386")]
+    builds = (arguments.build, arguments.build + "-i386")
+    workers = [build + "/tests/board_worker" for build in builds]
     arguments.worker = [worker for worker in workers if os.path.exists(worker)]
     for words in (("init",), ("up", "0", "--defaults"), ("phy", "0", "up"), ("phy", "1", "up")):
         done(*words)
