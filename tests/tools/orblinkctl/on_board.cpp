@@ -1,11 +1,13 @@
 #include "tests/tools/orblinkctl/on_board.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 namespace onboard {
 
@@ -110,6 +112,22 @@ nlohmann::json Json(const Outcome& outcome)
     const auto json = nlohmann::json::parse(outcome.out, nullptr, false);
     EXPECT_FALSE(json.is_discarded()) << outcome.command << ": " << outcome.out;
     return json;
+}
+
+bool NamespacesAreRefused()
+{
+    const std::string vboard = std::string(std::getenv("ORBLINK_BUILD")) + "/bin/orblink-vboard";
+    const std::string line = vboard + " run --isolation namespaces --board " +
+                             Quoted(BoardFile("no_devices")) + " -- true 2>/dev/null";
+    return std::system(line.c_str()) != 0;
+}
+
+Outcome AsRootSeesIt(Outcome outcome)
+{
+    static const std::regex kHidden{"  processes that only root may look into: [0-9]+\n"};
+    if (geteuid() != 0)
+        outcome.out = std::regex_replace(outcome.out, kHidden, "");
+    return outcome;
 }
 
 }  // namespace onboard

@@ -71,4 +71,11 @@ MATCHER_P2(Fails, code, complaint, "fails with the complaint")
 
 nlohmann::json Json(const Outcome& outcome);
 
+// A board then gives names of its own to the library's files and semaphores; their owners and modes,
+// and what else is in their directories, are those of the machine.
+bool NamespacesAreRefused();
+
+// What a command prints for root: an ordinary user is told how many processes are hidden from him.
+Outcome AsRootSeesIt(Outcome outcome);
+
 }  // namespace onboard

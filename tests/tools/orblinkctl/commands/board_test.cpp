@@ -63,6 +63,8 @@ TEST(Board, InitialisationWithoutGoodBoardDataIsAFailure)
 // initialisation from its work.
 TEST(Board, InitialisationThatGetsNoAnswerIsUndone)
 {
+    if (NamespacesAreRefused())
+        GTEST_SKIP() << "namespaces are not allowed here";
     const auto r =
         OnBoard("one_switch",
                 {"board fault silent --times 0; ctl --wait 0.3 init --switch",
@@ -81,6 +83,8 @@ TEST(Board, InitialisationThatGetsNoAnswerIsUndone)
 
 TEST(Board, InitialisationThatIsInterruptedIsUndone)
 {
+    if (NamespacesAreRefused())
+        GTEST_SKIP() << "namespaces are not allowed here";
     const auto r = OnBoard(
         "one_switch",
         {"board fault silent --times 0; orblinkctl init --switch & "
@@ -232,6 +236,8 @@ TEST(Board, ABusyFamilyIsReportedInTime)
 // Even root obeys file modes once it has no capabilities.
 TEST(Board, MissingPermissionIsNotMissingInitialisation)
 {
+    if (NamespacesAreRefused())
+        GTEST_SKIP() << "namespaces are not allowed here";
     const std::string powerless = "setpriv --bounding-set=-all orblinkctl ";
     const auto r =
         OnBoard("one_switch",
