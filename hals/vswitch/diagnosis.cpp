@@ -124,7 +124,7 @@ int PrintMachineState(int devIdx)
             return -1;
         PrintPort(port, regs);
     }
-    fflush(stdout);
+    static_cast<void>(fflush(stdout));  // result dropped: a console that is gone misses nothing
     return 0;
 }
 

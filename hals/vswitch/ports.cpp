@@ -52,7 +52,7 @@ int GetPortCounters(int devIdx, int port, void* counters)
         !chip.ReadRun(kCntWindow, words, 4 * kCounters))
         return -1;
     uint64_t values[kCounters];
-    for (int i = 0; i < kCounters; ++i)
+    for (size_t i = 0; i < kCounters; ++i)
         values[i] = CounterOf(words + 4 * i);
     memcpy(counters, values, sizeof values);
     return 0;

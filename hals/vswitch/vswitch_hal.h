@@ -89,7 +89,7 @@ struct VswitchPortCounters {
     uint64_t ifOutDiscards; /* discarded at the transmit queue */
 };
 
-static_assert(sizeof(struct VswitchPortCounters) == 30 * 8, "counters");
+static_assert(sizeof(struct VswitchPortCounters) == 240, "counters");
 
 /* A struct MacEntry of the library as this HAL fills it. */
 struct VswitchMacEntry {
