@@ -87,6 +87,14 @@ int Wait(std::vector<pollfd>& polled, const Cables* traffic,
     return ppoll(polled.data(), polled.size(), limit ? &time : nullptr, nullptr);
 }
 
+// One that has nothing to do is not asked: it would cost each frame a system call.
+void ServeBackground(Background& background, bool ready)
+{
+    const auto wait = background.Wait();
+    if (ready || (wait && wait->count() <= 0))
+        background.Serve();
+}
+
 }  // namespace
 
 BoardServer::BoardServer(VirtualBoard& served, std::string socketPath)
@@ -187,22 +195,24 @@ void BoardServer::DropGone()
 
 void BoardServer::PollOnce(int wakeFd, bool& woken)
 {
-    std::vector<pollfd> polled = {{wakeFd, POLLIN, 0}, {listener.Get(), POLLIN, 0}};
+    polled.assign({{wakeFd, POLLIN, 0}, {listener.Get(), POLLIN, 0}});
     std::vector<Session*> order;
     for (Session& session : sessions) {
         const short events = session.outbox.empty() ? POLLIN : POLLOUT;
         polled.push_back({session.fd.Get(), events, 0});
         order.push_back(&session);
     }
+    const size_t afterSessions = polled.size();
     for (const Background* background : backgrounds)
         polled.push_back({background->Fd(), POLLIN, 0});
+    const size_t afterBackgrounds = polled.size();
     Cables* traffic = board.Plugged();
     if (traffic != nullptr)
-        polled.push_back({traffic->Fd(), POLLIN, 0});
+        traffic->Poll(polled);
     if (Wait(polled, traffic, backgrounds) < 0)
         return;
-    for (Background* background : backgrounds)
-        background->Serve();
+    for (size_t i = 0; i < backgrounds.size(); ++i)
+        ServeBackground(*backgrounds[i], polled[afterSessions + i].revents != 0);
     woken = polled[0].revents != 0;
     for (size_t i = 0; i < order.size(); ++i) {
         const short happened = polled[i + 2].revents;
@@ -217,7 +227,7 @@ void BoardServer::PollOnce(int wakeFd, bool& woken)
     board.Mailboxes().Serve();
     // Last, so that what clients have changed shows at the cables at once.
     if (traffic != nullptr)
-        traffic->Serve();
+        traffic->Serve(std::span{polled}.subspan(afterBackgrounds));
 }
 
 void BoardServer::Run(int wakeFd, const std::function<bool()>& stop)

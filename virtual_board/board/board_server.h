@@ -1,6 +1,8 @@
 // The board process's socket and its clients, in one poll loop without threads.
 #pragma once
 
+#include <poll.h>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -53,6 +55,7 @@ private:
     UniqueFd listener;
     std::list<Session> sessions;
     std::vector<Background*> backgrounds;
+    std::vector<pollfd> polled;
 };
 
 }  // namespace vboard

@@ -61,10 +61,11 @@ std::string WithTime(const char* option, std::chrono::nanoseconds time)
 // In the words that set it.
 std::string WireText(const WireFaults& wire)
 {
-    const std::string words = WithChance("fcs-errors", wire.fcsErrors) +
-                              WithChance("loss", wire.loss) +
-                              WithChance("duplicate", wire.duplicates) +
-                              WithTime("delay", wire.delay) + WithTime("jitter", wire.jitter);
+    const std::string words =
+        WithChance("fcs-errors", wire.fcsErrors) + WithChance("loss", wire.loss) +
+        WithChance("duplicate", wire.duplicates) + WithChance("undersize", wire.undersize) +
+        WithChance("fragments", wire.fragments) + WithChance("collisions", wire.collisions) +
+        WithTime("delay", wire.delay) + WithTime("jitter", wire.jitter);
     return words.empty() ? "good" : words.substr(1);
 }
 
@@ -99,6 +100,9 @@ Json SetWire(VirtualBoard& board, const Json& command)
     faults.fcsErrors = command.value("fcsErrors", 0U);
     faults.loss = command.value("loss", 0U);
     faults.duplicates = command.value("duplicate", 0U);
+    faults.undersize = command.value("undersize", 0U);
+    faults.fragments = command.value("fragments", 0U);
+    faults.collisions = command.value("collisions", 0U);
     faults.delay = Time(command, "delay");
     faults.jitter = Time(command, "jitter");
     const auto device = command.at("device").get<std::string>();

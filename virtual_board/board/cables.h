@@ -2,9 +2,12 @@
 // serves its clients.
 #pragma once
 
+#include <poll.h>
+
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -19,6 +22,9 @@ struct WireFaults {
     uint32_t fcsErrors = 0;
     uint32_t loss = 0;
     uint32_t duplicates = 0;
+    uint32_t undersize = 0;   // cut off, with a frame check sequence that is right
+    uint32_t fragments = 0;   // cut off, with one that is wrong
+    uint32_t collisions = 0;  // on a half-duplex link
     std::chrono::nanoseconds delay{};
     std::chrono::nanoseconds jitter{};  // at most so much more or less
     bool operator==(const WireFaults&) const = default;
@@ -54,12 +60,12 @@ public:
     Cables& operator=(const Cables&) = delete;
     virtual ~Cables() = default;
 
-    // Readable when there is something to do.
-    virtual int Fd() const = 0;
-    // The real time after which there is something to do anyway; nullopt: not before Fd says so.
+    // Adds what becomes readable when there is something to do.
+    virtual void Poll(std::vector<pollfd>& polled) const = 0;
+    // The real time after which there is something to do anyway; nullopt: not before poll says so.
     virtual std::optional<std::chrono::nanoseconds> Wait() const = 0;
-    // Does what there is to do, or a few milliseconds of it.
-    virtual void Serve() = 0;
+    // Does what there is to do, or a little of it; with what Poll has added.
+    virtual void Serve(std::span<const pollfd> polled) = 0;
 
     virtual std::vector<CableEnd> Ends() const = 0;
     // The descriptor of a host's namespace; -1: no such host.

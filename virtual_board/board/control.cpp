@@ -261,6 +261,9 @@ constexpr Argument kWireArguments[] = {
     {"--fcs-errors", "fcsErrors", Form::kChance, "a wrong frame check sequence: 1%"},
     {"--loss", "loss", Form::kChance, "not there any more: 1%"},
     {"--duplicate", "duplicate", Form::kChance, "there twice: 1%"},
+    {"--undersize", "undersize", Form::kChance, "cut off below 64 octets, otherwise good: 1%"},
+    {"--fragments", "fragments", Form::kChance, "the rest of a frame after a collision: 1%"},
+    {"--collisions", "collisions", Form::kChance, "a collision, on a half-duplex link: 1%"},
     {"--delay", "delay", Form::kTime, "later by so much of the board's time: 10ms"},
     {"--jitter", "jitter", Form::kTime, "earlier or later by up to so much: 2ms"}};
 constexpr Argument kCaptureArguments[] = {

@@ -21,15 +21,17 @@ using vswitch::kPorts;
 
 constexpr unsigned kBestSpeed = 1;
 constexpr size_t kMaxLans = 2;
-// A client of the board waits no longer than a turn and one round of batches.
-constexpr std::chrono::microseconds kTurn{250};
-constexpr int kBatch = 8;
-constexpr size_t kRoom = 65536;
+// A client of the board waits no longer than a turn.
+constexpr std::chrono::microseconds kTurn{500};
+// A port that has something ready in one turn after the other, without a rest between them, has
+// probably more than one packet; from another a second read would get nothing.
+constexpr std::chrono::microseconds kRest{20};
+constexpr unsigned kLongestBurst = 64;
 
-// What an event of the interfaces is about.
-constexpr uint64_t MarkOf(size_t lan, unsigned port, bool change)
+// Which interface has changed.
+constexpr uint64_t MarkOf(size_t lan, unsigned port)
 {
-    return lan << 8 | port << 1 | (change ? 1 : 0);
+    return lan * kPorts + port;
 }
 
 }  // namespace
@@ -42,15 +44,41 @@ struct Lans::Lan : public Wires {
 
     void Send(unsigned port, std::span<const iovec> frame) override
     {
-        Wire& wire = ports[port].wire;
-        if (wire.IsGood())
+        if (ports[port].wire.IsGood())
             return ports[port].tap->Write(frame);
         std::vector<uint8_t> bytes;
         for (const iovec& piece : frame) {
             const auto* start = static_cast<const uint8_t*>(piece.iov_base);
             bytes.insert(bytes.end(), start, start + piece.iov_len);
         }
-        wire.Send(false, bytes, clock.Now());
+        IntoWire(port, false, bytes, clock.Now());
+    }
+
+    bool TakesPackets(unsigned port) const override
+    {
+        return ports[port].wire.IsGood() && ports[port].tap->TakesPackets();
+    }
+
+    void SendPacket(unsigned port, std::span<const iovec> packet,
+                    const datapath::Offload& left) override
+    {
+        ports[port].tap->Write(packet, left);
+    }
+
+    // From a host into a cable that does something to each frame.
+    void SendFrames(unsigned port, const TapPort::Packet& packet, std::chrono::nanoseconds now)
+    {
+        if (packet.left.IsDone())
+            return IntoWire(port, true, packet.bytes, now);
+        datapath::Cutter cutter{packet.bytes, packet.left, cut.data()};
+        for (Bytes frame = cutter.Next(); !frame.empty(); frame = cutter.Next())
+            IntoWire(port, true, frame, now);
+    }
+
+    void IntoWire(unsigned port, bool toSwitch, Bytes frame, std::chrono::nanoseconds now)
+    {
+        const bool halfDuplex = !engine.View().ports[port].fullDuplex;
+        engine.CountCollisions(port, ports[port].wire.Send(toSwitch, frame, now, halfDuplex));
     }
 
     std::string name;
@@ -61,14 +89,15 @@ struct Lans::Lan : public Wires {
     std::optional<uint32_t> linksShown;  // of the chip's changes
     SwitchEngine engine{chip, *this};
     cables::Capture capture{engine, clock};
-    std::array<uint8_t, kRoom> room;
+    std::array<uint8_t, TapPort::kRoom> room;
+    std::array<uint8_t, datapath::kLongestPacket> cut;  // frames of a packet
 };
 
 Lans::Lans(const BoardDescription& spec, const std::vector<Device>& devices,
            const BoardClock& boardClock)
-    : clock(boardClock), events(epoll_create1(EPOLL_CLOEXEC))
+    : clock(boardClock), changes(epoll_create1(EPOLL_CLOEXEC))
 {
-    if (!events)
+    if (!changes)
         throw std::system_error(errno, std::generic_category(), "epoll");
     for (size_t i = 0; i < spec.switches.size(); ++i) {
         if (devices[i].switchChip != nullptr)
@@ -116,18 +145,23 @@ void Lans::MakeHosts(Lan& lan)
 
 void Lans::Watch(Lan& lan, unsigned port)
 {
-    Add(lan.ports[port].tap->FrameFd(), MarkOf(lan.index, port, false));
-    Add(lan.ports[port].tap->ChangeFd(), MarkOf(lan.index, port, true));
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.u64 = MarkOf(lan.index, port);
+    const int fd = lan.ports[port].tap->ChangeFd();
+    if (epoll_ctl(changes.Get(), EPOLL_CTL_ADD, fd, &event) != 0)
+        throw std::system_error(errno, std::generic_category(), "epoll");
     FollowInterface(lan, port);
 }
 
-void Lans::Add(int fd, uint64_t mark)
+void Lans::Poll(std::vector<pollfd>& polled) const
 {
-    epoll_event event{};
-    event.events = EPOLLIN;
-    event.data.u64 = mark;
-    if (epoll_ctl(events.Get(), EPOLL_CTL_ADD, fd, &event) != 0)
-        throw std::system_error(errno, std::generic_category(), "epoll");
+    polled.push_back({changes.Get(), POLLIN, 0});
+    for (const auto& lan : lans) {
+        // What a deleted interface has ready is an error, for ever.
+        for (const Port& port : lan->ports)
+            polled.push_back({port.tap->IsGone() ? -1 : port.tap->FrameFd(), POLLIN, 0});
+    }
 }
 
 std::optional<std::chrono::nanoseconds> Lans::Wait() const
@@ -148,79 +182,95 @@ std::optional<std::chrono::nanoseconds> Lans::Wait() const
     return std::chrono::nanoseconds(static_cast<std::chrono::nanoseconds::rep>(real));
 }
 
-void Lans::Serve()
+void Lans::Serve(std::span<const pollfd> polled)
 {
-    const auto end = std::chrono::steady_clock::now() + kTurn;
-    do {
-        std::array<epoll_event, 2 * kPorts * kMaxLans> ready;
-        const int count = epoll_wait(events.Get(), ready.data(), ready.size(), 0);
-        for (int i = 0; i < count; ++i)
-            Handle(ready[i].data.u64);
-        if (count <= 0)
-            break;
-    } while (std::chrono::steady_clock::now() < end);
+    const auto start = std::chrono::steady_clock::now();
+    const auto end = start + kTurn;
+    turn += start - rested < kRest ? 1 : 2;
+    if (polled[0].revents != 0)
+        FollowChanges();
+    const auto taps = polled.subspan(1);
+    for (size_t i = 0; i < taps.size() && std::chrono::steady_clock::now() < end; ++i) {
+        // The next turn goes on where this one ends.
+        served = (served + 1) % taps.size();
+        if (taps[served].revents != 0)
+            ReadPackets(*lans[served / kPorts], served % kPorts, end);
+    }
     for (const auto& lan : lans) {
         for (unsigned p = 0; p < kPorts; ++p)
             Arrive(*lan, p);
         lan->engine.Transmit(clock.Now());
         ShowLinks(*lan);
     }
+    rested = std::chrono::steady_clock::now();
 }
 
-void Lans::Handle(uint64_t mark)
+void Lans::FollowChanges()
 {
-    Lan& lan = *lans[static_cast<size_t>(mark >> 8)];
-    const unsigned port = mark >> 1 & (kPorts - 1);
-    if (mark & 1)
-        FollowInterface(lan, port);
-    else
-        ReadFrames(lan, port);
-}
-
-void Lans::ReadFrames(Lan& lan, unsigned port)
-{
-    TapPort& tap = *lan.ports[port].tap;
-    for (int i = 0; i < kBatch; ++i) {
-        const Bytes frame = tap.Read(lan.room);
-        if (frame.empty()) {
-            if (tap.IsGone())
-                Unplug(lan, port);
-            return;
-        }
-        const auto now = clock.Now();
-        Wire& wire = lan.ports[port].wire;
-        if (!wire.IsGood()) {
-            wire.Send(true, frame, now);
-            continue;
-        }
-        lan.chip.Advance(now);
-        lan.engine.Receive(port, frame, now);
+    std::array<epoll_event, kPorts * kMaxLans> changed;
+    const int count = epoll_wait(changes.Get(), changed.data(), changed.size(), 0);
+    for (int i = 0; i < count; ++i) {
+        const auto mark = static_cast<size_t>(changed[i].data.u64);
+        FollowInterface(*lans[mark / kPorts], mark % kPorts);
     }
 }
 
-// What has come out of a cable. An interface takes no frame with a wrong check sequence.
+void Lans::ReadPackets(Lan& lan, unsigned p, RealTime end)
+{
+    Port& port = lan.ports[p];
+    port.burst = port.readIn + 1 == turn ? std::min(2 * port.burst, kLongestBurst) : 1;
+    port.readIn = turn;
+    for (unsigned i = 0; i < port.burst && std::chrono::steady_clock::now() < end; ++i) {
+        if (!ReadPacket(lan, p)) {
+            port.burst = 1;
+            return;
+        }
+    }
+}
+
+// False: none was there.
+bool Lans::ReadPacket(Lan& lan, unsigned port)
+{
+    TapPort& tap = *lan.ports[port].tap;
+    const TapPort::Packet packet = tap.Read(lan.room);
+    if (packet.bytes.empty()) {
+        if (tap.IsGone())
+            Unplug(lan, port);
+        return false;
+    }
+    const auto now = clock.Now();
+    if (!lan.ports[port].wire.IsGood()) {
+        lan.SendFrames(port, packet, now);
+        return true;
+    }
+    lan.chip.Advance(now);
+    lan.engine.Receive(port, packet.bytes, now, packet.left);
+    return true;
+}
+
+// What has come out of a cable. An interface takes no damaged frame.
 void Lans::Arrive(Lan& lan, unsigned port)
 {
+    if (lan.ports[port].wire.IsGood())
+        return;
     while (const auto arrival = lan.ports[port].wire.Receive(clock.Now())) {
         const auto now = clock.Now();
         lan.chip.Advance(now);
-        if (arrival->atSwitch && arrival->bad) {
-            lan.engine.ReceiveBad(port, arrival->frame, now);
+        if (arrival->atSwitch && arrival->damage) {
+            lan.engine.ReceiveBad(port, arrival->frame, now, *arrival->damage);
         } else if (arrival->atSwitch) {
             lan.engine.Receive(port, arrival->frame, now);
-        } else if (!arrival->bad) {
+        } else if (!arrival->damage) {
             const iovec piece{const_cast<uint8_t*>(arrival->frame.data()), arrival->frame.size()};
             lan.ports[port].tap->Write({&piece, 1});
         }
     }
 }
 
-// What a deleted interface has ready is an error, for ever.
 void Lans::Unplug(Lan& lan, unsigned port)
 {
-    const TapPort& tap = *lan.ports[port].tap;
-    for (const int fd : {tap.FrameFd(), tap.ChangeFd()})  // result dropped: one may be out already
-        epoll_ctl(events.Get(), EPOLL_CTL_DEL, fd, nullptr);
+    // result dropped: it may be out already
+    epoll_ctl(changes.Get(), EPOLL_CTL_DEL, lan.ports[port].tap->ChangeFd(), nullptr);
     FollowInterface(lan, port);
 }
 

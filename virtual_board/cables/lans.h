@@ -22,9 +22,9 @@ public:
     Lans(const BoardDescription& spec, const std::vector<Device>& devices, const BoardClock& clock);
     ~Lans() override;
 
-    int Fd() const override { return events.Get(); }
+    void Poll(std::vector<pollfd>& polled) const override;
     std::optional<std::chrono::nanoseconds> Wait() const override;
-    void Serve() override;
+    void Serve(std::span<const pollfd> polled) override;
 
     std::vector<CableEnd> Ends() const override;
     int NetworkOf(const std::string& host) const override;
@@ -35,6 +35,8 @@ public:
         const std::string& device, unsigned port, const std::vector<uint8_t>& frame) override;
 
 private:
+    using RealTime = std::chrono::steady_clock::time_point;
+
     // What an interface was last told of its cable; it begins with a carrier.
     struct Shown {
         bool up = true;
@@ -48,6 +50,8 @@ private:
         std::unique_ptr<TapPort> tap;
         Shown shown = {};
         Wire wire{1};
+        unsigned burst = 1;   // packets that are read in a row
+        uint64_t readIn = 0;  // which turn
     };
     struct Lan;
     struct Host {
@@ -60,15 +64,18 @@ private:
     Lan& MakeLan(const SwitchDescription& spec, const Device& device, VswitchChip& chip);
     void MakeHosts(Lan& lan);
     void Watch(Lan& lan, unsigned port);
-    void Add(int fd, uint64_t mark);
-    void Handle(uint64_t mark);
-    void ReadFrames(Lan& lan, unsigned port);
+    void FollowChanges();
+    void ReadPackets(Lan& lan, unsigned port, RealTime end);
+    bool ReadPacket(Lan& lan, unsigned port);
     void Unplug(Lan& lan, unsigned port);
     void FollowInterface(Lan& lan, unsigned port);
     void ShowLinks(Lan& lan);
 
     const BoardClock& clock;
-    UniqueFd events;
+    UniqueFd changes;   // of the interfaces
+    size_t served = 0;  // the port that was the last in a turn
+    uint64_t turn = 1;  // counts on by 1 only where there was no rest before it
+    RealTime rested;
     std::vector<std::unique_ptr<Lan>> lans;
     std::vector<Host> hosts;
 };

@@ -12,17 +12,38 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 
 #include "virtual_board/board/system_failure.h"
+#include "virtual_board/datapath/packet_memory.h"
 #include "virtual_board/description/interface_address.h"
 
 namespace vboard::cables {
 namespace {
 
-// The kernel's header of this name clashes with the C library's <net/if.h>.
+using datapath::Bytes;
+
+constexpr size_t kBeforeFrame = 16;
+
+// <linux/virtio_net.h> is not C++. In the machine's byte order.
+struct VirtioHeader {
+    uint8_t flags;
+    uint8_t kind;  // of long packet
+    uint16_t headers;
+    uint16_t perFrame;
+    uint16_t sumFrom;
+    uint16_t sumOffset;
+};
+static_assert(sizeof(VirtioHeader) == 10);
+constexpr uint8_t kNeedsSum = 1;
+constexpr uint8_t kOneFrame = 0;
+constexpr uint8_t kLongTcp4 = 1;
+constexpr uint8_t kLongTcp6 = 4;
+
+// <linux/ipv6.h> clashes with the C library's <net/if.h>.
 struct Ipv6Request {
     in6_addr address;
     uint32_t prefix;
@@ -36,16 +57,29 @@ ifreq RequestFor(const std::string& interface)
     return request;
 }
 
-UniqueFd OpenTap(const std::string& interface)
+UniqueFd OpenTap(const std::string& interface, bool& headers)
 {
     UniqueFd fd{open("/dev/net/tun", O_RDWR | O_NONBLOCK | O_CLOEXEC)};
     if (!fd)
         Fail("ports = \"tap\": cannot open /dev/net/tun");
     ifreq request = RequestFor(interface);
+    request.ifr_flags = IFF_TAP | IFF_NO_PI | IFF_VNET_HDR;
+    if (ioctl(fd.Get(), TUNSETIFF, &request) == 0)
+        return fd;
+    headers = false;
     request.ifr_flags = IFF_TAP | IFF_NO_PI;
     if (ioctl(fd.Get(), TUNSETIFF, &request) != 0)
         Fail("ports = \"tap\": cannot make the interface " + interface);
     return fd;
+}
+
+// Frames wait there while the board serves something else.
+void LengthenQueue(int fd, const std::string& interface)
+{
+    constexpr int kQueue = 4096;
+    ifreq request = RequestFor(interface);
+    request.ifr_qlen = kQueue;
+    static_cast<void>(ioctl(fd, SIOCSIFTXQLEN, &request));
 }
 
 UniqueFd WatchLinks()
@@ -120,8 +154,11 @@ void TakeLoopbackUp()
 }
 
 TapPort::TapPort(const PortDescription& spec)
-    : interface(spec.interface), frames(OpenTap(spec.interface)), changes(WatchLinks())
+    : interface(spec.interface), frames(OpenTap(spec.interface, headers)), changes(WatchLinks())
 {
+    constexpr unsigned kOffload = TUN_F_CSUM | TUN_F_TSO4 | TUN_F_TSO6;
+    offloads = headers && ioctl(frames.Get(), TUNSETOFFLOAD, kOffload) == 0;
+    LengthenQueue(changes.Get(), interface);
     const auto address = ParseInterfaceAddress(spec.address);
     if (spec.mac)
         SetMac(changes.Get(), interface, *spec.mac);
@@ -132,18 +169,47 @@ TapPort::TapPort(const PortDescription& spec)
         SetAddress(interface, *address);
 }
 
-std::span<const uint8_t> TapPort::Read(std::span<uint8_t> room)
+TapPort::Packet TapPort::Read(std::span<uint8_t, kRoom> room)
 {
-    const ssize_t size = read(frames.Get(), room.data(), room.size());
+    // The frame begins at a multiple of 16.
+    const size_t header = headers ? sizeof(VirtioHeader) : 0;
+    const auto place = std::span{room}.subspan(kBeforeFrame - header);
+    const ssize_t size = read(frames.Get(), place.data(), place.size());
     gone = size < 0 && errno == EBADFD;
-    return room.first(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+    if (size < static_cast<ssize_t>(header))
+        return {};
+    const Bytes bytes = place.subspan(header, static_cast<size_t>(size) - header);
+    VirtioHeader said{};
+    memcpy(&said, place.data(), header);
+    if ((said.flags & kNeedsSum) == 0)
+        return {bytes};
+    const size_t perFrame = said.kind == kOneFrame ? 0 : said.perFrame;
+    const auto left = datapath::Understand(bytes, said.sumFrom, said.sumOffset, perFrame);
+    // A packet that says something else of itself than it is cannot become a frame: its checksum
+    // stays wrong, and who it is for refuses it.
+    return {bytes, left.value_or(datapath::Offload{})};
 }
 
-void TapPort::Write(std::span<const iovec> frame)
+void TapPort::Write(std::span<const iovec> packet, const datapath::Offload& left)
 {
+    VirtioHeader header{};
+    if (!left.IsDone()) {
+        header.flags = kNeedsSum;
+        header.sumFrom = left.sumFrom;
+        header.sumOffset = static_cast<uint16_t>(left.sumAt - left.sumFrom);
+    }
+    if (left.IsLong()) {
+        const bool ipv6 = datapath::IsIpv6(static_cast<const uint8_t*>(packet[0].iov_base), left);
+        header.kind = ipv6 ? kLongTcp6 : kLongTcp4;
+        header.perFrame = left.perFrame;
+        header.headers = left.data;
+    }
+    std::array<iovec, datapath::PacketMemory::kMaxPieces + 1> pieces;
+    pieces[0] = {&header, headers ? sizeof header : 0};
+    std::ranges::copy(packet, pieces.begin() + 1);
     // What an interface does not take is lost, as on a cable.
     [[maybe_unused]] const ssize_t taken =
-        writev(frames.Get(), frame.data(), static_cast<int>(frame.size()));
+        writev(frames.Get(), pieces.data(), static_cast<int>(packet.size() + 1));
 }
 
 bool TapPort::Find(ifreq& request) const

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "virtual_board/board/unique_fd.h"
+#include "virtual_board/datapath/offload.h"
 #include "virtual_board/description/board_description.h"
 
 namespace vboard::cables {
@@ -26,11 +27,19 @@ public:
     // Readable when the interface may have come up or gone down.
     int ChangeFd() const { return changes.Get(); }
 
-    // The next frame that was sent into the interface; empty: none is waiting, or the interface
-    // is gone.
-    std::span<const uint8_t> Read(std::span<uint8_t> room);
-    // A frame arrives at the interface; lost when that is down.
-    void Write(std::span<const iovec> frame);
+    // Frames, or packets of which something is left to do.
+    struct Packet {
+        datapath::Bytes bytes;
+        datapath::Offload left = {};
+    };
+    static constexpr size_t kRoom = 16 + datapath::kLongestPacket;
+
+    // The next that was sent into the interface; empty: none is waiting, or the interface is gone.
+    Packet Read(std::span<uint8_t, kRoom> room);
+    // One arrives at the interface; lost when that is down.
+    void Write(std::span<const iovec> packet, const datapath::Offload& left = {});
+    // Whether the interface takes packets of which something is left to do.
+    bool TakesPackets() const { return offloads; }
     // Takes note of the changes so far.
     bool IsUp();
     // Whether its host has deleted the interface.
@@ -45,6 +54,8 @@ private:
     std::string interface;  // as it was made
     UniqueFd frames;
     UniqueFd changes;
+    bool headers = true;    // one of virtio before each packet, both ways
+    bool offloads = false;  // what these can say is agreed upon
     bool gone = false;
 };
 

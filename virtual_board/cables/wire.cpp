@@ -5,6 +5,17 @@
 
 namespace vboard::cables {
 
+using datapath::Damage;
+
+namespace {
+
+// What is left of a frame that is cut off, without its check sequence.
+constexpr size_t kCutOff = 32;
+// After so many collisions a frame is given up, as IEEE 802.3 has it.
+constexpr unsigned kAttempts = 16;
+
+}  // namespace
+
 bool Wire::Travelling::operator<(const Travelling& other) const
 {
     // The queue's first is its greatest.
@@ -32,18 +43,35 @@ void Wire::Put(bool toSwitch, std::span<const uint8_t> frame, Time now)
         const uint64_t drawn = (uint64_t{Random()} << 32 | Random()) % span;
         delay += Time{static_cast<Time::rep>(drawn)} - faults.jitter;
     }
-    const bool bad = Draw(faults.fcsErrors);
+    const auto damage = DrawDamage();
+    if (damage && damage != Damage::kBadCheck)
+        frame = frame.first(std::min(frame.size(), kCutOff));
     travelling.push(
-        {now + std::max(delay, Time{}), sent++, {toSwitch, bad, {frame.begin(), frame.end()}}});
+        {now + std::max(delay, Time{}), sent++, {toSwitch, damage, {frame.begin(), frame.end()}}});
 }
 
-void Wire::Send(bool toSwitch, std::span<const uint8_t> frame, Time now)
+std::optional<Damage> Wire::DrawDamage()
 {
-    if (Draw(faults.loss))
-        return;
+    if (Draw(faults.fcsErrors))
+        return Damage::kBadCheck;
+    if (Draw(faults.undersize))
+        return Damage::kShort;
+    if (Draw(faults.fragments))
+        return Damage::kFragment;
+    return std::nullopt;
+}
+
+unsigned Wire::Send(bool toSwitch, std::span<const uint8_t> frame, Time now, bool halfDuplex)
+{
+    unsigned collisions = 0;
+    while (halfDuplex && collisions < kAttempts && Draw(faults.collisions))
+        ++collisions;
+    if (collisions == kAttempts || Draw(faults.loss))
+        return collisions;
     Put(toSwitch, frame, now);
     if (Draw(faults.duplicates))
         Put(toSwitch, frame, now);
+    return collisions;
 }
 
 std::optional<Wire::Arrival> Wire::Receive(Time now)

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "virtual_board/board/cables.h"
+#include "virtual_board/datapath/frame_counters.h"
 
 namespace vboard::cables {
 
@@ -19,7 +20,7 @@ public:
     // A frame that comes out at an end.
     struct Arrival {
         bool atSwitch;
-        bool bad;  // its frame check sequence is wrong
+        std::optional<datapath::Damage> damage;
         std::vector<uint8_t> frame;
     };
 
@@ -30,7 +31,8 @@ public:
     // It hands on at once, as it is, what goes in.
     bool IsGood() const { return faults == WireFaults{} && travelling.empty(); }
 
-    void Send(bool toSwitch, std::span<const uint8_t> frame, Time now);
+    // How often the frame has collided before it was sent.
+    unsigned Send(bool toSwitch, std::span<const uint8_t> frame, Time now, bool halfDuplex = false);
     // What has come out by now, in order.
     std::optional<Arrival> Receive(Time now);
     // When the next frame comes out.
@@ -45,6 +47,7 @@ private:
     };
 
     bool Draw(uint32_t partsPerMillion);
+    std::optional<datapath::Damage> DrawDamage();
     uint32_t Random();
     void Put(bool toSwitch, std::span<const uint8_t> frame, Time now);
 

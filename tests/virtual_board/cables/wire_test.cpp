@@ -7,6 +7,8 @@ using namespace vboard;
 using namespace vboard::cables;
 using namespace std::chrono_literals;
 
+using datapath::Damage;
+
 namespace {
 
 const std::vector<uint8_t> kFrame = {1, 2, 3};
@@ -43,7 +45,7 @@ TEST(Wire, DelaysAndStaysInUseUntilTheLastFrameIsOut)
     const auto arrival = wire.Receive(15ms);
     ASSERT_TRUE(arrival);
     EXPECT_TRUE(arrival->atSwitch);
-    EXPECT_FALSE(arrival->bad);
+    EXPECT_FALSE(arrival->damage);
     EXPECT_EQ(arrival->frame, kFrame);
     EXPECT_TRUE(wire.IsGood());
 }
@@ -88,10 +90,42 @@ TEST(Wire, LosesDuplicatesAndSpoilsAsOftenAsAsked)
     for (int i = 0; i < 10'000; ++i)
         wire.Send(true, kFrame, 0ms);
     const auto all = All(wire);
-    const auto bad = std::ranges::count(all, true, &Wire::Arrival::bad);
+    const auto bad = std::ranges::count(all, Damage::kBadCheck, &Wire::Arrival::damage);
     EXPECT_NEAR(static_cast<double>(all.size()), 12'000, 300);
     EXPECT_NEAR(static_cast<double>(bad), 1'200, 120);
     wire.Set({.loss = WireFaults::kAll});
     wire.Send(true, kFrame, 0ms);
     EXPECT_FALSE(wire.NextArrival());
+}
+
+TEST(Wire, CutsFramesOffBelowTheShortestLength)
+{
+    Wire wire{1};
+    const std::vector<uint8_t> frame(1000, 7);
+    wire.Set({.undersize = WireFaults::kAll});
+    wire.Send(true, frame, 0ms);
+    wire.Set({.fragments = WireFaults::kAll});
+    wire.Send(true, frame, 0ms);
+    const auto all = All(wire);
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[0].damage, Damage::kShort);
+    EXPECT_EQ(all[1].damage, Damage::kFragment);
+    for (const auto& arrival : all)
+        EXPECT_LT(arrival.frame.size() + 4, 64u);
+}
+
+TEST(Wire, CollidesOnAHalfDuplexLinkOnly)
+{
+    Wire wire{1};
+    wire.Set({.collisions = 500'000});
+    unsigned collisions = 0;
+    for (int i = 0; i < 1000; ++i)
+        collisions += wire.Send(true, kFrame, 0ms, true);
+    EXPECT_NEAR(collisions, 1000, 150) << "half of the frames once, a quarter twice...";
+    EXPECT_EQ(All(wire).size(), 1000u);
+    EXPECT_EQ(wire.Send(true, kFrame, 0ms, false), 0u);
+    wire.Set({.collisions = WireFaults::kAll});
+    All(wire);
+    EXPECT_EQ(wire.Send(true, kFrame, 0ms, true), 16u);
+    EXPECT_FALSE(wire.NextArrival()) << "it was given up";
 }
