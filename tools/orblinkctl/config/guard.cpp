@@ -15,7 +15,6 @@
 #include <optional>
 
 #include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/unique_descriptor.h"
 
 namespace ctl {
 
@@ -145,7 +144,7 @@ public:
         Say(caller_, OutcomeText(outcome));
         if (client_.Get() >= 0)
             Say(client_.Get(), OutcomeText(outcome));
-        unlink(kMeetingPoint);
+        unlink(kMeetingPoint);  // result dropped: the next guard removes it, too
     }
 
 private:
@@ -188,7 +187,8 @@ private:
     void HearClient()
     {
         UniqueDescriptor client(accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC));
-        // One that says nothing does not hold up the others for long.
+        // One that says nothing does not hold up the others for long. Result dropped: a client that
+        // was not accepted is not trusted either.
         const timeval patience = {.tv_sec = 1, .tv_usec = 0};
         setsockopt(client.Get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
         if (!IsTrusted(client.Get()))
@@ -244,9 +244,9 @@ void Detach()
     setsid();
     if (chdir("/") != 0)
         _exit(kFailed);
-    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    const UniqueDescriptor nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
-        dup2(nowhere, stream);
+        dup2(nowhere.Get(), stream);  // result dropped: the old stream is no reason not to guard
     for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE})
         std::signal(number, SIG_IGN);
     struct sigaction action = {};
@@ -262,7 +262,7 @@ Guard::Guard(const PendingChange& change, const std::function<void()>& takeBack)
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
         throw Failure{kFailed, std::string("socketpair: ") + std::strerror(errno)};
-    channel_ = ends[0];
+    channel_ = UniqueDescriptor(ends[0]);
     const UniqueDescriptor theirs(ends[1]);
     const pid_t first = fork();
     if (first < 0)
@@ -271,9 +271,9 @@ Guard::Guard(const PendingChange& change, const std::function<void()>& takeBack)
         // The guard is nobody's child, so that nobody who waits for the caller waits for it.
         if (const pid_t second = fork(); second != 0)
             _exit(second < 0 ? kFailed : kDone);
-        close(ends[0]);
+        channel_ = UniqueDescriptor();
         Detach();
-        Watch(ends[1], listener.Get(), change, takeBack).Run();
+        Watch(theirs.Get(), listener.Get(), change, takeBack).Run();
         _exit(kDone);
     }
     int status = 0;
@@ -282,31 +282,26 @@ Guard::Guard(const PendingChange& change, const std::function<void()>& takeBack)
         throw Failure{kFailed, "no process could be started that guards the change"};
 }
 
-Guard::~Guard()
-{
-    close(channel_);
-}
-
 void Guard::StartCountdown()
 {
-    Say(channel_, kStart);
+    Say(channel_.Get(), kStart);
 }
 
 GuardOutcome Guard::Keep()
 {
-    Say(channel_, kKeep);
+    Say(channel_.Get(), kKeep);
     return Wait();
 }
 
 GuardOutcome Guard::TakeBack()
 {
-    Say(channel_, kTakeBack);
+    Say(channel_.Get(), kTakeBack);
     return Wait();
 }
 
 GuardOutcome Guard::Wait()
 {
-    return ParseOutcome(Hear(channel_));
+    return ParseOutcome(Hear(channel_.Get()));
 }
 
 Model PendingModel()

@@ -8,6 +8,7 @@
 
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/facts/unique_descriptor.h"
 
 namespace ctl {
 
@@ -30,7 +31,6 @@ class Guard {
 public:
     // Fails before anything is changed when another change waits for its confirmation.
     Guard(const PendingChange& change, const std::function<void()>& takeBack);
-    ~Guard();
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
 
@@ -39,11 +39,11 @@ public:
     GuardOutcome TakeBack();
 
     // Readable once somebody else has decided.
-    int Channel() const { return channel_; }
+    int Channel() const { return channel_.Get(); }
     GuardOutcome Wait();
 
 private:
-    int channel_;
+    UniqueDescriptor channel_;
 };
 
 // From another process. Each fails when nothing is pending.
