@@ -17,13 +17,13 @@ enum EntryWord { kIndex, kCmd, kMac, kVid = kMac + 3, kInfo, kAge };
 
 void UnpackMac(const uint16_t* words, uint8_t* mac)
 {
-    for (int i = 0; i < 6; ++i)
+    for (size_t i = 0; i < 6; ++i)
         mac[i] = static_cast<uint8_t>(words[i / 2] >> (i % 2 ? 0 : 8));
 }
 
 void PackMac(const uint8_t* mac, uint16_t* words)
 {
-    for (int i = 0; i < 3; ++i)
+    for (size_t i = 0; i < 3; ++i)
         words[i] = static_cast<uint16_t>(mac[2 * i] << 8 | mac[2 * i + 1]);
 }
 

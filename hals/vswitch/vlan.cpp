@@ -109,7 +109,7 @@ int MapSetMacToVlan(int devIdx, int port, const uint8_t* mac, int mask, int vid,
     if (!mac || !IsLanPort(devIdx, port) || (enable && !IsVid(vid)))
         return -1;
     uint16_t words[3];
-    for (int i = 0; i < 3; ++i)
+    for (size_t i = 0; i < 3; ++i)
         words[i] = static_cast<uint16_t>(mac[2 * i] << 8 | mac[2 * i + 1]);
     const Chip chip(devIdx);
     Place place;
