@@ -192,7 +192,7 @@ class Verbs : public testing::TestWithParam<std::string> {};
 TEST_P(Verbs, TakeEachOfTheirOptions)
 {
     const bool hosts = HostsAreAllowed();
-    std::string script;
+    std::string script = "sleep 0.05\n";  // the chips take 20 ms from power-on
     std::string expected;
     for (const std::string& command : CommandsOf(GetParam())) {
         // It goes on until it is told to end.

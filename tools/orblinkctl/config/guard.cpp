@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ipc.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -14,13 +15,14 @@
 #include <cstring>
 #include <optional>
 
+#include "common/shared_names.h"
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 
 namespace {
 
-// Beside the key files of the families.
 constexpr char kMeetingPoint[] = "/var/tmp/orblink_confirm";
 
 constexpr char kStart[] = "start";
@@ -33,11 +35,27 @@ using Clock = std::chrono::steady_clock;
 
 volatile std::sig_atomic_t toldToEnd = 0;
 
+// Beside the key files of the families, and named after the key of the lock: whoever has a lock of
+// his own, on another board, has changes of his own that wait. The key stays what it was when the
+// process first asked.
+const std::string& MeetingPath()
+{
+    static const std::string path = [] {
+        for (const char* file : {OB_SWITCH_KEY_FILE, OB_PHY_KEY_FILE}) {
+            const key_t key = ftok(file, OB_KEY_NUMBER);
+            if (key != -1)
+                return kMeetingPoint + Hex(static_cast<uint32_t>(key), 8).replace(0, 2, ".");
+        }
+        return std::string(kMeetingPoint);
+    }();
+    return path;
+}
+
 sockaddr_un MeetingPoint()
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, kMeetingPoint);
+    MeetingPath().copy(address.sun_path, sizeof address.sun_path - 1);
     return address;
 }
 
@@ -75,12 +93,12 @@ UniqueDescriptor Connected()
     const sockaddr_un address = MeetingPoint();
     if (connect(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         if (errno == EACCES || errno == EPERM)
-            throw Failure{kPermission, std::string(kMeetingPoint) + ": " + std::strerror(errno)};
+            throw Failure{kPermission, MeetingPath() + ": " + std::strerror(errno)};
         return {};
     }
     if (!IsTrusted(socket.Get()))
-        throw Failure{kPermission, std::string(kMeetingPoint) +
-                                       " belongs to a process of another user: remove it"};
+        throw Failure{kPermission,
+                      MeetingPath() + " belongs to a process of another user: remove it"};
     return socket;
 }
 
@@ -99,7 +117,7 @@ UniqueDescriptor Listener()
                       "another change waits for its confirmation: orblinkctl config confirm, or "
                       "orblinkctl config rollback"};
     // What a guard left that was killed.
-    unlink(kMeetingPoint);
+    unlink(MeetingPath().c_str());
     UniqueDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     const sockaddr_un address = MeetingPoint();
     const mode_t before = umask(0077);
@@ -107,7 +125,7 @@ UniqueDescriptor Listener()
         bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     umask(before);
     if (!bound || listen(socket.Get(), 8) != 0)
-        throw Failure{kFailed, std::string(kMeetingPoint) + ": " + std::strerror(errno)};
+        throw Failure{kFailed, MeetingPath() + ": " + std::strerror(errno)};
     return socket;
 }
 
@@ -144,7 +162,7 @@ public:
         Say(caller_, OutcomeText(outcome));
         if (client_.Get() >= 0)
             Say(client_.Get(), OutcomeText(outcome));
-        unlink(kMeetingPoint);  // result dropped: the next guard removes it, too
+        unlink(MeetingPath().c_str());  // result dropped: the next guard removes it, too
     }
 
 private:
