@@ -4,7 +4,6 @@
 #include <poll.h>
 #include <sys/ipc.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +11,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstring>
 #include <optional>
 
@@ -23,7 +23,7 @@ namespace ctl {
 
 namespace {
 
-constexpr char kMeetingPoint[] = "/var/tmp/orblink_confirm";
+constexpr char kMeetingPoint[] = "orblink/confirm/";
 
 constexpr char kStart[] = "start";
 constexpr char kKeep[] = "keep";
@@ -35,29 +35,39 @@ using Clock = std::chrono::steady_clock;
 
 volatile std::sig_atomic_t toldToEnd = 0;
 
-// Beside the key files of the families, and named after the key of the lock: whoever has a lock of
-// his own, on another board, has changes of his own that wait. The key stays what it was when the
-// process first asked.
-const std::string& MeetingPath()
+// Named after the key of the lock: whoever has a lock of his own, on another board, has changes of
+// his own that wait. The key stays what it was when the process first asked.
+const std::string& MeetingName()
 {
-    static const std::string path = [] {
+    static const std::string name = [] {
         for (const char* file : {OB_SWITCH_KEY_FILE, OB_PHY_KEY_FILE}) {
             const key_t key = ftok(file, OB_KEY_NUMBER);
             if (key != -1)
-                return kMeetingPoint + Hex(static_cast<uint32_t>(key), 8).replace(0, 2, ".");
+                return kMeetingPoint + Hex(static_cast<uint32_t>(key), 8);
         }
         return std::string(kMeetingPoint);
     }();
-    return path;
+    return name;
 }
 
-sockaddr_un MeetingPoint()
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    MeetingPath().copy(address.sun_path, sizeof address.sun_path - 1);
-    return address;
-}
+// Abstract: it needs no file, which a guard that is killed would leave.
+class MeetingPoint {
+public:
+    MeetingPoint()
+    {
+        address_.sun_family = AF_UNIX;
+        const size_t length =
+            MeetingName().copy(address_.sun_path + 1, sizeof address_.sun_path - 1);
+        size_ = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + length);
+    }
+
+    const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&address_); }
+    socklen_t Size() const { return size_; }
+
+private:
+    sockaddr_un address_ = {};
+    socklen_t size_;
+};
 
 bool Say(int socket, const std::string& text)
 {
@@ -90,15 +100,12 @@ bool IsTrusted(int socket)
 UniqueDescriptor Connected()
 {
     UniqueDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-    const sockaddr_un address = MeetingPoint();
-    if (connect(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        if (errno == EACCES || errno == EPERM)
-            throw Failure{kPermission, MeetingPath() + ": " + std::strerror(errno)};
+    const MeetingPoint meeting;
+    if (connect(socket.Get(), meeting.Address(), meeting.Size()) != 0)
         return {};
-    }
     if (!IsTrusted(socket.Get()))
-        throw Failure{kPermission,
-                      MeetingPath() + " belongs to a process of another user: remove it"};
+        throw Failure{kPermission, "the socket @" + MeetingName() +
+                                       " belongs to a process of another user: end that process"};
     return socket;
 }
 
@@ -116,16 +123,10 @@ UniqueDescriptor Listener()
         throw Failure{kUnsupported,
                       "another change waits for its confirmation: orblinkctl config confirm, or "
                       "orblinkctl config rollback"};
-    // What a guard left that was killed.
-    unlink(MeetingPath().c_str());
     UniqueDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-    const sockaddr_un address = MeetingPoint();
-    const mode_t before = umask(0077);
-    const bool bound =
-        bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    umask(before);
-    if (!bound || listen(socket.Get(), 8) != 0)
-        throw Failure{kFailed, MeetingPath() + ": " + std::strerror(errno)};
+    const MeetingPoint meeting;
+    if (bind(socket.Get(), meeting.Address(), meeting.Size()) != 0 || listen(socket.Get(), 8) != 0)
+        throw Failure{kFailed, "the socket @" + MeetingName() + ": " + std::strerror(errno)};
     return socket;
 }
 
@@ -162,7 +163,6 @@ public:
         Say(caller_, OutcomeText(outcome));
         if (client_.Get() >= 0)
             Say(client_.Get(), OutcomeText(outcome));
-        unlink(MeetingPath().c_str());  // result dropped: the next guard removes it, too
     }
 
 private:
