@@ -119,7 +119,8 @@ TEST_F(Counting, EveryCounterCanBeSeenCounting)
     }
     std::ifstream file(ORBLINK_MANUAL);
     const std::string manual{std::istreambuf_iterator<char>(file), {}};
-    for (const auto& [name, value] : Counters(0, 1).items()) {
+    const auto counters = Counters(0, 1);
+    for (const auto& [name, value] : counters.items()) {
         EXPECT_TRUE(seen.contains(name)) << name << " is moved by no step";
         EXPECT_NE(manual.find("`" + name + "`"), std::string::npos) << name;
     }
