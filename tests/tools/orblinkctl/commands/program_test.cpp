@@ -42,21 +42,17 @@ TEST(Batch, HandsItsOptionsToItsLines)
                              "ports.0.mirror_to=null\n"));
 }
 
-// Settings of a switch in reset are stored only, so that the cost of a command itself is compared.
-TEST(Batch, IsFiftyTimesFasterThanOneProcessEach)
+// What makes a batch fast: its lines share one start and one attachment to the board.
+TEST(Batch, LoadsTheHalOnceForAllItsLines)
 {
     const auto r = OnBoardUp(
-        "one_switch",
-        {"ctl down 0 >/dev/null; for i in $(seq 500); do echo port 1 vlan 5; "
-         "echo port 1 vlan 6; done >b",
-         "s=$(date +%s%N); ctl batch b >/dev/null; e=$(date +%s%N); echo $(( (e - s) / 1000 ))",
-         "s=$(date +%s%N); for i in $(seq 10); do ctl port 1 vlan 5; ctl port 1 vlan 6; done "
-         ">/dev/null; e=$(date +%s%N); echo $(( (e - s) / 20 ))"});
-    const double batch = std::stod(r[1].out);
-    const double single = std::stod(r[2].out);
-    RecordProperty("nanoseconds_in_batch", std::to_string(batch));
-    RecordProperty("nanoseconds_alone", std::to_string(single));
-    EXPECT_GE(single, 50 * batch);
+        "one_switch", {"for i in $(seq 500); do echo port 1 vlan 5; echo port 1 vlan 6; done >b",
+                       "LD_DEBUG=files ctl batch b 2>&1 >/dev/null | "
+                       "grep -c 'liborblink_velmar.so.*generating link map'",
+                       "for i in 5 6; do LD_DEBUG=files ctl port 1 vlan $i; done 2>&1 >/dev/null | "
+                       "grep -c 'liborblink_velmar.so.*generating link map'"});
+    EXPECT_EQ(r[1].out, "1\n");
+    EXPECT_EQ(r[2].out, "2\n");
 }
 
 TEST(Completion, OffersWhatTheTableHas)
