@@ -68,7 +68,7 @@ TEST_F(Offloading, PacketsKeepTheirWayThroughVlanTags)
 
 TEST_F(Offloading, ACaptureAndABadCableShowFrames)
 {
-    EXPECT_EQ(Run("orblink-vboard control capture sw0:2 -w $S/port.pcapng --count 500 & look=$!\n"
+    EXPECT_EQ(Run("orblink-vboard control capture sw0:2 -w $S/port.pcapng --count 100 & look=$!\n"
                   "until test -s $S/port.pcapng; do sleep 0.05; done\n" +
                   Transfer("10.0.0.2") + "wait $look; longest $S/port.pcapng\n" +
                   "orblink-vboard control wire sw0:1 --delay 1ms\n" +
