@@ -12,7 +12,7 @@ constexpr ptrdiff_t kHexWidth = 3;
 
 __attribute__((format(printf, 3, 4))) int Format(char* dest, size_t size, const char* format, ...)
 {
-    va_list args;
+    va_list args;  // NOLINT(cppcoreguidelines-init-variables): va_start() sets it
     va_start(args, format);
     const int length = vsnprintf_s(dest, size, format, args);
     va_end(args);

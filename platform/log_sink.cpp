@@ -55,7 +55,7 @@ public:
 
     __attribute__((format(printf, 2, 3))) void AppendFormatted(const char* format, ...)
     {
-        va_list args;
+        va_list args;  // NOLINT(cppcoreguidelines-init-variables): va_start() sets it
         va_start(args, format);
         Append(format, args);
         va_end(args);
@@ -97,7 +97,7 @@ void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func, int, const char* F
 {
     if (Site->Severity > logLevel.load(std::memory_order_relaxed))
         return;
-    va_list args;
+    va_list args;  // NOLINT(cppcoreguidelines-init-variables): va_start() sets it
     va_start(args, Format);
     const OBPLAT_LogHandler handler = logHandler.load(std::memory_order_acquire);
     if (handler != nullptr)
