@@ -72,6 +72,7 @@ UniqueFd MakeDescriptor(const BoardFile& file, const std::string& text, int flag
     const UniqueFd memory{memfd_create(name.c_str(), MFD_CLOEXEC | MFD_ALLOW_SEALING)};
     if (!memory || write(memory.Get(), text.data(), text.size()) < 0)
         return {};
+    // Result dropped: unsealed it is the program's own copy all the same.
     fcntl(memory.Get(), F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_GROW | F_SEAL_SHRINK | F_SEAL_SEAL);
     const std::string path = "/proc/self/fd/" + std::to_string(memory.Get());
     return UniqueFd{open(path.c_str(), access | (flags & (O_APPEND | O_NONBLOCK)) | O_CLOEXEC)};

@@ -83,6 +83,7 @@ Entered AwaitEntry(EntryChannel& channel)
         Refuse(ExplainRefusal(ENOSYS));
     CheckMemory(greeting.process, greeting.address);
     const char goAhead = 1;
+    // Result dropped: a child that has ended is noticed by its listener.
     send(channel.maker.Get(), &goAhead, sizeof goAhead, MSG_NOSIGNAL);
     return {std::move(received.descriptor), greeting.withoutPrivileges == 1};
 }
