@@ -10,6 +10,7 @@ packages="
     clang-tidy
     cmake
     cppcheck
+    fish
     g++
     g++-multilib
     gcovr
@@ -33,6 +34,7 @@ packages="
     socat
     tcpdump
     valgrind
+    zsh
 "
 
 missing=""

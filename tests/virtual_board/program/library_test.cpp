@@ -78,7 +78,7 @@ TEST_P(BrokenBringUp, FailsWithTheMessage)
 {
     auto outcome = WithLibrary("one_switch.toml", std::string("$CTL init >/dev/null\n"
                                                               "$VBOARD control ") +
-                                                      GetParam().fault + "\n$CTL up 0\n");
+                                                      GetParam().fault + "\n$CTL -v up 0\n");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.output, HasSubstr(GetParam().message));
 }

@@ -1,14 +1,9 @@
 // The configuration of the board: saved, compared, applied, verified.
-#include <poll.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
 
-#include "tools/orblinkctl/commands/recovery.h"
+#include "tools/orblinkctl/commands/confirmation.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/config/config_apply.h"
 #include "tools/orblinkctl/config/config_model.h"
@@ -20,7 +15,6 @@
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/output/file.h"
 #include "tools/orblinkctl/output/model_text.h"
-#include "tools/orblinkctl/output/terminal.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {
@@ -93,108 +87,6 @@ Model Diff(Call& call)
     return model;
 }
 
-// Brings the board back as far as possible after a failure; the failure itself is what counts.
-void TakeBack(const Model& before)
-{
-    const Model now = CurrentConfig();
-    RunSteps(StepsFor(now, Differences(now, before)));
-}
-
-void RunOrTakeBack(const std::vector<ConfigStep>& steps, const Model& before)
-{
-    try {
-        RunSteps(steps);
-    } catch (Failure& failure) {
-        try {
-            TakeBack(before);
-            failure.text += "; the changes were taken back";
-        } catch (const Failure& second) {
-            failure.text += "; the changes could not be taken back: " + second.text;
-        }
-        throw;
-    }
-}
-
-// Frees what the caller held when it was killed: without that, no step back would be possible.
-void TakeBackForAnybody(const Model& before)
-{
-    for (const Family family : {Family::kSwitch, Family::kPhy})
-        FreeAbandonedLock(family);
-    TakeBack(before);
-}
-
-std::string AskingText(const Call& call)
-{
-    return "To keep the changes, press Enter or run 'orblinkctl config confirm' within " +
-           call.Word("--confirm-within") + " s.\n";
-}
-
-// Until somebody decides: here by a key or a signal, elsewhere by a command, or nobody in time.
-GuardOutcome Decision(Guard& guard, double seconds)
-{
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    const bool live = isatty(STDOUT_FILENO) != 0;
-    bool listening = true;
-    for (;;) {
-        const auto left = std::chrono::duration<double>(end - Clock::now()).count();
-        if (live && left > 0)
-            WriteOut("\r" + std::to_string(static_cast<int>(std::ceil(left))) + " s left \r");
-        pollfd sources[] = {{guard.Channel(), POLLIN, 0},
-                            {listening ? STDIN_FILENO : -1, POLLIN, 0}};
-        const int ready = poll(sources, 2, live ? 1000 : -1);
-        if (EndRequested())
-            return guard.TakeBack();
-        if (ready > 0 && sources[0].revents != 0)
-            return guard.Wait();
-        if (ready <= 0 || sources[1].revents == 0)
-            continue;
-        char key = 0;
-        if (read(STDIN_FILENO, &key, 1) == 1)
-            return guard.Keep();
-        listening = false;
-    }
-}
-
-void RunGuarded(Guard& guard, const std::vector<ConfigStep>& steps)
-{
-    try {
-        RunSteps(steps);
-    } catch (Failure& failure) {
-        const GuardOutcome outcome = guard.TakeBack();
-        failure.text += outcome.failure.empty()
-                            ? "; the changes were taken back"
-                            : "; the changes could not be taken back: " + outcome.failure;
-        throw;
-    }
-}
-
-bool KeptInTime(const Call& call, const Model& before, const Model& differences,
-                const std::vector<ConfigStep>& steps)
-{
-    PendingChange change;
-    change.file = std::filesystem::absolute(*FileOf(call)).string();
-    change.seconds = std::strtod(call.Word("--confirm-within").c_str(), nullptr);
-    change.differences = differences;
-    const CaughtEndSignals signals;
-    Guard guard(change, [&] { TakeBackForAnybody(before); });
-    if (CurrentSettings().format == Format::kText) {
-        Model shown;
-        shown["differences"] = differences;
-        std::string text;
-        PrintModel(shown, text);
-        WriteOut(text);
-    }
-    RunGuarded(guard, steps);
-    guard.StartCountdown();
-    if (CurrentSettings().format == Format::kText)
-        WriteOut(AskingText(call));
-    const GuardOutcome outcome = Decision(guard, change.seconds);
-    if (!outcome.failure.empty())
-        throw Failure{kFailed, "the changes could not be taken back: " + outcome.failure};
-    return outcome.kept;
-}
-
 Model Apply(Call& call)
 {
     const auto file = FileOf(call);
@@ -221,7 +113,11 @@ Model Apply(Call& call)
         RunOrTakeBack(steps, before);
         return model;
     }
-    if (!KeptInTime(call, before, DifferenceModel(differences), steps)) {
+    PendingChange change;
+    change.file = std::filesystem::absolute(*file).string();
+    change.seconds = std::strtod(call.Word("--confirm-within").c_str(), nullptr);
+    change.differences = DifferenceModel(differences);
+    if (!KeptInTime(change, before, steps)) {
         model["taken_back"] = true;
         call.exitCode = kFailed;
     }

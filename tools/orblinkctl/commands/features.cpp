@@ -4,6 +4,7 @@
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 
@@ -58,6 +59,7 @@ Model SetMtu(Call& call)
 {
     const SwitchTarget target(call);
     const auto mtu = call.As<uint16_t>("BYTES");
+    RequireOffered("mtu", mtu, target.Record(), target.object);
     Check(ORBLINK_SetMtuSize(target.device, mtu), target.object, "ORBLINK_SetMtuSize");
     return Change(target.object, "mtu", mtu, true);
 }
@@ -65,9 +67,11 @@ Model SetMtu(Call& call)
 Model SetAging(Call& call)
 {
     const SwitchTarget target(call);
-    const int step = call.As<int>("STEP");
-    Check(ORBLINK_SetMacAging(target.device, step), target.object, "ORBLINK_SetMacAging");
-    return Change(target.object, "aging", step, target.Enabled());
+    const uint32_t step = *ParseValue("aging", call.Word("STEP"));
+    Check(ORBLINK_SetMacAging(target.device, static_cast<int>(step)), target.object,
+          "ORBLINK_SetMacAging");
+    return Change(target.object, "aging", ValueModel("aging", step, target.Record()),
+                  target.Enabled());
 }
 
 Model ShowLed(Call& call)
@@ -82,8 +86,8 @@ Model ShowLed(Call& call)
               "ORBLINK_GetLEDConfig");
         Model entry;
         entry["switch"] = device;
-        entry["led"] = record.config.ledMode;
-        entry["led_on_chip"] = IsEnabled(record) ? Model(mode) : Model();
+        entry["led"] = ValueModel("led", record.config.ledMode, record);
+        entry["led_on_chip"] = IsEnabled(record) ? ValueModel("led", mode, record) : Model();
         model["switches"].push_back(std::move(entry));
     }
     return model;
@@ -92,26 +96,32 @@ Model ShowLed(Call& call)
 Model SetLed(Call& call)
 {
     const SwitchTarget target(call);
-    const auto mode = call.As<uint8_t>("MODE");
-    Check(ORBLINK_SetLEDConfig(target.device, mode), target.object, "ORBLINK_SetLEDConfig");
-    return Change(target.object, "led", mode, target.Enabled());
+    const uint32_t mode = *ParseValue("led", call.Word("LED-MODE"));
+    RequireOffered("led", mode, target.Record(), target.object);
+    Check(ORBLINK_SetLEDConfig(target.device, static_cast<uint8_t>(mode)), target.object,
+          "ORBLINK_SetLEDConfig");
+    return Change(target.object, "led", ValueModel("led", mode, target.Record()), target.Enabled());
 }
 
 constexpr const char* kThresholds[] = {"GREEN-MIN",  "GREEN-MAX", "YELLOW-MIN",
                                        "YELLOW-MAX", "RED-MIN",   "RED-MAX"};
 
-Model Thresholds(const Call& call)
+Model Thresholds(const Call& call, const SwitchTarget& target)
 {
     Model values = Model::array();
-    for (const char* name : kThresholds)
-        values.push_back(call.As<uint16_t>(name));
+    for (const char* name : kThresholds) {
+        const auto threshold = call.As<uint16_t>(name);
+        RequireOffered("threshold", threshold, target.Record(), target.object);
+        values.push_back(threshold);
+    }
     return values;
 }
 
 Model SetQueueWred(Call& call)
 {
     const SwitchTarget target(call);
-    const Model t = Thresholds(call);
+    const Model t = Thresholds(call, target);
+    RequireOffered("queue", call.As<uint32_t>("QUEUE"), target.Record(), target.object);
     Check(ORBLINK_SetQWred(target.device, call.As<uint8_t>("QUEUE"), t[0], t[1], t[2], t[3], t[4],
                            t[5]),
           target.object, "ORBLINK_SetQWred");
@@ -121,7 +131,11 @@ Model SetQueueWred(Call& call)
 Model SetGlobalWred(Call& call)
 {
     const SwitchTarget target(call);
-    const Model t = Thresholds(call);
+    const Model t = Thresholds(call, target);
+    RequireOffered("global_wred_enable", call.As<uint32_t>("ENABLE"), target.Record(),
+                   target.object);
+    RequireOffered("weight", call.As<uint32_t>("WEIGHT"), target.Record(), target.object);
+    RequireOffered("max_p", call.As<uint32_t>("MAX-P"), target.Record(), target.object);
     Model value =
         Model::array({call.Number("ENABLE"), call.Number("WEIGHT"), call.Number("MAX-P")});
     value.insert(value.end(), t.begin(), t.end());
@@ -135,6 +149,8 @@ Model SetReservation(Call& call)
 {
     const SwitchTarget target(call);
     const auto buffers = call.As<uint16_t>("BUFFERS");
+    RequireOffered("queue", call.As<uint32_t>("QUEUE"), target.Record(), target.object);
+    RequireOffered("reservation", buffers, target.Record(), target.object);
     Check(ORBLINK_SetQRsrv(target.device, call.As<uint8_t>("QUEUE"), buffers), target.object,
           "ORBLINK_SetQRsrv");
     return Change(target.object, "reservation of queue " + call.Word("QUEUE"), buffers, true);
@@ -144,6 +160,8 @@ Model SetFlowControl(Call& call)
 {
     const PortTarget target(call);
     const Model value = Model::array({call.Number("XOFF"), call.Number("XON")});
+    RequireOffered("threshold", call.As<uint32_t>("XOFF"), target.Record(), target.object);
+    RequireOffered("threshold", call.As<uint32_t>("XON"), target.Record(), target.object);
     Check(ORBLINK_SetPortFc(target.Device(), target.Port(), call.As<uint16_t>("XOFF"),
                             call.As<uint16_t>("XON")),
           target.object, "ORBLINK_SetPortFc");
@@ -158,7 +176,7 @@ constexpr Command kFeaturesCommands[] = {
     {"mtu SWITCH BYTES", "", "set the longest frame", "ORBLINK_SetMtuSize", SetMtu, PrintChanges},
     {"led [SWITCH]", "", "the LED mode, configured and on the chip", "ORBLINK_GetLEDConfig",
      ShowLed, PrintModel},
-    {"led SWITCH MODE", "", "set the LED mode", "ORBLINK_SetLEDConfig", SetLed, PrintChanges},
+    {"led SWITCH LED-MODE", "", "set the LED mode", "ORBLINK_SetLEDConfig", SetLed, PrintChanges},
     {"aging [SWITCH]", "", "the ageing step of learnt addresses", "ORBLINK_GetSwitchDevices",
      ShowAging, PrintModel},
     {"aging SWITCH STEP", "", "set the ageing of learnt addresses", "ORBLINK_SetMacAging", SetAging,

@@ -6,13 +6,22 @@ namespace ctl {
 std::span<const CommandGroup> CommandGroups()
 {
     static const CommandGroup groups[] = {
-        {"The board", BoardCommands()},         {"Repair", RecoveryCommands()},
-        {"Switches", SwitchCommands()},         {"Ports", PortCommands()},
-        {"VLANs and bridging", VlanCommands()}, {"Switch-wide features", FeatureCommands()},
-        {"MAC table", MacCommands()},           {"PHYs", PhyCommands()},
-        {"Registers", RegisterCommands()},      {"Configuration", ConfigCommands()},
-        {"Watching", WatchCommands()},          {"Measured values", MetricsCommands()},
-        {"The library's log", LogCommands()},   {"Support", BundleCommands()},
+        {"The board", BoardCommands()},
+        {"Repair", RecoveryCommands()},
+        {"Switches", SwitchCommands()},
+        {"Ports", PortCommands()},
+        {"VLANs and bridging", VlanCommands()},
+        {"Switch-wide features", FeatureCommands()},
+        {"Why nothing arrives", ExplainCommands()},
+        {"Counters", CounterCommands()},
+        {"MAC table", MacCommands()},
+        {"PHYs", PhyCommands()},
+        {"Registers", RegisterCommands()},
+        {"Configuration", ConfigCommands()},
+        {"Watching", WatchCommands()},
+        {"Measured values", MetricsCommands()},
+        {"The library's log", LogCommands()},
+        {"Support", BundleCommands()},
         {"The program", ProgramCommands()},
     };
     return groups;

@@ -2,11 +2,14 @@
 #include <algorithm>
 #include <cctype>
 
+#include "hals/vswitch/vswitch_ioctl.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
+#include "tools/orblinkctl/facts/counters.h"
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/mac_table.h"
 #include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/output/model_text.h"
 
 namespace ctl {
@@ -82,12 +85,95 @@ Model ShowTable(Call& call)
     return model;
 }
 
+Model FindMac(Call& call)
+{
+    const auto region = ReadSwitches();
+    const MacAddress mac = *ParseMac(call.Word("MAC"));
+    const std::string wanted = MacWord(mac.data());
+    Model entries = Model::array();
+    const auto devices = SwitchesOf(call, region);
+    RequireOneEnabled(region, devices);
+    for (const unsigned device : devices) {
+        if (!IsEnabled(region.device[device]))
+            continue;
+        for (auto& entry : MacEntries(region.device[device], device))
+            if (entry.contains("mac") && entry["mac"] == wanted)
+                entries.push_back(std::move(entry));
+    }
+    if (entries.empty())
+        throw Failure{kNoSuchObject, "no switch knows " + wanted +
+                                         ": it has sent nothing, or not lately: orblinkctl aging"};
+    Model model;
+    model["entries"] = std::move(entries);
+    return model;
+}
+
+// Only the chip's own commands reach these, and only those of the VS08 are known here.
+void RequireOwnCommands(const SwitchDeviceRecord& record, unsigned device)
+{
+    if (!IsEnabled(record))
+        throw Failure{kUnsupported, DownText(record, device)};
+    if (!IsVs08(record))
+        throw Failure{kUnsupported, SwitchObject(device) +
+                                        ": the commands of its chip are not known: orblinkctl "
+                                        "ioctl"};
+}
+
+Model Flush(Call& call)
+{
+    const auto region = ReadSwitches();
+    Model model;
+    model["changes"] = Model::array();
+    for (const unsigned device : SwitchesOf(call, region)) {
+        RequireOwnCommands(region.device[device], device);
+        Check(ORBLINK_VendorSpecificIoctl(static_cast<uint8_t>(device), VSWITCH_IOCTL_FLUSH_MAC,
+                                          nullptr),
+              SwitchObject(device), "ORBLINK_VendorSpecificIoctl");
+        model["changes"].push_back(
+            Change(SwitchObject(device), "learnt addresses", "forgotten", true)["changes"].front());
+    }
+    return model;
+}
+
+Model RunStatic(Call& call, int command, const char* done)
+{
+    const PortTarget target(call);
+    RequireOwnCommands(target.Record(), target.id.device);
+    const MacAddress mac = *ParseMac(call.Word("MAC"));
+    if ((mac[0] & 1) != 0)
+        throw Failure{kUsage, MacWord(mac.data()) + " is a group address: no station has it"};
+    VswitchStaticMac parameter = {};
+    std::copy(mac.begin(), mac.end(), parameter.mac);
+    parameter.vlanId = call.As<uint16_t>("VID");
+    parameter.port = target.Port();
+    Check(ORBLINK_VendorSpecificIoctl(target.Device(), command, &parameter),
+          target.object + " address " + MacWord(mac.data()), "ORBLINK_VendorSpecificIoctl");
+    return Change(target.object, "mac " + MacWord(mac.data()) + " vlan " + call.Word("VID"), done,
+                  true);
+}
+
+Model AddStatic(Call& call)
+{
+    return RunStatic(call, VSWITCH_IOCTL_ADD_STATIC_MAC, "static");
+}
+Model RemoveStatic(Call& call)
+{
+    return RunStatic(call, VSWITCH_IOCTL_DELETE_MAC, "removed");
+}
+
 constexpr Command kMacCommands[] = {
     {"mac [SWITCH]", "--vlan --port --prefix --count", "the MAC table of the enabled switches",
      "ORBLINK_ForEachMacEntry", ListMacs, PrintModel},
     {"mac SWITCH table", "",
      "the first 256 entries, copied at one moment, and whether there are more",
      "ORBLINK_GetMacTable", ShowTable, PrintModel},
+    {"mac MAC", "", "where a station is", "ORBLINK_ForEachMacEntry", FindMac, PrintModel},
+    {"mac flush [SWITCH]", "", "forget every learnt address", "ORBLINK_VendorSpecificIoctl", Flush,
+     PrintChanges},
+    {"mac add PORT MAC VID", "", "bind a station to a port: a static entry",
+     "ORBLINK_VendorSpecificIoctl", AddStatic, PrintChanges},
+    {"mac remove PORT MAC VID", "", "take an entry away, static or learnt",
+     "ORBLINK_VendorSpecificIoctl", RemoveStatic, PrintChanges},
 };
 
 }  // namespace

@@ -61,10 +61,9 @@ Model AsNumber(const Model& flag)
     return flag.is_null() ? Model() : Model(flag == true ? 1 : 0);
 }
 
-Model BitsPerSecond(const Model& word)
+Model BitsPerSecond(const Model& megabits)
 {
-    const auto megabits = word.is_string() ? ParseNumber(word.get<std::string>()) : std::nullopt;
-    return megabits ? Model(*megabits * 1000000) : Model();
+    return megabits.is_number() ? Model(megabits.get<uint64_t>() * 1000000) : Model();
 }
 
 // etherStatsCRCAlignErrors becomes ether_stats_crc_align_errors.

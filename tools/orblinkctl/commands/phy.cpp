@@ -60,7 +60,7 @@ Model ShowPhyLink(Call& call)
     Model phy;
     phy["phy"] = target.device;
     phy["link"] = link != 0;
-    phy["link_speed"] = link != 0 ? Model(SpeedWord(speed)) : Model();
+    phy["link_speed"] = link != 0 ? SpeedModel(speed) : Model();
     phy["link_duplex"] = link != 0 ? Model(duplex != 0 ? "full" : "half") : Model();
     return Listed(std::move(phy));
 }
@@ -70,7 +70,7 @@ Model Done(const PhyTarget& target, const char* setting, Model value, bool appli
     return Change(target.object, setting, std::move(value), applied);
 }
 
-Model Up(Call& call)
+Model PhyUp(Call& call)
 {
     const PhyTarget target(call);
     Check(ETHPHY_ResetDisable(target.device, call.Has("--defaults") ? 1 : 0), target.object,
@@ -78,17 +78,17 @@ Model Up(Call& call)
     return Done(target, "state", "enabled");
 }
 
-Model Down(Call& call)
+Model PhyDown(Call& call)
 {
     const PhyTarget target(call);
     Check(ETHPHY_ResetEnable(target.device), target.object, "ETHPHY_ResetEnable");
     return Done(target, "state", "in reset");
 }
 
-Model Reset(Call& call)
+Model ResetPhy(Call& call)
 {
-    Down(call);
-    return Up(call);
+    PhyDown(call);
+    return PhyUp(call);
 }
 
 Model SetAdmin(const PhyTarget& target, bool enable)
@@ -108,7 +108,7 @@ Model DisablePhy(Call& call)
     return SetAdmin(PhyTarget(call), false);
 }
 
-Model ShowCaps(Call& call)
+Model ShowPhyCaps(Call& call)
 {
     const PhyTarget target(call);
     if (target.region.phy[target.device].capsValid == 0)
@@ -122,7 +122,7 @@ Model ShowCaps(Call& call)
     return Listed(std::move(phy));
 }
 
-Model ShowConfig(Call& call)
+Model ShowPhyConfig(Call& call)
 {
     const PhyTarget target(call);
     PhyProvConfig config;
@@ -209,7 +209,7 @@ Model SetPhySpeed(Call& call)
     const bool full = !call.Has("DUPLEX") || call.Word("DUPLEX") == "full";
     Check(ETHPHY_PhyZ88_SetSpeedDuplexMode(target.device, code, full ? 1 : 0), target.object,
           "ETHPHY_PhyZ88_SetSpeedDuplexMode");
-    Model model = Done(target, "speed", call.Word("PHY-SPEED"));
+    Model model = Done(target, "speed", call.Number("PHY-SPEED"));
     model["changes"].push_back(Done(target, "duplex", full ? "full" : "half")["changes"].front());
     return model;
 }
@@ -219,11 +219,11 @@ constexpr Command kPhyCommands[] = {
      ListPhys, PrintModel},
     {"phy PHY", "", "one PHY with its link", "ETHPHY_GetPhyData ETHPHY_GetLink", ShowPhy,
      PrintModel},
-    {"phy PHY up", "--defaults", "take a PHY out of reset", "ETHPHY_ResetDisable", Up,
+    {"phy PHY up", "--defaults", "take a PHY out of reset", "ETHPHY_ResetDisable", PhyUp,
      PrintChanges},
-    {"phy PHY down", "", "put a PHY into reset", "ETHPHY_ResetEnable", Down, PrintChanges},
+    {"phy PHY down", "", "put a PHY into reset", "ETHPHY_ResetEnable", PhyDown, PrintChanges},
     {"phy PHY reset", "--defaults", "down, then up", "ETHPHY_ResetEnable ETHPHY_ResetDisable",
-     Reset, PrintChanges},
+     ResetPhy, PrintChanges},
     {"phy PHY enable", "", "enable a PHY", "ETHPHY_SetAdminState", EnablePhy, PrintChanges},
     {"phy PHY disable", "", "disable a PHY", "ETHPHY_SetAdminState", DisablePhy, PrintChanges},
     {"phy PHY link", "", "the link of a PHY", "ETHPHY_GetLink", ShowPhyLink, PrintModel},
@@ -231,10 +231,10 @@ constexpr Command kPhyCommands[] = {
      "ETHPHY_PhyZ88_SetSpeedDuplexMode", SetPhySpeed, PrintChanges},
     {"phy PHY eee ON-OFF", "", "switch Energy-Efficient Ethernet", "ETHPHY_SetEeeState", SetPhyEee,
      PrintChanges},
-    {"phy PHY caps", "", "the capabilities word of the HAL", "ETHPHY_GetCaps", ShowCaps,
+    {"phy PHY caps", "", "the capabilities word of the HAL", "ETHPHY_GetCaps", ShowPhyCaps,
      PrintModel},
     {"phy PHY config", "", "the provisioned configuration", "ETHPHY_GetProvisionedConfig",
-     ShowConfig, PrintModel},
+     ShowPhyConfig, PrintModel},
     {"phy PHY board", "", "the wiring", "ETHPHY_GetBsdConfig", ShowPhyBoard, PrintModel},
     {"phy PHY counters", "", "the counters", "ETHPHY_GetCounters", ShowPhyCounters, PrintCounters},
     {"phy PHY counters reset", "", "set the counters to 0", "ETHPHY_ResetCounters",

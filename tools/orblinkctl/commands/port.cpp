@@ -4,6 +4,8 @@
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/counters.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/meanings.h"
+#include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 
@@ -64,7 +66,7 @@ Model ShowLink(Call& call)
           target.object, "ORBLINK_GetPortLink");
     Model model = Some(target, {});
     model["link"] = link != 0;
-    model["link_speed"] = link != 0 ? Model(SpeedWord(speed)) : Model();
+    model["link_speed"] = link != 0 ? SpeedModel(speed) : Model();
     model["link_duplex"] = link != 0 ? Model(duplex != 0 ? "full" : "half") : Model();
     return Listed("ports", std::move(model));
 }
@@ -104,9 +106,10 @@ Model ShowSpeed(Call& call)
 Model ForceLink(const PortTarget& target, uint32_t speed, uint32_t duplex)
 {
     target.RequirePhyPort();
+    RequireSpeed(speed, target.Record(), target.id.port, target.object);
     Check(ORBLINK_SetPhyPortSpeedDuplex(target.Device(), target.Port(), speed, duplex),
           target.object, "ORBLINK_SetPhyPortSpeedDuplex");
-    Model model = Done(target, "speed", SpeedWord(speed));
+    Model model = Done(target, "speed", SpeedModel(speed));
     model["changes"].push_back(
         Done(target, "duplex", duplex != 0 ? "full" : "half")["changes"].front());
     return model;
@@ -161,14 +164,26 @@ Model ShowMirror(Call& call)
     return Listed("ports", Some(PortTarget(call), {"mirror_to"}));
 }
 
+// A port as everywhere, or its number on the same switch.
+uint8_t MirrorDestination(const Call& call, const PortTarget& target)
+{
+    const std::string& word = call.Word("DESTINATION");
+    PortId id = *FindPort(word);
+    if (ParseNumber(word))
+        id.device = target.id.device;
+    if (id.device != target.id.device)
+        throw Failure{kUnsupported, target.object + " cannot be mirrored to " + PortObject(id) +
+                                        ": the ports are on different switches"};
+    RequirePort(target.region, id);
+    return static_cast<uint8_t>(id.port);
+}
+
 Model SetMirror(Call& call)
 {
     const PortTarget target(call);
     target.RequireCapability(OB_CAPS_MIRRORING, "mirroring");
     const bool off = call.Word("DESTINATION") == "off";
-    const uint8_t destination = off ? OB_NO_MIRROR : call.As<uint8_t>("DESTINATION");
-    if (!off)
-        RequirePort(target.region, {target.id.device, destination});
+    const uint8_t destination = off ? OB_NO_MIRROR : MirrorDestination(call, target);
     if (destination == target.Port())
         throw Failure{kUsage, "bad DESTINATION '" + call.Word("DESTINATION") +
                                   "': allowed is any port but the source itself, or off"};
@@ -207,7 +222,8 @@ Model ShowTestMode(Call& call)
     Check(ORBLINK_GetPortIEEETestMode(target.Device(), target.Port(), mode), target.object,
           "ORBLINK_GetPortIEEETestMode");
     Model port = Some(target, {});
-    port["test_mode"] = target.Enabled() ? Model(mode[0]) : Model();
+    port["test_mode"] =
+        target.Enabled() ? ValueModel("test_mode", mode[0], target.Record()) : Model();
     return Listed("ports", std::move(port));
 }
 
@@ -216,11 +232,12 @@ Model SetTestMode(Call& call)
     const PortTarget target(call);
     target.RequirePhyPort();
     if (!target.Enabled())
-        throw Failure{kFailed, target.object + ": test modes need the switch enabled"};
-    const auto mode = call.As<uint8_t>("MODE");
-    Check(ORBLINK_SetPortIEEETestMode(target.Device(), target.Port(), mode), target.object,
-          "ORBLINK_SetPortIEEETestMode");
-    return Done(target, "test_mode", mode);
+        throw Failure{kUnsupported, DownText(target.Record(), target.id.device)};
+    const uint32_t mode = *ParseValue("test_mode", call.Word("TEST-MODE"));
+    RequireOffered("test_mode", mode, target.Record(), target.object);
+    Check(ORBLINK_SetPortIEEETestMode(target.Device(), target.Port(), static_cast<uint8_t>(mode)),
+          target.object, "ORBLINK_SetPortIEEETestMode");
+    return Done(target, "test_mode", ValueModel("test_mode", mode, target.Record()));
 }
 
 Model ShowDvt(Call& call)
@@ -237,10 +254,10 @@ Model SetDvt(Call& call)
               "ORBLINK_DisablePhyPortDvt");
         return Done(target, "dvt", nullptr);
     }
-    const int test = call.As<int>("TEST");
-    Check(ORBLINK_EnablePhyPortDvt(target.Device(), target.Port(), test), target.object,
-          "ORBLINK_EnablePhyPortDvt");
-    return Done(target, "dvt", test);
+    const uint32_t test = *ParseValue("dvt", call.Word("TEST"));
+    Check(ORBLINK_EnablePhyPortDvt(target.Device(), target.Port(), static_cast<int>(test)),
+          target.object, "ORBLINK_EnablePhyPortDvt");
+    return Done(target, "dvt", ValueModel("dvt", test, target.Record()));
 }
 
 Model ShowCounters(Call& call)
@@ -291,7 +308,7 @@ constexpr Command kPortCommands[] = {
      "ORBLINK_EnableRgmiiDelay ORBLINK_DisableRgmiiDelay", SetDelay, PrintChanges},
     {"port PORT test-mode", "", "the IEEE 802.3 test mode of the PHY",
      "ORBLINK_GetPortIEEETestMode", ShowTestMode, PrintModel},
-    {"port PORT test-mode MODE", "", "set the IEEE 802.3 test mode of the PHY",
+    {"port PORT test-mode TEST-MODE", "", "set the IEEE 802.3 test mode of the PHY",
      "ORBLINK_SetPortIEEETestMode", SetTestMode, PrintChanges},
     {"port PORT dvt", "", "whether a verification test is on", "ORBLINK_GetSwitchDevices", ShowDvt,
      PrintModel},

@@ -19,9 +19,7 @@ namespace {
 
 ExitCode Help(Call& call)
 {
-    std::vector<std::string> words;
-    if (call.Has("COMMAND"))
-        words.push_back(call.Word("COMMAND"));
+    const auto words = SplitWords(call.Has("COMMAND") ? call.Word("COMMAND") : "");
     WriteOut(CurrentSettings().format == Format::kText ? HelpText(words)
                                                        : Rendered(call, CommandModel(words)));
     return kDone;
@@ -95,8 +93,8 @@ constexpr Command kProgramCommands[] = {
     {"batch [FILE]", "--keep-going",
      "one command on each line of a file or of standard input; # begins a comment", "", nullptr,
      nullptr, Batch},
-    {"help [COMMAND]", "", "help on all commands, or on those that begin so", "", nullptr, nullptr,
-     Help},
+    {"help [COMMAND]", "", "help on all commands, on those that begin so, or on a word of them", "",
+     nullptr, nullptr, Help},
     {"completion SHELL", "", "the completion script of a shell", "", nullptr, nullptr, Completion},
     {"manual", "", "the manual page in roff", "", nullptr, nullptr, Manual},
 };

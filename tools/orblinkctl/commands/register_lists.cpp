@@ -4,6 +4,7 @@
 #include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/phy_model.h"
+#include "tools/orblinkctl/facts/refusals.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/text.h"
 
@@ -131,7 +132,9 @@ Model MdioTargets(Call& call)
         entry["register_2"] = enabled ? MdioValue(device, 2) : Model();
         entry["register_3"] = enabled ? MdioValue(device, 3) : Model();
         const bool read = !entry["register_2"].is_null() && !entry["register_3"].is_null();
-        entry["error"] = enabled && !read ? Model("ETHPHY_ReadMdio failed") : Model();
+        entry["error"] = enabled && !read
+                             ? Model(RefusalOf(PhyObject(device), "ETHPHY_ReadMdio").text)
+                             : Model();
         if (enabled && !read)
             call.exitCode = kFailed;
     });

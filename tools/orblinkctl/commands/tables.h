@@ -10,6 +10,8 @@ std::span<const Command> SwitchCommands();
 std::span<const Command> PortCommands();
 std::span<const Command> VlanCommands();
 std::span<const Command> FeatureCommands();
+std::span<const Command> CounterCommands();
+std::span<const Command> ExplainCommands();
 std::span<const Command> MacCommands();
 std::span<const Command> RegisterCommands();
 std::span<const Command> PhyCommands();

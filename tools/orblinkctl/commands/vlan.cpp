@@ -3,6 +3,7 @@
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/record_check.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
@@ -68,9 +69,11 @@ Model SetPcp(Call& call)
 
 Model SetTagging(Call& call)
 {
-    const auto tagging = call.As<uint32_t>("TAGGING");
-    return SetLanPort(call, "tagging", tagging, "ORBLINK_SetLanPortEgressTagging",
-                      [&](uint8_t dev, uint8_t port) {
+    const uint32_t tagging = *ParseValue("tagging", call.Word("TAGGING"));
+    const PortTarget target(call);
+    RequireOffered("tagging", tagging, target.Record(), target.object);
+    return SetLanPort(call, "tagging", ValueModel("tagging", tagging, target.Record()),
+                      "ORBLINK_SetLanPortEgressTagging", [&](uint8_t dev, uint8_t port) {
                           return ORBLINK_SetLanPortEgressTagging(dev, port, tagging);
                       });
 }
@@ -90,10 +93,12 @@ Model SetGroup(Call& call)
     const PortTarget target(call);
     target.RequireLanPort();
     if (!none)
+        RequireOffered("group", group, target.Record(), target.object);
+    if (!none)
         target.RequireForceForInternal(call, "puts it into a group, apart from the other ports");
     // The library would succeed silently and write nothing.
     if (lock == 0 && target.Record().config.groupIdLock[target.id.port] != 0)
-        throw Failure{kFailed,
+        throw Failure{kUnsupported,
                       target.object + ": the group is locked: write with --lock or --unlock"};
     Check(ORBLINK_SetLanPortGroupId(target.Device(), target.Port(), group, lock), target.object,
           "ORBLINK_SetLanPortGroupId");
@@ -120,12 +125,21 @@ Model BridgeModeOn(Call& call)
     const SwitchTarget target(call);
     const uint16_t tpid =
         call.Has("TPID") ? call.As<uint16_t>("TPID") : target.Record().config.STagTpid;
+    RequireOffered("bridge_tpid", tpid, target.Record(), target.object);
     Check(ORBLINK_EnableProviderBridgedMode(target.device, tpid), target.object,
           "ORBLINK_EnableProviderBridgedMode");
-    Model model = Change(target.object, "bridge_mode", "on", target.Enabled());
+    Model model = Change(target.object, "bridge_mode", "provider", target.Enabled());
     model["changes"].push_back(
         Change(target.object, "bridge_tpid", tpid, target.Enabled())["changes"].front());
     return model;
+}
+
+// The identifier that IEEE 802.1 gives to service tags.
+Model BridgeModeProvider(Call& call)
+{
+    if (!call.Has("TPID"))
+        call.values["TPID"] = "0x88a8";
+    return BridgeModeOn(call);
 }
 
 Model BridgeModeOff(Call& call)
@@ -231,6 +245,9 @@ constexpr Command kVlanCommands[] = {
      ShowBridgeMode, PrintModel},
     {"bridge-mode SWITCH on [TPID]", "", "provider bridged mode on",
      "ORBLINK_EnableProviderBridgedMode", BridgeModeOn, PrintChanges},
+    {"bridge-mode SWITCH provider [TPID]", "",
+     "provider bridged mode on, with service tags of 0x88a8 if no TPID is given",
+     "ORBLINK_EnableProviderBridgedMode", BridgeModeProvider, PrintChanges},
     {"bridge-mode SWITCH off", "", "provider bridged mode off",
      "ORBLINK_DisableProviderBridgedMode", BridgeModeOff, PrintChanges},
     {"mac-vlan [SWITCH]", "", "the VLANs given by source address", "ORBLINK_GetMactoVlanTable",

@@ -148,6 +148,7 @@ public:
                  Text(port["receive_bytes_per_second"]), Text(port["receive_frames_per_second"]),
                  Text(port["transmit_bytes_per_second"]), Text(port["transmit_frames_per_second"]),
                  Sparkline(history_.at(Name(port)))});
+        table.Expendable({"HISTORY", "RX FRAMES/S", "TX FRAMES/S", "LABEL", "SPEED"});
         std::string out;
         table.Print(out);
         return out;

@@ -229,10 +229,9 @@ std::vector<ConfigStep> StepsFor(const Model& board,
 
 void RunSteps(const std::vector<ConfigStep>& steps)
 {
-    for (const auto& step : steps) {
-        Call call = Resolve(ParseCommandLine(SplitWords(step.command)));
-        call.command->query(call);
-    }
+    for (const auto& step : steps)
+        for (auto& call : Resolve(ParseCommandLine(SplitWords(step.command))))
+            call.command->query(call);
 }
 
 }  // namespace ctl

@@ -19,7 +19,7 @@ struct Setting {
 };
 
 constexpr Setting kSwitchSettings[] = {
-    {"mtu", "BYTES"},        {"led", "MODE"},         {"aging", "STEP"}, {"service", "STATUS"},
+    {"mtu", "BYTES"},        {"led", "LED-MODE"},     {"aging", "STEP"}, {"service", "STATUS"},
     {"bridge_mode", "bool"}, {"bridge_tpid", "TPID"}, {"igmp", "bool"},
 };
 constexpr Setting kPortSettings[] = {
@@ -39,7 +39,7 @@ public:
     {
         for (const auto& [key, value] : file.items()) {
             if (key == "schema")
-                Require(value == kSchema, key, "1");
+                Require(value == kConfigSchema, key, "1");
             else if (key == "switch")
                 Each(value, key, "SWITCH", &Checker::Switch);
             else if (key == "phy")
@@ -135,11 +135,10 @@ private:
             return Require(value.is_boolean(), name, "true or false");
         const Argument& argument = ArgumentNamed(setting.kind);
         const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
-        const bool wordKind =
-            std::string_view(setting.kind) == "SPEED" || std::string_view(setting.kind) == "DUPLEX";
-        const bool typeFits = wordKind
-                                  ? value.is_string()
-                                  : value.is_number_integer() || text == "off" || text == "none";
+        // A number in quotes is a mistake, but for speeds, which older files have so.
+        const bool typeFits = value.is_number_integer() ||
+                              (value.is_string() &&
+                               (!ParseNumber(text) || std::string_view(setting.kind) == "SPEED"));
         Require(typeFits && Accepts(argument, text), name, argument.allowed);
     }
 

@@ -4,6 +4,7 @@
 
 #include "tools/orblinkctl/facts/failure.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/record_check.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/facts/words.h"
@@ -55,7 +56,7 @@ Model SwitchConfig(const SwitchDeviceRecord& record, unsigned device)
     Model config;
     for (const char* key : {"mtu", "led", "aging", "service"})
         config[key] = stored[key];
-    config["bridge_mode"] = stored["bridge_mode"] == "on";
+    config["bridge_mode"] = stored["bridge_mode"] == "provider";
     // While the mode is off the stored identifier has no effect.
     if (config["bridge_mode"] == true)
         config["bridge_tpid"] = stored["bridge_tpid"];
@@ -118,6 +119,12 @@ void AddTable(const Model& tree, const std::string& name, std::string& out)
             AddTable(value, name.empty() ? TomlKey(key) : name + "." + TomlKey(key), out);
 }
 
+// Older files have speeds as words, and numbers where there are words today.
+bool SameSetting(const std::string& key, const Model& one, const Model& other)
+{
+    return key == "speed" ? Text(one) == Text(other) : SameValue(key, one, other);
+}
+
 bool IsMacVlan(const std::vector<std::string>& path)
 {
     return path.size() == 5 && path[2] == "mac_vlan";
@@ -162,14 +169,22 @@ Model CurrentConfig()
 Model DefaultConfig(const Model& current)
 {
     static const std::map<std::string, Model> defaults = {
-        {"mtu", 2000},        {"led", 3},
-        {"aging", 3},         {"bridge_mode", false},
-        {"igmp", false},      {"enabled", true},
-        {"mirror_to", "off"}, {"speed", "auto"},
-        {"duplex", "full"},   {"delay", false},
-        {"vlan", 1},          {"pcp", 0},
-        {"tagging", 0},       {"group_locked", true},
-        {"group", "none"},    {"admin", true},
+        {"mtu", 2000},
+        {"led", "link+activity"},
+        {"aging", "300s"},
+        {"bridge_mode", false},
+        {"igmp", false},
+        {"enabled", true},
+        {"mirror_to", "off"},
+        {"speed", "auto"},
+        {"duplex", "full"},
+        {"delay", false},
+        {"vlan", 1},
+        {"pcp", 0},
+        {"tagging", "untagged"},
+        {"group_locked", true},
+        {"group", "none"},
+        {"admin", true},
     };
     constexpr int kEeePorts = 6;
     Model wanted = Model::object();
@@ -216,7 +231,7 @@ std::vector<ConfigDifference> Differences(const Model& board, const Model& wante
     std::vector<std::string> path;
     ForEachSetting(wanted, path, [&](const std::vector<std::string>& at, const Model& value) {
         const Model there = AtPath(board, at);
-        if (there != value)
+        if (!SameSetting(at.back(), there, value))
             list.push_back({at, there, value});
     });
     AddSurplusMacs(board, wanted, list);

@@ -10,6 +10,9 @@
 
 namespace ctl {
 
+// The form of configuration files; it has not changed since the first one.
+inline constexpr int kConfigSchema = 1;
+
 // {"switch": {"0": {..., "port": {"1": {...}}, "mac_vlan": {"1 00:..": {...}}}}, "phy": {"0":
 // {...}}} Only what an operation of the library can set, and only where the port can have it.
 Model CurrentConfig();

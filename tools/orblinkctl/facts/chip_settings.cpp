@@ -2,6 +2,7 @@
 
 #include "tools/orblinkctl/facts/counters.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/facts/words.h"
 
@@ -77,7 +78,7 @@ private:
     {
         uint8_t mode = 0;
         if (ORBLINK_GetLEDConfig(Device(), &mode) == 0)
-            Add(SwitchObject(device_), "led", stored_["led"], mode);
+            Add(SwitchObject(device_), "led", stored_["led"], ValueModel("led", mode, record_));
     }
 
     void ReadEee(unsigned port)
@@ -94,10 +95,10 @@ private:
     {
         const std::string object = SwitchObject(device_);
         const bool bridging = (Smi(kBridgeControl) & 1) != 0;
-        Add(object, "bridge_mode", stored_["bridge_mode"] == "on", bridging);
+        Add(object, "bridge_mode", stored_["bridge_mode"], bridging ? "provider" : "off");
         if (bridging)
             Add(object, "bridge_tpid", stored_["bridge_tpid"], Smi(kBridgeTpid));
-        Add(object, "aging", stored_["aging"], Smi(kAgeing));
+        Add(object, "aging", stored_["aging"], ValueModel("aging", Smi(kAgeing), record_));
         Add(object, "mtu", stored_["mtu"], Smi(kMtu));
         Add(object, "igmp", stored_["igmp"], (Smi(kSnooping) & 1) != 0);
     }
@@ -122,13 +123,14 @@ private:
     {
         const std::string object = PortObject(id);
         const uint16_t control = PortRegister(id, kPhyControl);
-        Add(object, "speed", stored["speed"], SpeedWord(control & 7));
+        Add(object, "speed", stored["speed"], SpeedModel(control & 7));
         Add(object, "duplex", stored["duplex"], (control & 8) != 0 ? "full" : "half");
         if (id.port == 0)
             return;
         Add(object, "vlan", stored["vlan"], PortRegister(id, kPortVid));
         Add(object, "pcp", stored["pcp"], PortRegister(id, kPortPcp));
-        Add(object, "tagging", stored["tagging"], PortRegister(id, kPortTag));
+        Add(object, "tagging", stored["tagging"],
+            ValueModel("tagging", PortRegister(id, kPortTag), record_));
         const uint16_t group = PortRegister(id, kPortGroup);
         Add(object, "group", stored["group"],
             (group & kValid) != 0 ? Model(group & 0xFF) : Model());

@@ -15,6 +15,7 @@
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/record_check.h"
+#include "tools/orblinkctl/facts/refusals.h"
 
 namespace ctl {
 
@@ -158,12 +159,7 @@ void Check(int result, std::string_view object, const char* operation)
     if (result == 0)
         return;
     RequireAwake(object);
-    std::string text = std::string(object) + ": " + operation + " failed";
-    if (LogSaid("HAL does not exist"))
-        throw Failure{kUnsupported, text + ": its HAL library does not offer it"};
-    if (ORBLINK_isBatteryMode() != 0)
-        text += " (the modem runs on battery)";
-    throw Failure{kFailed, text};
+    throw RefusalOf(object, operation);
 }
 
 SwitchDeviceRegion ReadSwitches()

@@ -103,6 +103,11 @@ std::string RecordedLines()
     return Record();
 }
 
+bool LogLinesAreShown()
+{
+    return currentMode == LogMode::kProgress || currentMode == LogMode::kTrace;
+}
+
 std::vector<std::string> HeldLogLines()
 {
     auto lines = std::exchange(Lines(), {});

@@ -18,6 +18,9 @@ enum class LogMode {
 
 void TakeLogLines(LogMode mode);
 
+// Whether the operator asked for lines as they come.
+bool LogLinesAreShown();
+
 // Lines that were held back since the last call of this function.
 std::vector<std::string> HeldLogLines();
 void DropHeldLogLines();

@@ -1,6 +1,7 @@
 #include "tools/orblinkctl/facts/model.h"
 
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/words.h"
 
 template class nlohmann::basic_json<nlohmann::ordered_map>;
 
@@ -21,6 +22,13 @@ Model Change(std::string_view object, std::string_view setting, Model value, boo
 Model Optional(uint32_t value, uint32_t none)
 {
     return value == none ? Model() : Model(value);
+}
+
+Model SpeedModel(uint32_t code)
+{
+    const std::string word = SpeedWord(code);
+    const auto number = ParseNumber(word);
+    return number ? Model(*number) : Model(word);
 }
 
 std::string Text(const Model& value)

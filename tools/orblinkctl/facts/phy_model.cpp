@@ -3,8 +3,10 @@
 #include <cstring>
 
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/record_check.h"
+#include "tools/orblinkctl/facts/refusals.h"
 #include "tools/orblinkctl/facts/text_safety.h"
 #include "tools/orblinkctl/facts/words.h"
 
@@ -74,13 +76,14 @@ void AddPhyLink(Model& model, unsigned device)
         model[key] = nullptr;
     Enter(Family::kPhy);
     if (ETHPHY_GetLink(static_cast<uint8_t>(device), &link, &speed, &duplex) != 0) {
-        model["error"] = "ETHPHY_GetLink failed";
+        model["error"] = RefusalOf(PhyObject(device), "ETHPHY_GetLink").text;
+        DropHeldLogLines();
         return;
     }
     model["link"] = link != 0;
     if (link == 0)
         return;
-    model["link_speed"] = SpeedWord(speed);
+    model["link_speed"] = SpeedModel(speed);
     model["link_duplex"] = duplex != 0 ? "full" : "half";
 }
 

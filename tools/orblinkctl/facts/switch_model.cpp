@@ -4,8 +4,11 @@
 
 #include "tools/orblinkctl/facts/failure.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/record_check.h"
+#include "tools/orblinkctl/facts/refusals.h"
 #include "tools/orblinkctl/facts/text_safety.h"
 #include "tools/orblinkctl/facts/words.h"
 
@@ -30,8 +33,8 @@ std::string DuplexWord(uint32_t full)
 
 Model BridgeMode(uint32_t stored)
 {
-    // Any other value asks for it to be switched off explicitly.
-    return stored == 1 ? "on" : stored == 0 ? "default" : "off";
+    // 0 leaves the chip as its reset does, any other value switches it off.
+    return stored == 1 ? "provider" : "off";
 }
 
 std::string Role(const SwitchDeviceRecord& record, unsigned port)
@@ -83,8 +86,8 @@ Model StoredSwitch(const SwitchDeviceRecord& record, unsigned device)
     model["bridge_tpid"] = config.STagTpid;
     model["igmp"] = config.igmpSnooping == 1;
     model["mtu"] = config.mtuSize;
-    model["led"] = config.ledMode;
-    model["aging"] = config.macAging;
+    model["led"] = ValueModel("led", config.ledMode, record);
+    model["aging"] = ValueModel("aging", static_cast<uint32_t>(config.macAging), record);
     model["service"] = record.serviceStatus;
     return model;
 }
@@ -100,11 +103,11 @@ Model StoredPort(const SwitchDeviceRecord& record, PortId id)
     model["label"] = OptionalText(PortLabel(id.device, port));
     model["role"] = Role(record, port);
     model["enabled"] = HasBit(config.enabledPorts, port);
-    model["speed"] = SpeedWord(config.link[port].linkSpeed);
+    model["speed"] = SpeedModel(config.link[port].linkSpeed);
     model["duplex"] = DuplexWord(config.link[port].linkFullDuplex);
     model["vlan"] = config.lanPortVlan[port];
     model["pcp"] = config.lanPortPcp[port];
-    model["tagging"] = config.egressTagging[port];
+    model["tagging"] = ValueModel("tagging", config.egressTagging[port], record);
     model["group"] = Optional(static_cast<uint32_t>(config.groupId[port]), UINT32_MAX);
     model["group_locked"] = config.groupIdLock[port] != 0;
     model["eee"] = HasBit(config.eeePorts, port);
@@ -135,13 +138,14 @@ void AddLink(Model& model, const SwitchDeviceRecord& record, PortId id)
     Enter(Family::kSwitch);
     if (ORBLINK_GetPortLink(static_cast<uint8_t>(id.device), static_cast<uint8_t>(id.port), &link,
                             &speed, &duplex) != 0) {
-        model["error"] = "ORBLINK_GetPortLink failed";
+        model["error"] = RefusalOf(PortObject(id), "ORBLINK_GetPortLink").text;
+        DropHeldLogLines();
         return;
     }
     model["link"] = link != 0;
     if (link == 0)
         return;
-    model["link_speed"] = SpeedWord(speed);
+    model["link_speed"] = SpeedModel(speed);
     model["link_duplex"] = DuplexWord(duplex);
 }
 

@@ -51,6 +51,9 @@ private:
     {
         const size_t equals = argument.find('=');
         const auto& option = Find(argument.substr(0, equals), argument);
+        // "help --mask" asks for that option.
+        if (!option.global && !line_.words.empty() && line_.words.front() == "help")
+            return line_.words.push_back(argument);
         if (equals == std::string::npos)
             return Take(option, std::nullopt);
         if (*option.argument == '\0')

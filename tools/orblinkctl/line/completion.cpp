@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/line/expansion.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"
 #include "tools/orblinkctl/line/vocabulary.h"
@@ -10,12 +11,19 @@ namespace ctl {
 
 namespace {
 
+// clang-format off
+
+// Bash splits words at the colon, and replaces only what follows the last one.
 constexpr char kBash[] = R"SH(_orblinkctl() {
-    local word=${COMP_WORDS[COMP_CWORD]}
-    mapfile -t COMPREPLY < <(orblinkctl --complete "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
-    case $word in
-        *:*) COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}") ;;
-    esac
+    local line=${COMP_LINE:0:COMP_POINT} word
+    local -a words
+    read -ra words <<<"$line"
+    [[ $line == *[[:space:]] ]] && words+=("")
+    word=${words[-1]}
+    mapfile -t COMPREPLY < <(orblinkctl --complete "${words[@]:1}" 2>/dev/null)
+    if [[ $word == *:* && $COMP_WORDBREAKS == *:* ]]; then
+        COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
+    fi
 }
 complete -o default -F _orblinkctl orblinkctl
 )SH";
@@ -23,12 +31,22 @@ complete -o default -F _orblinkctl orblinkctl
 constexpr char kZsh[] = R"SH(#compdef orblinkctl
 _orblinkctl() {
     local -a found
-    found=(${(f)" $(orblinkctl-- complete "${(@)words[2,CURRENT]}" 2 > / dev / null) "})
-                        compadd -
-                        a found
+    found=(${(f)"$(orblinkctl --complete "${(@)words[2,CURRENT]}" 2>/dev/null)"})
+    if (( $#found )); then compadd -a found; else _files; fi
 }
-compdef _orblinkctl orblinkctl
+if [[ $funcstack[1] == _orblinkctl ]]; then _orblinkctl; else compdef _orblinkctl orblinkctl; fi
 )SH";
+
+constexpr char kFish[] = R"SH(function __orblinkctl
+    set -l words (commandline -opc) (commandline -ct)
+    test (count $words) -gt (count (commandline -opc)); or set -a words ""
+    orblinkctl --complete $words[2..-1] 2>/dev/null
+end
+complete -c orblinkctl -f -a '(__orblinkctl)'
+complete -c orblinkctl -n 'test -z "$(__orblinkctl)"' -F
+)SH";
+
+// clang-format on
 
 const OptionDefinition* FindOption(const std::string& word)
 {
@@ -55,6 +73,10 @@ std::vector<std::string> PlainWords(const std::vector<std::string>& words)
 std::vector<std::string> NextWords(const std::vector<std::string>& plain)
 {
     std::vector<std::string> next;
+    // Another setting may follow.
+    if (MayGoOn(plain))
+        for (const auto& word : NextWords({plain[0], plain[1]}))
+            AddOnce(next, word);
     for (const auto* command : CommandsUnder(plain)) {
         const auto synopsis = SynopsisWords(*command);
         if (synopsis.size() <= plain.size())
@@ -67,6 +89,14 @@ std::vector<std::string> NextWords(const std::vector<std::string>& plain)
                 AddOnce(next, candidate);
     }
     return next;
+}
+
+// "help" takes the words of a command.
+std::vector<std::string> AskedFor(std::vector<std::string> plain)
+{
+    if (!plain.empty() && plain.front() == "help")
+        plain.erase(plain.begin());
+    return plain;
 }
 
 std::vector<std::string> OptionWords(const std::vector<std::string>& plain)
@@ -95,13 +125,15 @@ std::vector<std::string> Completions(std::vector<std::string> words)
     else if (unfinished.starts_with("-"))
         all = OptionWords(PlainWords(words));
     else
-        all = NextWords(PlainWords(words));
+        all = NextWords(AskedFor(PlainWords(words)));
     std::erase_if(all, [&](const std::string& word) { return !word.starts_with(unfinished); });
     return all;
 }
 
 std::string CompletionScript(const std::string& shell)
 {
+    if (shell == "fish")
+        return kFish;
     return shell == "zsh" ? kZsh : kBash;
 }
 

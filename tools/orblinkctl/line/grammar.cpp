@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
 #include <utility>
 
 #include "tools/orblinkctl/facts/words.h"
@@ -37,6 +38,17 @@ bool Complete(const std::vector<SynopsisWord>& synopsis, size_t count)
     return count >= synopsis.size() || synopsis[count].optional;
 }
 
+// How well a command takes the words: literal ones count first, then arguments within their range.
+std::pair<size_t, size_t> Fit(const std::vector<SynopsisWord>& synopsis,
+                              const std::vector<std::string>& words)
+{
+    size_t accepted = 0;
+    for (size_t i = 0; i < words.size(); ++i)
+        if (!synopsis[i].literal && Accepts(ArgumentNamed(synopsis[i].name), words[i]))
+            ++accepted;
+    return {Literals(synopsis), accepted};
+}
+
 struct ParsedCommand {
     const Command* command;
     std::vector<SynopsisWord> synopsis;
@@ -55,6 +67,20 @@ const std::vector<ParsedCommand>& AllCommands()
 {
     static const std::vector<ParsedCommand> all = ParseAll();
     return all;
+}
+
+// Those that begin with the first of the words; a batch asks for each of its lines.
+const std::vector<const ParsedCommand*>& CommandsThatBegin(const std::vector<std::string>& words)
+{
+    static const auto byFirstWord = [] {
+        std::map<std::string, std::vector<const ParsedCommand*>> found;
+        for (const auto& parsed : AllCommands())
+            found[parsed.synopsis.empty() ? "" : parsed.synopsis.front().name].push_back(&parsed);
+        return found;
+    }();
+    static const std::vector<const ParsedCommand*> none;
+    const auto found = byFirstWord.find(words.empty() ? "" : words.front());
+    return found == byFirstWord.end() ? none : found->second;
 }
 
 std::string Joined(const std::vector<std::string>& words, size_t count)
@@ -168,12 +194,12 @@ std::vector<SynopsisWord> SynopsisWords(const Command& command)
 Call MatchWords(const std::vector<std::string>& words)
 {
     const ParsedCommand* best = nullptr;
-    for (const auto& parsed : AllCommands()) {
-        const auto& synopsis = parsed.synopsis;
+    for (const auto* parsed : CommandsThatBegin(words)) {
+        const auto& synopsis = parsed->synopsis;
         if (Matching(synopsis, words) != words.size() || !Complete(synopsis, words.size()))
             continue;
-        if (best == nullptr || Literals(synopsis) > Literals(best->synopsis))
-            best = &parsed;
+        if (best == nullptr || Fit(synopsis, words) > Fit(best->synopsis, words))
+            best = parsed;
     }
     if (best == nullptr)
         NoSuchCommand(words);
@@ -186,6 +212,15 @@ Call MatchWords(const std::vector<std::string>& words)
         call.values[expected.name] = words[i];
     }
     return call;
+}
+
+bool IsCommand(const std::vector<std::string>& words)
+{
+    const auto& all = CommandsThatBegin(words);
+    return std::any_of(all.begin(), all.end(), [&](const ParsedCommand* parsed) {
+        return Matching(parsed->synopsis, words) == words.size() &&
+               Complete(parsed->synopsis, words.size());
+    });
 }
 
 std::vector<const Command*> CommandsUnder(const std::vector<std::string>& words)

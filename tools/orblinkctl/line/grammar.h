@@ -22,6 +22,9 @@ std::vector<SynopsisWord> SynopsisWords(const Command& command);
 // the bad word and what may stand there.
 Call MatchWords(const std::vector<std::string>& words);
 
+// Whether the words are as many as a command takes, and its literal ones right.
+bool IsCommand(const std::vector<std::string>& words);
+
 // The commands whose first words are these; all of them for no words.
 std::vector<const Command*> CommandsUnder(const std::vector<std::string>& words);
 

@@ -1,5 +1,6 @@
 #include "tools/orblinkctl/line/help.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -78,6 +79,63 @@ void AddCommand(std::string& out, const Command& command)
                "\n";
 }
 
+bool TakesAll(const Command& command, const std::vector<std::string>& words)
+{
+    const auto synopsis = SynopsisWords(command);
+    for (size_t i = 0; i < words.size(); ++i)
+        if (!synopsis[i].literal && words[i] != synopsis[i].name &&
+            !Accepts(ArgumentNamed(synopsis[i].name), words[i]))
+            return false;
+    return true;
+}
+
+// More commands than that are listed by theme, one on each line.
+constexpr size_t kMostInFull = 8;
+
+// Whether all the words stand in it in this order; arguments and options by their names.
+bool Mentions(const Command& command, const std::vector<std::string>& words)
+{
+    const auto synopsis = SynopsisWords(command);
+    const auto options = SplitWords(command.options);
+    auto from = synopsis.begin();
+    for (const auto& word : words) {
+        if (std::find(options.begin(), options.end(), word) != options.end())
+            continue;
+        from = std::find_if(from, synopsis.end(),
+                            [&](const SynopsisWord& own) { return own.name == word; });
+        if (from == synopsis.end())
+            return false;
+        ++from;
+    }
+    return true;
+}
+
+// The commands that begin with the words, or else those that mention them.
+std::vector<const Command*> CommandsNamed(const std::vector<std::string>& words)
+{
+    auto found = CommandsUnder(words);
+    // An argument takes any word: what it does not take is not meant.
+    std::erase_if(found, [&](const Command* command) { return !TakesAll(*command, words); });
+    if (!found.empty())
+        return found;
+    for (const auto* command : CommandsUnder({}))
+        if (Mentions(*command, words))
+            found.push_back(command);
+    return found;
+}
+
+void AddGroups(std::string& out, const std::vector<const Command*>& commands)
+{
+    for (const auto& group : CommandGroups()) {
+        std::string lines;
+        for (const auto& command : group.commands)
+            if (std::find(commands.begin(), commands.end(), &command) != commands.end())
+                lines += "  " + Padded(command.synopsis, 34) + "  " + command.summary + "\n";
+        if (!lines.empty())
+            out += std::string(out.empty() ? "" : "\n") + group.title + ":\n" + lines;
+    }
+}
+
 }  // namespace
 
 std::string VersionText()
@@ -89,10 +147,14 @@ std::string HelpText(const std::vector<std::string>& words)
 {
     if (words.empty())
         return OverviewHelp();
-    const auto commands = CommandsUnder(words);
+    const auto commands = CommandsNamed(words);
     if (commands.empty())
         MatchWords(words);
     std::string out;
+    if (commands.size() > kMostInFull) {
+        AddGroups(out, commands);
+        return out + "\nMore of one of them: orblinkctl help " + words.front() + " WORD...\n";
+    }
     for (const auto* command : commands)
         AddCommand(out, *command);
     AddGlobalOptions(out);
@@ -103,7 +165,7 @@ Model CommandModel(const std::vector<std::string>& words)
 {
     Model model;
     model["commands"] = Model::array();
-    for (const auto* command : CommandsUnder(words)) {
+    for (const auto* command : CommandsNamed(words)) {
         Model entry;
         entry["synopsis"] = command->synopsis;
         entry["options"] = SplitWords(command->options);

@@ -12,8 +12,10 @@
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/text_safety.h"
+#include "tools/orblinkctl/line/expansion.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"
+#include "tools/orblinkctl/line/several.h"
 #include "tools/orblinkctl/line/vocabulary.h"
 #include "tools/orblinkctl/output/file.h"
 #include "tools/orblinkctl/output/text.h"
@@ -63,18 +65,27 @@ void Adopt(const CommandLine& line)
     TakeLogLines(LogModeOf(settings));
 }
 
-void TakeOption(Call& call, const std::string& name, const std::string& text)
+bool HasOption(const Call& call, const std::string& name)
+{
+    const auto own = SplitWords(call.command->options);
+    return std::find(own.begin(), own.end(), name) != own.end();
+}
+
+// An option belongs to those of the commands that have it, one at least.
+void GiveOption(std::vector<Call>& calls, const std::string& name, const std::string& text)
 {
     if (OptionNamed(name).global)
         return;
-    for (const auto& own : SplitWords(call.command->options)) {
-        if (own == name) {
-            call.values[name] = text;
-            return;
-        }
+    bool taken = false;
+    for (auto& call : calls) {
+        if (!HasOption(call, name))
+            continue;
+        call.values[name] = text;
+        taken = true;
     }
-    throw Failure{kUsage, "option " + name + " does not belong to '" +
-                              std::string(call.command->synopsis) + "'"};
+    if (!taken)
+        throw Failure{kUsage, "option " + name + " does not belong to '" +
+                                  std::string(calls.front().command->synopsis) + "'"};
 }
 
 ExitCode RunCall(Call& call)
@@ -84,14 +95,6 @@ ExitCode RunCall(Call& call)
     const Model model = call.command->query(call);
     WriteOut(Rendered(call, model));
     return call.exitCode;
-}
-
-// Lines that were held back for a command that ended without a failure of its own.
-void ShowHeldLines(ExitCode code)
-{
-    for (const auto& line : HeldLogLines())
-        if (code == kFailed)
-            std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 ExitCode RunParsed(const CommandLine& line)
@@ -106,9 +109,9 @@ ExitCode RunParsed(const CommandLine& line)
         WriteOut(HelpText(line.words));
         return kDone;
     }
-    Call call = Resolve(line);
-    const ExitCode code = RunCall(call);
-    ShowHeldLines(code);
+    std::vector<Call> calls = Resolve(line);
+    const ExitCode code = calls.size() == 1 ? RunCall(calls.front()) : RunSeveral(calls);
+    DropHeldLogLines();
     return code;
 }
 
@@ -142,12 +145,14 @@ const Settings& CurrentSettings()
     return settings;
 }
 
-Call Resolve(const CommandLine& line)
+std::vector<Call> Resolve(const CommandLine& line)
 {
-    Call call = MatchWords(line.words);
+    std::vector<Call> calls;
+    for (const auto& words : ExpandWords(line.words))
+        calls.push_back(MatchWords(words));
     for (const auto& [name, text] : line.options)
-        TakeOption(call, name, text);
-    return call;
+        GiveOption(calls, name, text);
+    return calls;
 }
 
 std::string Rendered(const Call& call, const Model& model)
@@ -178,8 +183,6 @@ void Complain(const Failure& failure, const std::string& where)
         std::fprintf(stderr, "%s\n", error.dump().c_str());
         return;
     }
-    for (const auto& line : lines)
-        std::fprintf(stderr, "%s\n", line.c_str());
     std::fprintf(stderr, "orblinkctl: %s\n", text.c_str());
 }
 

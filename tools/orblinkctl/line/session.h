@@ -34,11 +34,11 @@ ExitCode RunBatchLine(const std::vector<std::string>& arguments, const std::stri
 // The command line that is running.
 const CommandLine& CurrentLine();
 
-// Shows a failure on standard error, after the library's lines that explain it.
+// Shows a failure on standard error; as JSON with the library's lines.
 void Complain(const Failure& failure, const std::string& where = "");
 
-// The command line found and checked, without running it.
-Call Resolve(const CommandLine& line);
+// The command line found and checked, without running it; it may stand for several commands.
+std::vector<Call> Resolve(const CommandLine& line);
 
 // A model in the format of the session, with its envelope.
 std::string Rendered(const Call& call, const Model& model);

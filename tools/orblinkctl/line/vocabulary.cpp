@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/words.h"
 
@@ -64,7 +65,7 @@ bool IsWhen(std::string_view word)
 }
 bool IsShell(std::string_view word)
 {
-    return IsOneOf(word, "bash zsh");
+    return IsOneOf(word, "bash zsh fish");
 }
 bool IsAnything(std::string_view)
 {
@@ -77,12 +78,35 @@ bool IsNotEmpty(std::string_view word)
 
 bool IsMirror(std::string_view word)
 {
-    return word == "off" || ParseNumber(word, 0, 7).has_value();
+    return word == "off" || FindPort(word).has_value();
+}
+
+// A word of the setting, or a number between the limits.
+bool IsValue(const char* setting, std::string_view word, uint64_t least, uint64_t most)
+{
+    const auto value = ParseValue(setting, word);
+    return value && *value >= least && *value <= most;
 }
 
 bool IsTest(std::string_view word)
 {
-    return word == "off" || ParseNumber(word, 1, 4).has_value();
+    return word == "off" || IsValue("dvt", word, 1, 4);
+}
+bool IsTagging(std::string_view word)
+{
+    return IsValue("tagging", word, 0, UINT32_MAX);
+}
+bool IsTestMode(std::string_view word)
+{
+    return IsValue("test_mode", word, 0, 255);
+}
+bool IsLedMode(std::string_view word)
+{
+    return IsValue("led", word, 0, 255);
+}
+bool IsStep(std::string_view word)
+{
+    return IsValue("aging", word, 1, 5);
 }
 
 bool IsGroup(std::string_view word)
@@ -122,22 +146,32 @@ constexpr Argument kArguments[] = {
     {"SWITCH", "0 or 1", nullptr, 0, 1, "0 1"},
     {"PORT", "PORT or SWITCH:PORT with switch 0 or 1 and port 0 to 7, or a name of the names file",
      IsPort, 0, 0, "0:0 0:1 0:2 0:3 0:4 0:5 0:6 0:7 1:0 1:1 1:2 1:3 1:4 1:5 1:6 1:7"},
+    {"OTHER-PORT", "as PORT, another one of the same switch", IsPort, 0, 0,
+     "0:0 0:1 0:2 0:3 0:4 0:5 0:6 0:7 1:0 1:1 1:2 1:3 1:4 1:5 1:6 1:7"},
     {"PHY", "0 or 1, or a name of the names file", IsPhy, 0, 0, "0 1"},
     {"GMAC", "0 or 1", nullptr, 0, 1, "0 1"},
     {"VID", "1 to 4094", nullptr, 1, 4094, ""},
     {"PCP", "0 to 7", nullptr, 0, 7, "0 1 2 3 4 5 6 7"},
-    {"TAGGING", "0 to 4294967295", nullptr, 0, UINT32_MAX, "0 1"},
+    {"TAGGING", "untagged, tagged, or the chip's number 0 to 4294967295", IsTagging, 0, 0,
+     "untagged tagged"},
     {"GROUP", "0 to 4294967295 or none", IsGroup, 0, 0, "none"},
     {"SPEED", "auto, 10, 100, 1000, 2500 or 10000 (Mb/s)", IsSpeed, 0, 0,
      "auto 10 100 1000 2500 10000"},
     {"PHY-SPEED", "10, 100, 1000 or 2500 (Mb/s)", IsPhySpeed, 0, 0, "10 100 1000 2500"},
     {"DUPLEX", "full or half", IsDuplex, 0, 0, "full half"},
     {"ON-OFF", "on or off", IsOnOff, 0, 0, "on off"},
-    {"DESTINATION", "port 0 to 7 of the same switch, or off", IsMirror, 0, 0,
+    {"DESTINATION", "a port of the same switch, 0 to 7 or as PORT, or off", IsMirror, 0, 0,
      "0 1 2 3 4 5 6 7 off"},
-    {"TEST", "1 to 4 or off", IsTest, 0, 0, "1 2 3 4 off"},
-    {"MODE", "0 to 255", nullptr, 0, 255, ""},
-    {"STEP", "1 to 5", nullptr, 1, 5, "1 2 3 4 5"},
+    {"TEST", "mac-loopback, line-loopback, packets, bit-stream (1 to 4) or off", IsTest, 0, 0,
+     "mac-loopback line-loopback packets bit-stream off"},
+    {"TEST-MODE",
+     "off, waveform, jitter-master, jitter-slave, distortion, or the chip's number 0 to 255",
+     IsTestMode, 0, 0, "off waveform jitter-master jitter-slave distortion"},
+    {"LED-MODE",
+     "off, link, activity, link+activity, speed, duplex+collision, on, blinking, or the chip's "
+     "number 0 to 255",
+     IsLedMode, 0, 0, "off link activity link+activity speed duplex+collision on blinking"},
+    {"STEP", "15s, 75s, 300s, 1200s, 4800s (1 to 5)", IsStep, 0, 0, "15s 75s 300s 1200s 4800s"},
     {"BYTES", "0 to 65535", nullptr, 0, 65535, ""},
     {"TPID", "1 to 65535", nullptr, 1, 65535, "0x8100 0x88a8"},
     {"MAC", "six hexadecimal pairs separated by colons", IsMac, 0, 0, ""},
@@ -172,8 +206,8 @@ constexpr Argument kArguments[] = {
     {"SECONDS", "0 to 86400", IsSeconds, 0, 0, ""},
     {"COUNT", "1 to 1000000", nullptr, 1, 1000000, ""},
     {"FILE", "a file name", IsNotEmpty, 0, 0, ""},
-    {"SHELL", "bash or zsh", IsShell, 0, 0, "bash zsh"},
-    {"COMMAND", "the first word of a command", IsAnything, 0, 0, ""},
+    {"SHELL", "bash, zsh or fish", IsShell, 0, 0, "bash zsh fish"},
+    {"COMMAND", "the words of a command, an argument or an option", IsAnything, 0, 0, ""},
 };
 
 constexpr OptionDefinition kOptions[] = {
@@ -214,6 +248,8 @@ constexpr OptionDefinition kOptions[] = {
     {"--interval", "SECONDS", "time between two samples (1)", false},
     {"--rounds", "COUNT", "end after so many samples", false},
     {"--textfile", "FILE", "write there, by renaming a complete file", false},
+    {"--all", "", "also what is zero", false},
+    {"--per-second", "", "how much is added in a second", false},
     {"--anonymise", "", "leave no MAC address in it", false},
 };
 

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {
@@ -18,10 +19,32 @@ std::string Heading(const std::string& key)
     return heading;
 }
 
-std::string CellText(const Model& value)
+bool IsOneOf(const std::string& key, std::initializer_list<const char*> keys)
+{
+    return std::any_of(keys.begin(), keys.end(), [&](const char* name) { return key == name; });
+}
+
+// What can be switched is on or off; other facts hold or do not.
+std::string FlagText(const std::string& key, const Model& value)
+{
+    const bool isSetting =
+        IsOneOf(key, {"enabled", "eee", "eee_on_chip", "delay", "dvt", "igmp", "admin",
+                      "group_locked", "board", "wanted", "record", "chip"});
+    return isSetting ? OnOff(value) : YesNo(value);
+}
+
+// Numbers that people know in hexadecimal.
+int HexDigits(const std::string& key)
+{
+    return key == "bridge_tpid" ? 4 : key == "mask" ? 3 : 0;
+}
+
+std::string CellText(const std::string& key, const Model& value)
 {
     if (value.is_boolean())
-        return YesNo(value);
+        return FlagText(key, value);
+    if (value.is_number_unsigned() && HexDigits(key) != 0)
+        return Hex(value.get<uint64_t>(), HexDigits(key));
     if (!value.is_array())
         return Text(value);
     std::string list;
@@ -41,6 +64,27 @@ std::vector<std::string> KeysOf(const Model& list)
     return keys;
 }
 
+// As the word of the command line that sets it.
+std::string WordOfSetting(const std::string& setting)
+{
+    if (setting == "mirror_to")
+        return "mirror";
+    if (setting == "bridge_tpid")
+        return "tpid";
+    std::string word = setting;
+    std::replace(word.begin(), word.end(), '_', '-');
+    return word;
+}
+
+std::string NothingWord(const std::string& setting)
+{
+    if (setting == "group")
+        return "none";
+    if (setting.starts_with("mac-vlan "))
+        return "removed";
+    return IsOneOf(setting, {"mirror_to", "dvt"}) ? "off" : "-";
+}
+
 void PrintObjects(const std::string& key, const Model& list, std::string& out)
 {
     if (list.empty())
@@ -53,7 +97,7 @@ void PrintObjects(const std::string& key, const Model& list, std::string& out)
     for (const auto& entry : list) {
         std::vector<std::string> cells;
         for (const auto& name : keys)
-            cells.push_back(entry.contains(name) ? CellText(entry[name]) : "-");
+            cells.push_back(entry.contains(name) ? CellText(name, entry[name]) : "-");
         table.Row(std::move(cells));
     }
     table.Print(out);
@@ -67,7 +111,7 @@ void PrintModel(const Model& model, std::string& out)
         if (value.is_array() && (value.empty() || value.front().is_object()))
             PrintObjects(key, value, out);
         else
-            Line(out, {key, ": ", CellText(value)});
+            Line(out, {key, ": ", CellText(key, value)});
     }
 }
 
@@ -77,8 +121,10 @@ void PrintChanges(const Model& model, std::string& out)
 {
     for (const auto& change : model["changes"]) {
         const char* how = change["applied"].get<bool>() ? "" : " (stored for the next bring-up)";
-        Line(out, {Text(change["object"]), ": ", Text(change["setting"]), " ",
-                   CellText(change["value"]), how});
+        const std::string setting = Text(change["setting"]);
+        const Model& value = change["value"];
+        Line(out, {Text(change["object"]), ": ", WordOfSetting(setting), " ",
+                   value.is_null() ? NothingWord(setting) : CellText(setting, value), how});
     }
 }
 

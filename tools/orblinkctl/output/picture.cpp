@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/output/columns.h"
 
 namespace ctl {
 
@@ -63,7 +64,7 @@ Box PortBox(const Model& port, int x, int y)
         Flags(port),
     };
     for (auto& line : lines)
-        line.resize(std::min(line.size(), kPortText));
+        line = CutTo(line, kPortText);
     return {x, y, kPortWidth, kPortHeight, PortStyle(port), std::move(lines)};
 }
 

@@ -1,6 +1,7 @@
 // A picture in characters.
 #include <array>
 
+#include "tools/orblinkctl/output/columns.h"
 #include "tools/orblinkctl/output/picture.h"
 
 namespace ctl {
@@ -94,8 +95,13 @@ private:
 
     void Write(int x, int y, const std::string& text, Style style)
     {
-        for (size_t i = 0; i < text.size(); ++i)
-            cells_[static_cast<size_t>(y * width_ + x) + i] = {text.substr(i, 1), style};
+        auto cell = cells_.begin() + y * width_ + x;
+        for (const auto& glyph : Glyphs(text)) {
+            *cell++ = {glyph.text, style};
+            // The rest of a wide character.
+            for (size_t i = 1; i < glyph.columns; ++i)
+                *cell++ = {"", style};
+        }
     }
 
     std::string OneLine(size_t start, bool colour) const

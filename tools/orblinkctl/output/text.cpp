@@ -4,17 +4,11 @@
 #include <cctype>
 
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/output/columns.h"
 
 namespace ctl {
 
 namespace {
-
-// Counts characters, not the bytes of a UTF-8 text.
-size_t Width(const std::string& cell)
-{
-    return static_cast<size_t>(
-        std::count_if(cell.begin(), cell.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
 
 bool LooksLikeNumber(const std::string& cell)
 {
@@ -57,28 +51,96 @@ void Table::Row(std::vector<std::string> cells)
     rows_.push_back(std::move(cells));
 }
 
+std::vector<size_t> Table::Widths() const
+{
+    std::vector<size_t> widths(rows_.front().size(), 0);
+    for (const auto& row : rows_)
+        for (size_t i = 0; i < widths.size(); ++i)
+            widths[i] = std::max(widths[i], ColumnsOf(row[i]));
+    return widths;
+}
+
+bool Table::Fits(size_t columns) const
+{
+    size_t width = 0;
+    for (const size_t one : Widths())
+        width += one + (width == 0 ? 0 : 2);
+    return width <= columns;
+}
+
+bool Table::IsEmpty(size_t column) const
+{
+    return std::all_of(rows_.begin() + 1, rows_.end(),
+                       [column](const auto& row) { return row[column] == "-"; });
+}
+
+void Table::Drop(size_t column)
+{
+    for (auto& row : rows_)
+        row.erase(row.begin() + static_cast<std::ptrdiff_t>(column));
+}
+
+void Table::Narrow(size_t columns)
+{
+    for (size_t i = rows_.front().size(); i-- > 0 && !Fits(columns);)
+        if (rows_.size() > 1 && IsEmpty(i))
+            Drop(i);
+    for (const auto& heading : expendable_) {
+        const auto& head = rows_.front();
+        const auto found = std::find(head.begin(), head.end(), heading);
+        if (!Fits(columns) && found != head.end())
+            Drop(static_cast<size_t>(found - head.begin()));
+    }
+}
+
 void Table::Print(std::string& out) const
 {
+    const size_t columns = ScreenColumns();
+    if (Fits(columns))
+        return PrintRows(out);
+    Table narrow = *this;
+    narrow.Narrow(columns);
+    if (narrow.Fits(columns))
+        return narrow.PrintRows(out);
+    PrintCards(out, columns);
+}
+
+void Table::PrintRows(std::string& out) const
+{
     const size_t columns = rows_.front().size();
-    std::vector<size_t> widths(columns, 0);
+    const std::vector<size_t> widths = Widths();
     std::vector<bool> numbers(columns, true);
-    std::vector<bool> filled(columns, false);
-    for (const auto& row : rows_)
-        for (size_t i = 0; i < columns; ++i)
-            widths[i] = std::max(widths[i], Width(row[i]));
     for (auto row = rows_.begin() + 1; row != rows_.end(); ++row)
-        for (size_t i = 0; i < columns; ++i) {
+        for (size_t i = 0; i < columns; ++i)
             numbers[i] = numbers[i] && LooksLikeNumber((*row)[i]);
-            filled[i] = filled[i] || (*row)[i] != "-";
-        }
     for (const auto& row : rows_) {
         std::string line;
         for (size_t i = 0; i < columns; ++i) {
-            const std::string padding(widths[i] - Width(row[i]), ' ');
+            const std::string padding(widths[i] - ColumnsOf(row[i]), ' ');
             line += (i == 0 ? "" : "  ") +
-                    (numbers[i] && filled[i] ? padding + row[i] : row[i] + padding);
+                    (numbers[i] && !IsEmpty(i) ? padding + row[i] : row[i] + padding);
         }
         line.erase(line.find_last_not_of(' ') + 1);
+        out += line + "\n";
+    }
+}
+
+// A row as a paragraph of its own: "heading value", as many as fit on a line.
+void Table::PrintCards(std::string& out, size_t columns) const
+{
+    constexpr size_t kIndent = 4;
+    for (auto row = rows_.begin() + 1; row != rows_.end(); ++row) {
+        std::string line;
+        for (size_t i = 0; i < row->size(); ++i) {
+            const std::string fact = rows_.front()[i] + " " + (*row)[i];
+            if (line.find_last_not_of(' ') != std::string::npos &&
+                ColumnsOf(line) + 2 + ColumnsOf(fact) > columns) {
+                out += line + "\n";
+                line = std::string(kIndent, ' ') + fact;
+            } else {
+                line += (line.empty() ? "" : "  ") + fact;
+            }
+        }
         out += line + "\n";
     }
 }

@@ -51,7 +51,7 @@ TEST(Board, InitialisationWithoutGoodBoardDataIsAFailure)
         "the switch family is initialised, but without devices: no good board data came over the "
         "mailbox (-v shows the exchange)";
     const auto refused = OnBoard(
-        "one_switch", {"board fault message-type 99; ctl init --switch", "ctl init --switch"});
+        "one_switch", {"board fault message-type 99; ctl -v init --switch", "ctl init --switch"});
     EXPECT_THAT(refused[0], Fails(1, complaint));
     EXPECT_THAT(refused[0].err, HasSubstr("Unsupported message type=99\n"));
     EXPECT_THAT(refused[1].err, HasSubstr("the switch family is already initialised: no devices"));
@@ -78,7 +78,7 @@ TEST(Board, InitialisationThatGetsNoAnswerIsUndone)
     EXPECT_THAT(r[2].err, StartsWith("orblinkctl: the switch family waits for board data from the "
                                      "application CPU, 1.2 s at most\n"));
     EXPECT_THAT(r[3], Succeeds());
-    EXPECT_THAT(r[4], Prints("schema=1\nports.0.switch=0\n"));
+    EXPECT_THAT(r[4], Prints("schema=2\nports.0.switch=0\n"));
 }
 
 TEST(Board, InitialisationThatIsInterruptedIsUndone)
@@ -116,7 +116,7 @@ TEST(Board, FamiliesAreInitialisedOneByOne)
     const auto r =
         OnBoard("one_switch", {"ctl init --switch --no-defaults -o kv", "ctl show | tail -1",
                                "ctl switch 0 caps", "ctl init --phy", "ctl port 0:1"});
-    EXPECT_THAT(r[0].out, StartsWith("schema=1\nfamilies.0.family=switch\n"
+    EXPECT_THAT(r[0].out, StartsWith("schema=2\nfamilies.0.family=switch\n"
                                      "families.0.devices=1\nmac_addresses.0=02:00:5e:00:01:01\n"));
     EXPECT_THAT(r[1], Prints("PHY family: not initialised\n"));
     const char* unknown = "the capabilities of switch 0 are not known yet: bring it up first";
@@ -134,26 +134,26 @@ TEST(Board, ShowsWiringAndStoredSettings)
                "  HAL liborblink_velmar.so, lane 0, hsgmii 2500, MDIO bus 0 address 16, "
                "reset pin 18, enable pin none\n"
                "  internal port 0, pre-reset argument 0\n"
-               "  bridge mode default (TPID 0x8100), IGMP off, MTU 2000, LED mode 3, aging 3, "
-               "service 0\n"
+               "  bridge mode off (TPID 0x8100), IGMP off, MTU 2000, LED mode link+activity, "
+               "aging 300s, service 0\n"
                "  HAL index 0, configuration valid\n"
-               "PORT  LABEL  ROLE      ENABLED  SPEED  DUPLEX  VLAN  PCP  TAGGING  GROUP  LOCKED"
+               "PORT  LABEL  ROLE      ENABLED  SPEED  DUPLEX  VLAN  PCP  TAGGING   GROUP  LOCKED"
                "  EEE  MIRROR  DELAY  DVT\n"
-               "0:0   -      internal  yes      auto   full       1    0        0  -      yes   "
+               "0:0   -      internal  yes      auto   full       1    0  untagged  -      yes   "
                "  on   -       off    off\n"
-               "0:1   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "0:1   -      phy       yes      auto   full       1    0  untagged  -      yes   "
                "  on   -       off    off\n"
-               "0:2   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "0:2   -      phy       yes      auto   full       1    0  untagged  -      yes   "
                "  on   -       off    off\n"
-               "0:3   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "0:3   -      phy       yes      auto   full       1    0  untagged  -      yes   "
                "  on   -       off    off\n"
-               "0:4   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "0:4   -      phy       yes      auto   full       1    0  untagged  -      yes   "
                "  on   -       off    off\n"
-               "0:5   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "0:5   -      phy       yes      auto   full       1    0  untagged  -      yes   "
                "  on   -       off    off\n"
-               "0:6   -      phy       yes      auto   full       1    0        0  -      yes   "
+               "0:6   -      phy       yes      auto   full       1    0  untagged  -      yes   "
                "  off  -       off    off\n"
-               "0:7   -      rgmii     yes      auto   full       1    0        0  -      yes   "
+               "0:7   -      rgmii     yes      auto   full       1    0  untagged  -      yes   "
                "  off  -       off    off\n"
                "no PHYs\n"));
 }
@@ -162,7 +162,7 @@ TEST(Board, JsonHoldsTheSameFacts)
 {
     const auto r = OnBoard("one_switch", {"ctl init", "ctl show --json"});
     const auto json = Json(r[1]);
-    EXPECT_EQ(json["schema"], 1);
+    EXPECT_EQ(json["schema"], 2);
     ASSERT_EQ(json["switches"].size(), 1U);
     EXPECT_EQ(json["switches"][0]["board"]["reset_pin"], 18);
     EXPECT_TRUE(json["switches"][0]["board"]["enable_pin"].is_null());

@@ -11,7 +11,7 @@ using testing::StartsWith;
 constexpr char kPicture[] =
     "+-----+                 +----------------------------------------------------+\n"
     "| SoC |  lane 0         |switch 0: enabled                                   |\n"
-    "|     |-----------------|mtu 2000, aging 3, IGMP off, bridging default       |\n"
+    "|     |-----------------|mtu 2000, aging 300s, IGMP off, bridging off        |\n"
     "|     |  hsgmii 2500    |+-----------++-----------++-----------++-----------+|\n"
     "|     |                 ||0 internal ||1 phy      ||2 lan2     ||3 phy      ||\n"
     "|     |                 ||down       ||up 1000 FD ||up 1000 FD ||disabled   ||\n"
@@ -79,7 +79,7 @@ TEST(Monitor, PrintsTheStateAndThenEveryChange)
         const auto line = nlohmann::json::parse(text, nullptr, false);
         if (line.is_discarded())
             continue;
-        EXPECT_EQ(line["schema"], 1);
+        EXPECT_EQ(line["schema"], 2);
         EXPECT_EQ(line["sequence"], ++sequence);
         changes.push_back(line["object"].get<std::string>() + " " +
                           line["setting"].get<std::string>() + " " + line["value"].dump());

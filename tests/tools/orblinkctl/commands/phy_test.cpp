@@ -40,13 +40,13 @@ TEST(Phy, SettingsReachThePhy)
     EXPECT_THAT(r[4], Prints("0x0004: 0x0ce1\n"));
     EXPECT_THAT(r[5], Prints("PHY 0: speed 1000\nPHY 0: duplex full\n"));
     EXPECT_THAT(r[6], Prints("0x0009: 0x0200\n"));
-    EXPECT_THAT(r[7], Prints("PHY 0: admin no\n"));
+    EXPECT_THAT(r[7], Prints("PHY 0: admin off\n"));
     EXPECT_THAT(r[8], Prints("       11  power down: 1\n"));
-    EXPECT_THAT(r[9], Prints("PHY 0: admin yes\n"));
+    EXPECT_THAT(r[9], Prints("PHY 0: admin on\n"));
     EXPECT_THAT(r[10], Prints("       11  power down: 0\n"));
-    EXPECT_THAT(r[11], Prints("PHY 0: eee no\n"));
+    EXPECT_THAT(r[11], Prints("PHY 0: eee off\n"));
     EXPECT_THAT(r[12], Prints("0x003c: 0x0000\n"));
-    EXPECT_THAT(r[13], Prints("PHY 0: eee yes\n"));
+    EXPECT_THAT(r[13], Prints("PHY 0: eee on\n"));
     EXPECT_THAT(r[14], Prints("PHY 0: poll done\n"));
 }
 
@@ -58,7 +58,7 @@ TEST(Phy, TellsWhatItIs)
                         "ctl phy --json", "ctl phy 0 lane-reset", "ctl show | grep -A2 '^PHY 0'",
                         "ctl phy 0 counters", "ctl phy 0 counters reset", "ctl phy 0 reg 2-3"});
     EXPECT_THAT(r[1], Refuses(4, "the capabilities of PHY 0 are not known yet: bring it up first"));
-    EXPECT_THAT(r[3].out, StartsWith("schema=1\nphys.0.phy=0\nphys.0.capabilities="));
+    EXPECT_THAT(r[3].out, StartsWith("schema=2\nphys.0.phy=0\nphys.0.capabilities="));
     EXPECT_EQ(Json(r[4])["phys"][0]["mdio_address"], 4);
     EXPECT_EQ(Json(r[4])["phys"][0]["reset_pin"], 19);
     EXPECT_EQ(Json(r[5])["phys"][0]["admin"], true);
@@ -81,7 +81,10 @@ TEST(Phy, ARegisterThatDoesNotAnswerIsNotGuessed)
     EXPECT_THAT(r[2], Prints("0x000b: -\n"));
     EXPECT_TRUE(Json(r[3])["registers"][11]["value"].is_null());
     EXPECT_FALSE(Json(r[3])["registers"][2]["value"].is_null());
-    EXPECT_THAT(r[4], Fails(1, "PHY 0 register 0x000b: ETHPHY_ReadMdio failed"));
+    EXPECT_THAT(
+        r[4], Refuses(1,
+                      "PHY 0 register 0x000b could not be read: MDIO bus 0 address 4 register 11: "
+                      "Input/output error: orblinkctl doctor"));
     EXPECT_EQ(r[5].code, 5);
 }
 
@@ -112,7 +115,7 @@ TEST(Phy, TheBareWordsListWhatCanBeRead)
     EXPECT_EQ(r[5].code, 1);
     const auto phys = nlohmann::json::parse(r[5].out)["phys"];
     EXPECT_TRUE(phys[0]["register_3"].is_null());
-    EXPECT_EQ(phys[0]["error"], "ETHPHY_ReadMdio failed");
+    EXPECT_THAT(std::string(phys[0]["error"]), StartsWith("PHY 0 could not be read: MDIO bus "));
     EXPECT_TRUE(phys[1]["error"].is_null());
     EXPECT_THAT(r[6], Succeeds());
     EXPECT_TRUE(Json(r[6])["phys"][0]["mmds"].is_null());

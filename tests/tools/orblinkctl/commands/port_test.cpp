@@ -18,14 +18,14 @@ TEST(Port, SettingsReachTheChip)
     EXPECT_THAT(r[1], Prints("0x0003: 0x0064\n"));
     EXPECT_THAT(r[2], Prints("port 0:2: pcp 5\n"));
     EXPECT_THAT(r[3], Prints("0x0004: 0x0005\n"));
-    EXPECT_THAT(r[4], Prints("port 0:2: tagging 1\n"));
+    EXPECT_THAT(r[4], Prints("port 0:2: tagging tagged\n"));
     EXPECT_THAT(r[5], Prints("0x0005: 0x0001\n"));
     EXPECT_THAT(r[6], Prints("port 0:2: group 7\n"));
     EXPECT_THAT(r[7], Prints("0x0006: 0x8007\n"));
-    EXPECT_THAT(r[8], Prints("port 0:2: mirror_to 3\n"));
+    EXPECT_THAT(r[8], Prints("port 0:2: mirror 3\n"));
     EXPECT_THAT(r[9], Prints("0x0007: 0x8003\n"));
     EXPECT_THAT(r[10], Prints("SWITCH  PORT  LABEL  ROLE  VLAN  PCP  TAGGING  GROUP  GROUP LOCKED\n"
-                              "     0     2  -      phy    100    5        1      7  no\n"));
+                              "     0     2  -      phy    100    5  tagged       7  off\n"));
 }
 
 TEST(Port, MoreSettingsReachTheChip)
@@ -43,18 +43,18 @@ TEST(Port, MoreSettingsReachTheChip)
     EXPECT_THAT(r[3], Prints("0x0010: 0x000b\n"));
     EXPECT_THAT(r[4], Prints("port 0:1: speed auto\nport 0:1: duplex full\n"));
     EXPECT_THAT(r[5], Prints("SWITCH  PORT  SPEED  DUPLEX\n     0     1  auto   full\n"));
-    EXPECT_THAT(r[6], Prints("port 0:1: eee no\n"));
-    EXPECT_THAT(r[7], Prints("SWITCH  PORT  EEE  EEE ON CHIP\n     0     1  no   no\n"));
-    EXPECT_THAT(r[8], Prints("port 0:1: eee yes\n"));
-    EXPECT_THAT(r[9], Prints("port 0:7: delay yes\n"));
+    EXPECT_THAT(r[6], Prints("port 0:1: eee off\n"));
+    EXPECT_THAT(r[7], Prints("SWITCH  PORT  EEE  EEE ON CHIP\n     0     1  off  off\n"));
+    EXPECT_THAT(r[8], Prints("port 0:1: eee on\n"));
+    EXPECT_THAT(r[9], Prints("port 0:7: delay on\n"));
     EXPECT_THAT(r[10], Prints("0x0018: 0x0001\n"));
-    EXPECT_THAT(r[11], Prints("port 0:1: test_mode 2\n"));
-    EXPECT_THAT(r[12], Prints("SWITCH  PORT  TEST MODE\n     0     1          2\n"));
-    EXPECT_THAT(r[13], Prints("port 0:1: dvt 3\n"));
-    EXPECT_THAT(r[14], Prints("SWITCH  PORT  DVT\n     0     1  yes\n"));
-    EXPECT_THAT(r[15], Prints("port 0:1: dvt -\n"));
+    EXPECT_THAT(r[11], Prints("port 0:1: test-mode jitter-master\n"));
+    EXPECT_THAT(r[12], Prints("SWITCH  PORT  TEST MODE\n     0     1  jitter-master\n"));
+    EXPECT_THAT(r[13], Prints("port 0:1: dvt packets\n"));
+    EXPECT_THAT(r[14], Prints("SWITCH  PORT  DVT\n     0     1  on\n"));
+    EXPECT_THAT(r[15], Prints("port 0:1: dvt off\n"));
     EXPECT_THAT(r[16], Prints("0x0013: 0x0000\n"));
-    EXPECT_THAT(r[17], Prints("port 0:1: mirror_to -\n"));
+    EXPECT_THAT(r[17], Prints("port 0:1: mirror off\n"));
 }
 
 TEST(Port, EnableAndDisable)
@@ -62,10 +62,10 @@ TEST(Port, EnableAndDisable)
     const auto r =
         OnBoardUp("one_switch", {"ctl port 0:2 disable", "ctl reg 0 2 1", "ctl port 0:2 enabled",
                                  "ctl port 0:2 enable", "ctl reg 0 2 1", "ctl port 0:2 speed 100"});
-    EXPECT_THAT(r[0], Prints("port 0:2: enabled no\n"));
+    EXPECT_THAT(r[0], Prints("port 0:2: enabled off\n"));
     EXPECT_THAT(r[1], Prints("0x0001: 0x0000\n"));
-    EXPECT_THAT(r[2], Prints("SWITCH  PORT  ENABLED\n     0     2  no\n"));
-    EXPECT_THAT(r[3], Prints("port 0:2: enabled yes\n"));
+    EXPECT_THAT(r[2], Prints("SWITCH  PORT  ENABLED\n     0     2  off\n"));
+    EXPECT_THAT(r[3], Prints("port 0:2: enabled on\n"));
     EXPECT_THAT(r[4], Prints("0x0001: 0x0001\n"));
     EXPECT_THAT(r[5], Succeeds());
 }
@@ -83,7 +83,7 @@ TEST(Port, LinksFollowTheCable)
     const auto ports = Json(r[3])["ports"];
     ASSERT_EQ(ports.size(), 8U);
     EXPECT_EQ(ports[2]["link"], true);
-    EXPECT_EQ(ports[2]["link_speed"], "1000");
+    EXPECT_EQ(ports[2]["link_speed"], 1000);
     EXPECT_TRUE(ports[2]["error"].is_null());
 }
 
@@ -107,7 +107,7 @@ TEST(Port, SettingsOfASwitchInResetAreStoredAndRestored)
                        "ctl up 0 --restore", "ctl reg 0 2 3", "ctl smi 0 0x115"});
     EXPECT_THAT(r[0], Prints("switch 0: state in reset\n"));
     EXPECT_THAT(r[1], Prints("port 0:2: vlan 100 (stored for the next bring-up)\n"));
-    EXPECT_THAT(r[2], Prints("switch 0: igmp yes (stored for the next bring-up)\n"));
+    EXPECT_THAT(r[2], Prints("switch 0: igmp on (stored for the next bring-up)\n"));
     EXPECT_THAT(r[3], Succeeds());
     EXPECT_THAT(r[4], Prints("switch 0: state enabled\n"));
     EXPECT_THAT(r[5], Prints("0x0003: 0x0064\n"));
@@ -133,16 +133,18 @@ TEST(Port, WhatAPortCannotDoIsNotSupported)
 TEST(Port, TheLibrarysRefusalIsShown)
 {
     const auto r = OnBoardUp(
-        "one_switch", {"ctl port 1 disable", "ctl port 1 speed 100", "ctl -q port 1 speed 100",
+        "one_switch", {"ctl port 1 disable", "ctl port 1 speed 100", "ctl -v port 1 speed 100",
                        "ctl port 1 group 3", "board battery 1", "ctl port 2 eee off"});
-    EXPECT_THAT(r[1].err, StartsWith("liborblink: notice: ORBLINK_SetPhyPortSpeedDuplex:"));
-    EXPECT_THAT(r[1].err, HasSubstr("had been disable\n"));
-    EXPECT_THAT(r[1], Fails(1, "port 0:1: ORBLINK_SetPhyPortSpeedDuplex failed"));
-    EXPECT_THAT(r[2], Refuses(1, "port 0:1: ORBLINK_SetPhyPortSpeedDuplex failed"));
-    EXPECT_THAT(r[3], Refuses(1, "port 0:1: the group is locked: write with --lock or --unlock"));
-    EXPECT_THAT(r[5], Fails(1,
-                            "port 0:2: ORBLINK_DisablePhyPortEee failed (the modem runs on "
-                            "battery)"));
+    EXPECT_THAT(r[1], Refuses(5,
+                              "port 0:1: the speed was not set: the port is disabled: "
+                              "orblinkctl port 0:1 enable"));
+    EXPECT_THAT(r[2].err, StartsWith("liborblink: notice: ORBLINK_SetPhyPortSpeedDuplex:"));
+    EXPECT_THAT(r[2].err, HasSubstr("had been disable\n"));
+    EXPECT_THAT(r[2].err, testing::EndsWith("enable (ORBLINK_SetPhyPortSpeedDuplex)\n"));
+    EXPECT_THAT(r[3], Refuses(5, "port 0:1: the group is locked: write with --lock or --unlock"));
+    EXPECT_THAT(r[5], Refuses(1,
+                              "port 0:2: EEE was not switched off: the modem runs on battery: "
+                              "again on mains power, orblinkctl board shows it"));
 }
 
 TEST(Port, LabelsStandForIndices)

@@ -38,7 +38,7 @@ TEST(Batch, StopsAtTheFirstFailureAndNamesTheLine)
 TEST(Batch, HandsItsOptionsToItsLines)
 {
     const auto r = OnBoardUp("one_switch", {"echo 'port 1 mirror' | ctl -o kv batch"});
-    EXPECT_THAT(r[0], Prints("schema=1\nports.0.switch=0\nports.0.port=1\n"
+    EXPECT_THAT(r[0], Prints("schema=2\nports.0.switch=0\nports.0.port=1\n"
                              "ports.0.mirror_to=null\n"));
 }
 
@@ -94,19 +94,70 @@ TEST(Completion, OffersValuesAndOptions)
     EXPECT_THAT(r[5], Prints("port\n"));
 }
 
-TEST(Completion, TheScriptWorksInBash)
+// What stands at the prompt of the real shell after a tab behind each of four lines. No board is
+// needed, and without one a shell reads its many files faster.
+std::string AtThePrompt(const std::string& shell, const std::string& setup)
 {
+    const Scratch scratch;
+    const std::string line =
+        "cd " + scratch.Path("") +
+        " && export HOME=$PWD PATH=$ORBLINK_BUILD/bin:$PATH && "
+        "printf '%s\\n' 'orblinkctl port 0:1 vl' 'orblinkctl port 1:7 spe' "
+        "'orblinkctl config sav' 'orblinkctl config apply typ' | timeout 60 zsh -f " ORBLINK_SOURCE
+        "/tests/tools/orblinkctl/line/typed.zsh '" +
+        setup + "; echo rea\"\"dy' " + shell + " >out 2>&1";
+    EXPECT_EQ(std::system(line.c_str()), 0);
+    return scratch.Read("out");
+}
+
+const char kCompleted[] =
+    "orblinkctl port 0:1 vlan \norblinkctl port 1:7 speed \norblinkctl config save \n"
+    "orblinkctl config apply typed \n";
+
+TEST(Completion, WorksAtThePromptOfBash)
+{
+    EXPECT_EQ(AtThePrompt("bash --norc -i",
+                          "eval \"$(orblinkctl completion bash)\"; "
+                          "show() { echo \"$READLINE_LINE\" >>typed; "
+                          "READLINE_LINE=; }; bind -x \"\\\"\\C-t\\\":show\""),
+              kCompleted);
     const auto r = OnBoard(
         "no_devices",
-        {"bash -c 'eval \"$(orblinkctl completion bash)\"; COMP_WORDS=(orblinkctl port 1 sp); "
-         "COMP_CWORD=3; _orblinkctl; echo \"${COMPREPLY[@]}\"'",
-         "bash -c 'eval \"$(orblinkctl completion bash)\"; COMP_WORDS=(orblinkctl port 1:); "
-         "COMP_CWORD=2; _orblinkctl; echo \"${COMPREPLY[@]}\"'",
-         "ctl completion zsh | head -1", "ctl completion fish"});
-    EXPECT_THAT(r[0], Prints("speed\n"));
-    EXPECT_THAT(r[1], Prints("0 1 2 3 4 5 6 7\n"));
-    EXPECT_THAT(r[2], Prints("#compdef orblinkctl\n"));
-    EXPECT_THAT(r[3], Refuses(2, "bad SHELL 'fish': allowed is bash or zsh"));
+        {"bash -c 'eval \"$(orblinkctl completion bash)\"; COMP_LINE=\"orblinkctl port 1:\"; "
+         "COMP_POINT=18; _orblinkctl; echo \"${COMPREPLY[@]}\"'"});
+    EXPECT_THAT(r[0], Prints("0 1 2 3 4 5 6 7\n"));
+}
+
+TEST(Completion, WorksAtThePromptOfZsh)
+{
+    EXPECT_EQ(AtThePrompt("zsh -f -i",
+                          "autoload -Uz compinit; compinit -u -D; "
+                          "eval \"$(orblinkctl completion zsh)\"; "
+                          "show() { print -r -- $BUFFER >>typed; BUFFER= }; "
+                          "zle -N show; bindkey \"^T\" show"),
+              kCompleted);
+}
+
+TEST(Completion, WorksInFish)
+{
+    const auto r =
+        OnBoard("no_devices",
+                {"touch typed; HOME=$PWD timeout 60 fish -c 'orblinkctl completion fish | source; "
+                 "for line in \"port 0:1 vl\" \"port 1:\" \"config sav\" \"mac --vl\" \"config "
+                 "apply typ\"; "
+                 "complete -C \"orblinkctl $line\"; end'"});
+    EXPECT_THAT(r[0],
+                Prints("vlan\n1:0\n1:1\n1:2\n1:3\n1:4\n1:5\n1:6\n1:7\nsave\n--vlan\ntyped\n"));
+}
+
+TEST(Completion, TakesTheWordsBehindHelpAndFurtherSettings)
+{
+    const auto r =
+        OnBoard("no_devices", {"ctl completion tcsh", "ctl --complete port 0:1 vlan 7 tag",
+                               "ctl --complete help port 0:1 vl"});
+    EXPECT_THAT(r[0], Refuses(2, "bad SHELL 'tcsh': allowed is bash, zsh or fish"));
+    EXPECT_THAT(r[1], Prints("tagging\n"));
+    EXPECT_THAT(r[2], Prints("vlan\n"));
 }
 
 std::string Roff(const std::string& text)

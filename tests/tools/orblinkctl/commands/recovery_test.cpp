@@ -23,7 +23,7 @@ TEST(Recover, ShowsHealthyFamiliesAndChangesNothing)
     for (size_t i = 0; i < 2; ++i)
         EXPECT_THAT(AsRootSeesIt(r[i]), Prints("switch family: 1 found, the lock is free\n"
                                                "PHY family: 2 found, the lock is free\n"));
-    EXPECT_THAT(r[2], Prints("schema=1\nphys.0.phy=0\n"));
+    EXPECT_THAT(r[2], Prints("schema=2\nphys.0.phy=0\n"));
 }
 
 TEST(Recover, FreesThePhyLockOfAnEndedHolderAndKeepsEverySetting)
@@ -102,7 +102,7 @@ TEST(Recover, UndoesASwitchInitialisationThatWasKilled)
     EXPECT_THAT(r[1].err, HasSubstr("no devices, or initialisation unfinished"));
     EXPECT_EQ(r[2].code, 0) << r[2].err;
     EXPECT_EQ(r[3].code, 0) << r[3].err;
-    EXPECT_THAT(r[4], Prints("schema=1\nports.0.switch=0\n"));
+    EXPECT_THAT(r[4], Prints("schema=2\nports.0.switch=0\n"));
 }
 
 TEST(Recover, JsonHoldsTheFacts)
@@ -199,7 +199,7 @@ TEST(SharedState, AKilledReaderLeavesThePhyLockFree)
         {"LD_PRELOAD=$LD_PRELOAD:$ORBLINK_BUILD/tests/lib/libkill_in_unlock.so orblinkctl phy",
          "ctl --wait 0 phy 0 -o kv | head -2"});
     EXPECT_EQ(r[0].code, 137) << r[0].out << r[0].err;
-    EXPECT_THAT(r[1], Prints("schema=1\nphys.0.phy=0\n"));
+    EXPECT_THAT(r[1], Prints("schema=2\nphys.0.phy=0\n"));
 }
 
 // A closed stream's number must not become that of the region.

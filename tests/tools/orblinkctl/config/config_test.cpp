@@ -21,10 +21,10 @@ TEST(Config, IsSavedCanonically)
                                     "schema = 1\n"
                                     "\n"
                                     "[switch.0]\n"
-                                    "aging = 3\n"
+                                    "aging = \"300s\"\n"
                                     "bridge_mode = false\n"
                                     "igmp = false\n"
-                                    "led = 3\n"
+                                    "led = \"link+activity\"\n"
                                     "mtu = 2000\n"
                                     "service = 0\n"
                                     "\n"
@@ -41,7 +41,7 @@ TEST(Config, IsSavedCanonically)
                                     "mirror_to = \"off\"\n"
                                     "pcp = 0\n"
                                     "speed = \"auto\"\n"
-                                    "tagging = 0\n"
+                                    "tagging = \"untagged\"\n"
                                     "vlan = 1\n"));
     EXPECT_THAT(r[1], Prints(""));
     EXPECT_EQ(r[2].out, r[0].out);
@@ -109,8 +109,11 @@ TEST(Config, ChangesAreTakenBackUnlessConfirmed)
     EXPECT_THAT(r[1], Prints("no differences\n"));
     EXPECT_THAT(r[2], Prints(shown + "5 s.\ndone: port 0:2 vlan 9\n"));
     EXPECT_EQ(r[3].code, 9);
-    EXPECT_THAT(r[4], Fails(1, "switch 0: ORBLINK_SetMtuSize failed; the changes were taken back"));
-    EXPECT_THAT(r[5], Prints("SWITCH  AGING\n     0      3\n"));
+    EXPECT_THAT(r[4],
+                Refuses(5,
+                        "mtu 20 is not offered by switch 0 (64 to 10240 octets); the changes were "
+                        "taken back"));
+    EXPECT_THAT(r[5], Prints("SWITCH  AGING\n     0  300s\n"));
 }
 
 TEST(Config, OfASwitchInResetIsStored)
@@ -123,7 +126,7 @@ TEST(Config, OfASwitchInResetIsStored)
                 "ctl phy 0 config -o kv | grep admin"});
     EXPECT_THAT(r[0], Prints("done: phy 0 disable\ndone: port 0:2 vlan 9\n"));
     EXPECT_THAT(r[1], Refuses(1, "switch.0.mtu: needs the switch enabled"));
-    EXPECT_THAT(r[2], Prints("SWITCH  AGING\n     0      3\n"));
+    EXPECT_THAT(r[2], Prints("SWITCH  AGING\n     0  300s\n"));
     EXPECT_THAT(r[3], Prints("0x0003: 0x0009\n"));
     EXPECT_THAT(r[4], Prints("checked: 64\n"
                              "not checked: PHY 0: what a PHY was told is not read back\n"
@@ -144,10 +147,11 @@ public:
             "# [switch.N] a switch, [switch.N.port.P] a port of it,\n"
             "# [switch.N.mac_vlan.\"P MAC\"] the VLAN of a source address, [phy.N] a PHY.\n"
             "\nschema = 1\n";
-        text += "\n[switch.0]\naging = " + Number(1, 5) + "\nbridge_mode = ";
+        text += "\n[switch.0]\naging = " + OneOf({"15s", "75s", "300s", "1200s", "4800s"}) +
+                "\nbridge_mode = ";
         text += Chance() ? "true\nbridge_tpid = " + Number(0x8100, 0x9100) : "false";
-        text += "\nigmp = " + Bool() + "\nled = " + Number(0, 7) + "\nmtu = " + Number(64, 10240) +
-                "\nservice = " + Number(0, 9) + "\n";
+        text += "\nigmp = " + Bool() + "\nled = " + OneOf({"off", "link", "speed", "blinking"}) +
+                "\nmtu = " + Number(64, 10240) + "\nservice = " + Number(0, 9) + "\n";
         const bool mapped = Chance();
         if (mapped)
             for (int i = 1; i < 6; ++i)
@@ -177,13 +181,18 @@ private:
         if (port > 0)
             text += "pcp = " + Number(0, 7) + "\n";
         if (phy)
-            text += Chance() ? "speed = \"100\"\n" : "speed = \"1000\"\n";
+            text += Chance() ? "speed = 100\n" : "speed = 1000\n";
         if (port > 0)
-            text += "tagging = " + Number(0, 1) + "\nvlan = " + Number(1, 4094) + "\n";
+            text +=
+                "tagging = " + OneOf({"untagged", "tagged"}) + "\nvlan = " + Number(1, 4094) + "\n";
         return text;
     }
 
     bool Chance() { return random_() % 2 == 0; }
+    std::string OneOf(const std::vector<std::string>& words)
+    {
+        return "\"" + words[random_() % words.size()] + "\"";
+    }
     std::string Bool() { return Chance() ? "true" : "false"; }
     std::string Number(unsigned least, unsigned most)
     {
@@ -216,8 +225,8 @@ TEST(Config, VerifyFindsWhatTheRecordDoesNotSay)
     EXPECT_THAT(r[0], Prints("checked: 64\nno differences\n"));
     EXPECT_EQ(r[1].code, 9);
     EXPECT_THAT(r[1].out, HasSubstr("OBJECT    SETTING  RECORD  CHIP\n"
-                                    "switch 0  aging         3     5\n"
-                                    "port 0:2  vlan          1    34\n"));
+                                    "switch 0  aging    300s    4800s\n"
+                                    "port 0:2  vlan     1       34\n"));
 }
 
 struct BadFile {
@@ -230,7 +239,8 @@ const BadFile kBadFiles[] = {
     {"schema = 2\n", "x.toml: bad schema: allowed is 1"},
     {"[switch.2]\n", "x.toml: bad switch.2: allowed is 0 or 1"},
     {"[switch.0]\nmtu = 65536\n", "x.toml: bad switch.0.mtu: allowed is 0 to 65535"},
-    {"[switch.0]\naging = 0\n", "x.toml: bad switch.0.aging: allowed is 1 to 5"},
+    {"[switch.0]\naging = 0\n",
+     "x.toml: bad switch.0.aging: allowed is 15s, 75s, 300s, 1200s, 4800s (1 to 5)"},
     {"[switch.0]\nigmp = 1\n", "x.toml: bad switch.0.igmp: allowed is true or false"},
     {"[switch.0]\nbridge_tpid = 5\n",
      "x.toml: bad switch.0.bridge_tpid: allowed is none without bridge_mode = true"},

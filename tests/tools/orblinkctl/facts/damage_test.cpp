@@ -79,8 +79,8 @@ TEST(Damage, AZeroedRegionIsNotInitialised)
 
 TEST(Damage, ControlCharactersNeverReachTheTerminal)
 {
-    const auto r = OnBoardUp("one_switch", {Write("\\033[31m\\007\\302\\233", kHalName), "ctl port",
-                                            "ctl -v board", "ctl --json switch"});
+    const auto r = OnBoardUp("one_switch", {Write("\\033[31m\\007\\302\\233", kHalName),
+                                            "ctl -v port", "ctl -v board", "ctl --json switch"});
     for (size_t i = 1; i < r.size(); ++i) {
         const std::string all = r[i].out + r[i].err;
         EXPECT_THAT(all, HasSubstr("x1b[31m")) << r[i].command;
@@ -97,8 +97,8 @@ TEST(Guarded, TheInternalPortIsDisabledByForceOnly)
                                  "ctl port 0 disable --force", "ctl port 1 disable"});
     EXPECT_THAT(r[0], Refuses(5, "port 0:0 is the port to the SoC: --force disables it"));
     EXPECT_THAT(r[1], Prints("ports.0.enabled=true\n"));
-    EXPECT_THAT(r[2], Prints("port 0:0: enabled no\n"));
-    EXPECT_THAT(r[3], Prints("port 0:1: enabled no\n"));
+    EXPECT_THAT(r[2], Prints("port 0:0: enabled off\n"));
+    EXPECT_THAT(r[3], Prints("port 0:1: enabled off\n"));
 }
 
 TEST(Guarded, MacVlanTakesStationsAndRemovesWhatIsThere)

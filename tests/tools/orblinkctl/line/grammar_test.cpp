@@ -50,17 +50,27 @@ TEST(Grammar, NamesOnlyOperationsThatExist)
 
 TEST(Grammar, HelpNamesEveryCommandAndOption)
 {
-    const auto r = OnBoard("no_devices", {"ctl --help", "ctl help port", "ctl port --help",
-                                          "ctl help nonsense", "ctl --version"});
+    const auto r =
+        OnBoard("no_devices", {"ctl --help", "ctl help port", "ctl port --help",
+                               "ctl help nonsense", "ctl --version", "ctl help port 0:1 vlan",
+                               "ctl help tagging", "ctl help VID", "ctl help --unlock",
+                               "ctl help --vlan", "ctl help port vlan", "ctl help port nonsense"});
     EXPECT_THAT(r[0], Succeeds());
     for (const auto& command : CommandTable())
         EXPECT_THAT(r[0].out, HasSubstr("  " + command["synopsis"].get<std::string>()));
     EXPECT_EQ(r[1].out, r[2].out);
-    EXPECT_THAT(r[1].out, HasSubstr("orblinkctl port PORT vlan VID\n"
+    EXPECT_THAT(r[1].out, testing::StartsWith("Ports:\n  port "));
+    EXPECT_THAT(r[1].out, HasSubstr("\n\nVLANs and bridging:\n  port PORT vlan "));
+    EXPECT_THAT(r[5].out, HasSubstr("orblinkctl port PORT vlan VID\n"
                                     "    set the VLAN of a LAN port\n"));
-    EXPECT_THAT(r[1].out, HasSubstr("    VID                       1 to 4094\n"));
-    EXPECT_THAT(r[1].out, HasSubstr("    --unlock "));
+    EXPECT_THAT(r[5].out, HasSubstr("    VID                       1 to 4094\n"));
+    EXPECT_THAT(r[6].out, HasSubstr("orblinkctl port PORT tagging TAGGING\n"));
+    EXPECT_THAT(r[7].out, HasSubstr("orblinkctl mac-vlan add PORT MAC VID\n"));
+    EXPECT_THAT(r[8].out, HasSubstr("    --unlock "));
+    EXPECT_THAT(r[9].out, HasSubstr("    --vlan VID "));
+    EXPECT_EQ(r[10].out, r[5].out);
     EXPECT_EQ(r[3].code, 2);
+    EXPECT_EQ(r[11].code, 2);
     EXPECT_THAT(r[4], Prints("orblinkctl 0.1.0\n"));
 }
 

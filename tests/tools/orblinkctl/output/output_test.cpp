@@ -1,4 +1,7 @@
 // Formats, log lines, and output that cannot be written.
+#include <algorithm>
+#include <sstream>
+
 #include "tests/tools/orblinkctl/on_board.h"
 
 namespace onboard {
@@ -20,7 +23,10 @@ TEST(Output, LogLinesComeWithV)
     EXPECT_THAT(r[3], Prints("port 0:1: vlan 6\n"));
     EXPECT_THAT(r[4].err, StartsWith("liborblink: notice: ORBLINK_SetLanPortVlan:"));
     EXPECT_THAT(r[4].err, HasSubstr("Vlan 6 is already set for LanPortIdx=1, DevIdx=0\n"));
-    EXPECT_THAT(r[5], Refuses(1, "switch 0: ORBLINK_VendorSpecificIoctl failed"));
+    EXPECT_THAT(
+        r[5], Refuses(1,
+                      "switch 0: the chip's own command was refused: the chip or its HAL refused: "
+                      "again with -v shows the log"));
 }
 
 TEST(Output, MailboxStoryStaysOutOfTheOutput)
@@ -36,7 +42,7 @@ TEST(Output, FormatsHoldTheSameFacts)
     const auto r = OnBoardUp("one_switch", {"ctl port 1 vlan --json", "ctl port 1 vlan -o kv",
                                             "ctl -o json port 1 vlan", "ctl port 1 vlan 5 --json"});
     EXPECT_THAT(r[0], Prints("{\n"
-                             "  \"schema\": 1,\n"
+                             "  \"schema\": 2,\n"
                              "  \"ports\": [\n"
                              "    {\n"
                              "      \"switch\": 0,\n"
@@ -45,15 +51,15 @@ TEST(Output, FormatsHoldTheSameFacts)
                              "      \"role\": \"phy\",\n"
                              "      \"vlan\": 1,\n"
                              "      \"pcp\": 0,\n"
-                             "      \"tagging\": 0,\n"
+                             "      \"tagging\": \"untagged\",\n"
                              "      \"group\": null,\n"
                              "      \"group_locked\": true\n"
                              "    }\n"
                              "  ]\n"
                              "}\n"));
-    EXPECT_THAT(r[1], Prints("schema=1\nports.0.switch=0\nports.0.port=1\nports.0.label=null\n"
+    EXPECT_THAT(r[1], Prints("schema=2\nports.0.switch=0\nports.0.port=1\nports.0.label=null\n"
                              "ports.0.role=phy\nports.0.vlan=1\nports.0.pcp=0\n"
-                             "ports.0.tagging=0\nports.0.group=null\n"
+                             "ports.0.tagging=untagged\nports.0.group=null\n"
                              "ports.0.group_locked=true\n"));
     EXPECT_EQ(r[2].out, r[0].out);
     const auto change = Json(r[3])["changes"];
@@ -73,7 +79,7 @@ TEST(Output, ErrorsAsJson)
     for (size_t i = 0; i < r.size(); ++i) {
         EXPECT_EQ(r[i].code, codes[i]);
         const auto error = nlohmann::json::parse(r[i].err);
-        EXPECT_EQ(error["schema"], 1);
+        EXPECT_EQ(error["schema"], 2);
         EXPECT_EQ(error["error"]["code"], codes[i]);
         EXPECT_TRUE(error["error"]["text"].is_string());
         EXPECT_EQ(error["error"]["log"].size(), i == 2 ? 1U : 0U);
@@ -87,6 +93,40 @@ TEST(Output, ThatCannotBeWrittenIsAFailure)
     EXPECT_THAT(r[0], Refuses(1, "cannot write the output: No space left on device"));
     // As other programs end behind "| head": by the signal, without a word.
     EXPECT_EQ(r[2].err, "141\n");
+}
+
+// Characters of a text in which none is wide.
+size_t Characters(const std::string& text)
+{
+    return static_cast<size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+// On a terminal of these widths no line is longer, and nothing that a port has is lost but empty
+// columns.
+TEST(Output, FitsTheTerminal)
+{
+    const std::string names = "printf '[port]\\nlan = \"0:1\"\\n' >n.toml; ";
+    std::vector<std::string> commands;
+    for (const char* width : {"40", "80", "120"})
+        for (const char* word :
+             {"port", "switch", "vlan", "phy", "counters", "top --rounds 1 --interval 0.01"})
+            commands.push_back(names + "script -qec 'stty cols " + width +
+                               "; orblinkctl --names n.toml " + word +
+                               "' /dev/null | tr -d '\\r' | "
+                               "sed 's/\\x1b\\[[0-9;?]*[a-zA-Z]//g'");
+    const auto r = OnBoardUp("two_switches", commands);
+    for (size_t i = 0; i < r.size(); ++i) {
+        const size_t width = i < 6 ? 40 : i < 12 ? 80 : 120;
+        EXPECT_EQ(r[i].code, 0) << r[i].err;
+        std::istringstream lines(r[i].out);
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LE(Characters(line), width) << r[i].command << "\n" << line;
+            EXPECT_FALSE(line.ends_with(" ")) << r[i].command << "\n'" << line << "'";
+        }
+    }
+    EXPECT_THAT(r[0].out, HasSubstr("LABEL lan"));
+    EXPECT_THAT(r[0].out, HasSubstr("LINK SPEED 1000"));
 }
 
 }  // namespace

@@ -1,0 +1,21 @@
+// The way back to settings that the board had.
+#include "tools/orblinkctl/line/undo.h"
+
+#include "tools/orblinkctl/config/config_apply.h"
+#include "tools/orblinkctl/config/config_model.h"
+#include "tools/orblinkctl/facts/json.h"
+
+namespace ctl {
+
+Model SettingsNow()
+{
+    return CurrentConfig();
+}
+
+void ReturnTo(const Model& settings)
+{
+    const Model now = CurrentConfig();
+    RunSteps(StepsFor(now, Differences(now, settings)));
+}
+
+}  // namespace ctl
