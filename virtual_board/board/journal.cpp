@@ -6,6 +6,12 @@
 
 namespace vboard {
 
+void NamedNumbers::AddTo(Json& facts) const
+{
+    for (size_t i = 0; i < count; ++i)
+        facts[numbers[i].name] = numbers[i].value;
+}
+
 int Journal::Note(JournalEntry entry)
 {
     if (entries.size() >= capacity) {
@@ -20,12 +26,14 @@ int Journal::Note(JournalEntry entry)
 Json Journal::ShowEntry(const Stamped& stamped)
 {
     const JournalEntry& entry = stamped.entry;
+    Json facts = entry.facts.is_null() ? Json::object() : entry.facts;
+    entry.more.AddTo(facts);
     Json shown = {{"number", stamped.number},
                   {"timeNs", stamped.time.count()},
                   {"pid", stamped.pid},
                   {"kind", kJournalKindNames[static_cast<size_t>(entry.kind)]},
                   {"call", entry.call},
-                  {"facts", entry.facts},
+                  {"facts", std::move(facts)},
                   {"result", ErrnoName(entry.error)}};
     if (!entry.note.empty())
         shown["note"] = entry.note;

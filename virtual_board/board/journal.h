@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -22,12 +23,29 @@ enum class JournalKind { kMailbox, kMdio, kGpio, kLane, kGmac, kAttr, kControl }
 inline constexpr std::string_view kJournalKindNames[] = {"mailbox", "mdio", "gpio",   "lane",
                                                          "gmac",    "attr", "control"};
 
+// Numbers with names, kept as they are until somebody asks: register accesses are many.
+class NamedNumbers {
+public:
+    // There is room for five.
+    void Add(const char* name, uint32_t value) { numbers.at(count++) = {name, value}; }
+    void AddTo(Json& facts) const;
+
+private:
+    struct Number {
+        const char* name;
+        uint32_t value;
+    };
+    std::array<Number, 5> numbers{};
+    size_t count = 0;
+};
+
 struct JournalEntry {
     JournalKind kind;
-    std::string call;  // "read", "bind", "reset"...
-    Json facts = Json::object();
-    int error = 0;          // errno of the outcome
-    std::string note = {};  // why it failed, or what else is worth knowing
+    std::string call;        // "read", "bind", "reset"...
+    Json facts = {};         // null: none
+    int error = 0;           // errno of the outcome
+    std::string note = {};   // why it failed, or what else is worth knowing
+    NamedNumbers more = {};  // facts as well
 };
 
 struct JournalQuery {

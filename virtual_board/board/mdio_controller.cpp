@@ -79,14 +79,15 @@ int MdioController::Access(wire::MiiAccess& access)
     entry.error = Decode(access, target);
     if (entry.error == 0)
         entry.error = Reach(target, access, entry.note);
-    entry.facts = {{"bus", access.bus}, {"address", target.address}};
+    entry.more.Add("bus", access.bus);
+    entry.more.Add("address", target.address);
     if (target.clause45)
-        entry.facts["mmd"] = target.mmd;
-    entry.facts["reg"] = access.reg;
+        entry.more.Add("mmd", target.mmd);
+    entry.more.Add("reg", access.reg);
     if (access.write != 0)
-        entry.facts["value"] = access.valueIn;
+        entry.more.Add("value", access.valueIn);
     else if (entry.error == 0)
-        entry.facts["value"] = access.valueOut;
+        entry.more.Add("value", access.valueOut);
     return journal.Note(std::move(entry));
 }
 

@@ -169,11 +169,6 @@ Verdict GetName(const Target& target)
     return Return(0);
 }
 
-bool IsSocket(const Target& target)
-{
-    return target.DescriptorLink(target.IntArgument(0)).starts_with("socket:[");
-}
-
 }  // namespace
 
 bool IsInterfaceRequest(uint32_t request)
@@ -188,10 +183,10 @@ Verdict RequestOfInterface(const Target& target, BoardSide& board)
     if (address == 0)
         return Continue();
     if (request == SIOCGIFNAME)
-        return IsSocket(target) ? GetName(target) : Continue();
+        return target.IsSocket(target.IntArgument(0)) ? GetName(target) : Continue();
     const auto ifreq = target.ReadAs<Ifreq>(address);
     const auto index = FindInterface({ifreq.name, strnlen(ifreq.name, sizeof ifreq.name)});
-    if (!index || !IsSocket(target))
+    if (!index || !target.IsSocket(target.IntArgument(0)))
         return Continue();
     return Answer({target, board, address, ifreq, *index}, request);
 }

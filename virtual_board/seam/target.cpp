@@ -4,6 +4,7 @@
 #include <limits.h>
 #include <linux/audit.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -19,6 +20,7 @@ namespace {
 constexpr uint64_t kPage = 4096;
 constexpr size_t kShortPath = 256;
 constexpr size_t kMostKnown = 256;
+constexpr size_t kMostHandles = 16;
 
 // A 32-bit board cannot name all addresses of a 64-bit program in an iovec.
 constexpr bool kReachesAll = sizeof(void*) == sizeof(uint64_t);
@@ -50,6 +52,16 @@ pid_t ReadProcess(pid_t thread)
     return thread;
 }
 
+UniqueFd OpenProcess(pid_t process)
+{
+    return UniqueFd{static_cast<int>(syscall(SYS_pidfd_open, process, 0))};
+}
+
+UniqueFd TakeFrom(const UniqueFd& process, int fd)
+{
+    return UniqueFd{static_cast<int>(syscall(SYS_pidfd_getfd, process.Get(), fd, 0))};
+}
+
 [[noreturn]] void Fail()
 {
     if (errno == EPERM || errno == EACCES)
@@ -72,6 +84,19 @@ pid_t ProcessTable::ProcessOf(pid_t thread)
     if (fresh)
         entry->second = ReadProcess(thread);
     return entry->second;
+}
+
+UniqueFd ProcessTable::Take(pid_t process, int fd)
+{
+    if (handles_.size() > kMostHandles)
+        handles_.clear();
+    const auto [entry, fresh] = handles_.try_emplace(process);
+    if (fresh)
+        entry->second = OpenProcess(process);
+    UniqueFd taken = TakeFrom(entry->second, fd);
+    if (!taken && errno != EBADF)  // it has ended, and the number may be another's
+        handles_.erase(entry);
+    return taken;
 }
 
 Target::Target(const Listener& listener, ProcessTable& processes, const seccomp_notif& notification)
@@ -170,6 +195,15 @@ std::string Target::DescriptorLink(int fd) const
     return ReadLink("fd/" + std::to_string(fd));
 }
 
+bool Target::IsSocket(int fd) const
+{
+    struct stat file {};
+    // Half of what the way through /proc costs.
+    if (const UniqueFd taken = processes_.Take(thread_, fd))
+        return fstat(taken.Get(), &file) == 0 && S_ISSOCK(file.st_mode);
+    return DescriptorLink(fd).starts_with("socket:[");
+}
+
 std::string Target::DirectoryOf(int fd) const
 {
     return fd == AT_FDCWD ? ReadLink("cwd") : DescriptorLink(fd);
@@ -190,8 +224,7 @@ std::optional<uint32_t> Target::FreeWatchedNumber() const
 UniqueFd Target::TakeDescriptor(int fd) const
 {
     // Not what the table remembers: the number may have become another process's.
-    const UniqueFd process{static_cast<int>(syscall(SYS_pidfd_open, ReadProcess(thread_), 0))};
-    return UniqueFd{static_cast<int>(syscall(SYS_pidfd_getfd, process.Get(), fd, 0))};
+    return TakeFrom(OpenProcess(ReadProcess(thread_)), fd);
 }
 
 }  // namespace vboard::seam

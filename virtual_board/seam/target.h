@@ -22,13 +22,18 @@ struct CallFails {
 // The caller's memory may not be read: it made itself undumpable, or a sandbox forbids it.
 struct Unreadable {};
 
-// The process of a thread, for the journal. Finding it out takes longer than a register access.
+// What takes longer to find out of a thread than a register access.
 class ProcessTable {
 public:
+    // For the journal: another process may have the number by now.
     pid_t ProcessOf(pid_t thread);
+    // A descriptor of the process with this number in the board's own hands; none: it is not open,
+    // or the number is that of another thread of a process.
+    UniqueFd Take(pid_t process, int fd);
 
 private:
     std::unordered_map<pid_t, pid_t> known_;
+    std::unordered_map<pid_t, UniqueFd> handles_;
 };
 
 // False with errno.
@@ -64,6 +69,7 @@ public:
     uint64_t ReadPointer(uint64_t address) const;
     size_t PointerSize() const { return is32Bit_ ? 4 : 8; }
 
+    bool IsSocket(int fd) const;
     // What /proc says that a descriptor is: "socket:[1234]", a path; empty: not open.
     std::string DescriptorLink(int fd) const;
     // Where a relative path begins.
