@@ -27,6 +27,8 @@ namespace {
 using datapath::Bytes;
 
 constexpr size_t kBeforeFrame = 16;
+// Up to this size the copy costs less than what the kernel does to find the pieces.
+constexpr size_t kInOnePiece = 2048;
 
 // <linux/virtio_net.h> is not C++. In the machine's byte order.
 struct VirtioHeader {
@@ -97,6 +99,26 @@ void Request(int fd, unsigned long code, void* request, const std::string& inter
 {
     if (ioctl(fd, code, request) != 0)
         Fail("cannot configure the interface " + interface);
+}
+
+size_t SizeOf(std::span<const iovec> pieces)
+{
+    size_t size = 0;
+    for (const iovec& piece : pieces)
+        size += piece.iov_len;
+    return size;
+}
+
+ssize_t WriteWhole(int fd, std::span<const iovec> pieces)
+{
+    std::array<uint8_t, kInOnePiece> room;
+    const Bytes whole = datapath::Gather(pieces, room.data());
+    return write(fd, whole.data(), whole.size());
+}
+
+ssize_t WritePieces(int fd, std::span<const iovec> pieces)
+{
+    return writev(fd, pieces.data(), static_cast<int>(pieces.size()));
 }
 
 void SetIpv4(ifreq request, unsigned long code, in_addr value, const std::string& interface)
@@ -204,12 +226,14 @@ void TapPort::Write(std::span<const iovec> packet, const datapath::Offload& left
         header.perFrame = left.perFrame;
         header.headers = left.data;
     }
-    std::array<iovec, datapath::PacketMemory::kMaxPieces + 1> pieces;
-    pieces[0] = {&header, headers ? sizeof header : 0};
-    std::ranges::copy(packet, pieces.begin() + 1);
+    std::array<iovec, datapath::PacketMemory::kMaxPieces + 1> room;
+    room[0] = {&header, headers ? sizeof header : 0};
+    std::ranges::copy(packet, room.begin() + 1);
+    const auto pieces = std::span{room}.first(packet.size() + 1);
     // What an interface does not take is lost, as on a cable.
-    [[maybe_unused]] const ssize_t taken =
-        writev(frames.Get(), pieces.data(), static_cast<int>(packet.size() + 1));
+    [[maybe_unused]] const ssize_t taken = SizeOf(pieces) <= kInOnePiece
+                                               ? WriteWhole(frames.Get(), pieces)
+                                               : WritePieces(frames.Get(), pieces);
 }
 
 bool TapPort::Find(ifreq& request) const
