@@ -33,6 +33,7 @@ packages="
     python3
     socat
     tcpdump
+    tshark
     valgrind
     zsh
 "

@@ -107,6 +107,23 @@ TEST_F(Traffic, ACaptureShowsWhatPassesAndWhatDoesNot)
               "VLAN 1, dropped: a PAUSE frame\n");
 }
 
+TEST_F(Traffic, ACaptureOpensInTshark)
+{
+    if (std::system("command -v tshark >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "tshark is not installed";
+    EXPECT_EQ(
+        Run("orblink-vboard control capture sw0:1 -w $S/port.pcapng --count 3 & pid=$!\n"
+            "until test -s $S/port.pcapng; do sleep 0.05; done\n"
+            "send a ffffffffffff0200000000018100000588b501\n"
+            "send a ffffffffffff0200000000018100600188b501\n"
+            "send b 02000000000102000000000288b503; wait $pid\n"
+            "tshark -r $S/port.pcapng -T fields -E separator=/s -e frame.interface_name -e "
+            "frame.packet_flags_direction -e eth.src -e vlan.id -e frame.comment 2>$S/tshark\n"),
+        "sw0:1 0x00000001 02:00:00:00:00:01 5 VLAN 5, dropped: the port is not in its VLAN\n"
+        "sw0:1 0x00000001 02:00:00:00:00:01 1 VLAN 1\n"
+        "sw0:1 0x00000002 02:00:00:00:00:02  VLAN 1, queue 1, from port 2\n");
+}
+
 TEST_F(Traffic, ATraceSaysWhereAFrameGoes)
 {
     EXPECT_EQ(
