@@ -18,6 +18,8 @@ public:
     // The real time after which there is something to do anyway; nullopt: not before Fd says so.
     virtual std::optional<std::chrono::nanoseconds> Wait() const = 0;
     virtual void Serve() = 0;
+    // Does one thing, when Fd is known to be readable.
+    virtual void ServeOne() { Serve(); }
 };
 
 }  // namespace vboard

@@ -1,6 +1,5 @@
 #include "virtual_board/board/board_server.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -18,6 +17,10 @@ namespace vboard {
 namespace {
 
 constexpr size_t kControlPacket = 32768;
+constexpr unsigned kCallsInARow = 16;  // then the rest of the board has its turn
+
+// What becomes ready.
+enum Kind : uint32_t { kWake, kListener, kSession, kBackground, kCable };
 
 UniqueFd MakeSocket(const std::string& path)
 {
@@ -71,35 +74,12 @@ pid_t PeerPid(int fd)
     return getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
-// Until something is ready, or until the cables or one of the backgrounds have to go on.
-int Wait(std::vector<pollfd>& polled, const Cables* traffic,
-         const std::vector<Background*>& backgrounds)
-{
-    auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
-    for (const Background* background : backgrounds)
-        if (const auto wait = background->Wait())
-            limit = limit ? std::min(*limit, *wait) : *wait;
-    timespec time{};
-    if (limit) {
-        time.tv_sec = static_cast<time_t>(limit->count() / 1'000'000'000);
-        time.tv_nsec = static_cast<long>(limit->count() % 1'000'000'000);
-    }
-    return ppoll(polled.data(), polled.size(), limit ? &time : nullptr, nullptr);
-}
-
-// One that has nothing to do is not asked: it would cost each frame a system call.
-void ServeBackground(Background& background, bool ready)
-{
-    const auto wait = background.Wait();
-    if (ready || (wait && wait->count() <= 0))
-        background.Serve();
-}
-
 }  // namespace
 
 BoardServer::BoardServer(VirtualBoard& served, std::string socketPath)
     : board{served}, path{std::move(socketPath)}, listener{Listen(path)}
 {
+    poller.Watch(listener.Get(), {kListener, 0});
     Add(board.Mailboxes());
 }
 
@@ -108,15 +88,31 @@ BoardServer::~BoardServer()
     unlink(path.c_str());  // result dropped: its directory goes as well
 }
 
+void BoardServer::Add(Background& background)
+{
+    poller.Watch(background.Fd(), {kBackground, static_cast<uint32_t>(backgrounds.size())});
+    backgrounds.push_back(&background);
+}
+
+void BoardServer::AddCallers(Background& background)
+{
+    callersNumber = static_cast<uint32_t>(backgrounds.size());
+    callers = &background;
+    Add(background);
+}
+
 void BoardServer::Accept()
 {
     for (;;) {
         UniqueFd fd{accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
         if (!fd)
             return;
-        const pid_t peer = PeerPid(fd.Get());
-        sessions.push_back({std::move(fd), peer});
-        ReadPackets(sessions.back());
+        const int number = fd.Get();
+        const pid_t peer = PeerPid(number);
+        poller.Watch(number, {kSession, static_cast<uint32_t>(number)});
+        Session& session = sessions[number] = {std::move(fd), peer};
+        ReadPackets(session);
+        WaitForRoom(session);
     }
 }
 
@@ -188,57 +184,118 @@ void BoardServer::Flush(Session& session)
     session.gone = session.gone || session.closing;
 }
 
-void BoardServer::DropGone()
+void BoardServer::WaitForRoom(Session& session)
 {
-    std::erase_if(sessions, [](const Session& session) { return session.gone; });
+    const bool sends = !session.outbox.empty();
+    if (std::exchange(session.sends, sends) == sends)
+        return;
+    const int fd = session.fd.Get();
+    poller.WatchFor(fd, {kSession, static_cast<uint32_t>(fd)}, sends ? EPOLLOUT : EPOLLIN);
 }
 
-void BoardServer::PollOnce(int wakeFd, bool& woken)
+void BoardServer::DropGone()
 {
-    polled.assign({{wakeFd, POLLIN, 0}, {listener.Get(), POLLIN, 0}});
-    std::vector<Session*> order;
-    for (Session& session : sessions) {
-        const short events = session.outbox.empty() ? POLLIN : POLLOUT;
-        polled.push_back({session.fd.Get(), events, 0});
-        order.push_back(&session);
-    }
-    const size_t afterSessions = polled.size();
+    std::erase_if(sessions, [this](const auto& entry) {
+        if (entry.second.gone)
+            poller.Forget(entry.first);
+        return entry.second.gone;
+    });
+}
+
+// Until the cables or one of the backgrounds have to go on.
+Poller::Limit BoardServer::Limit() const
+{
+    const Cables* traffic = board.Plugged();
+    auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
     for (const Background* background : backgrounds)
-        polled.push_back({background->Fd(), POLLIN, 0});
-    const size_t afterBackgrounds = polled.size();
-    Cables* traffic = board.Plugged();
-    if (traffic != nullptr)
-        traffic->Poll(polled);
-    if (Wait(polled, traffic, backgrounds) < 0)
+        if (const auto wait = background->Wait())
+            limit = limit ? std::min(*limit, *wait) : *wait;
+    return limit;
+}
+
+void BoardServer::ServeSession(Session& session, uint32_t events)
+{
+    if ((events & EPOLLOUT) != 0)
+        Flush(session);
+    if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0)
+        ReadPackets(session);
+    WaitForRoom(session);
+}
+
+// One call of a program is followed by the next, which is waited for at itself as long as nothing
+// else happens.
+void BoardServer::AwaitCall(bool await)
+{
+    if (std::exchange(awaitsCall, await) == await)
         return;
-    for (size_t i = 0; i < backgrounds.size(); ++i)
-        ServeBackground(*backgrounds[i], polled[afterSessions + i].revents != 0);
-    woken = polled[0].revents != 0;
-    for (size_t i = 0; i < order.size(); ++i) {
-        const short happened = polled[i + 2].revents;
-        if ((happened & POLLOUT) != 0)
-            Flush(*order[i]);
-        if ((happened & (POLLIN | POLLHUP | POLLERR)) != 0)
-            ReadPackets(*order[i]);
+    if (await)
+        poller.Forget(callers->Fd());
+    else
+        poller.Watch(callers->Fd(), {kBackground, callersNumber});
+}
+
+// False when something else is to be looked at.
+bool BoardServer::ServeCall()
+{
+    if (!awaitsCall || callsInARow == kCallsInARow || !poller.WaitAt(callers->Fd(), Limit()))
+        return false;
+    ++callsInARow;
+    callers->ServeOne();
+    return true;
+}
+
+// True when the one that may stop the loop is ready.
+bool BoardServer::ServeReady()
+{
+    bool woken = false;
+    const auto ready = poller.Wait(awaitsCall ? Poller::Limit{0} : Limit());
+    if (!ready.empty())
+        AwaitCall(false);
+    callsInARow = 0;
+    for (const auto& [mark, events] : ready) {
+        if (mark.kind == kWake) {
+            woken = true;
+        } else if (mark.kind == kListener) {
+            Accept();
+        } else if (mark.kind == kCable) {
+            readyCables.push_back(mark.number);
+        } else if (mark.kind == kSession) {
+            ServeSession(sessions.at(static_cast<int>(mark.number)), events);
+        } else {
+            backgrounds[mark.number]->Serve();
+            AwaitCall(backgrounds[mark.number] == callers || awaitsCall);
+        }
     }
-    if (polled[1].revents != 0)
-        Accept();
+    return woken;
+}
+
+bool BoardServer::Round()
+{
+    readyCables.clear();
+    const bool woken = !ServeCall() && ServeReady();
+    // One that has nothing to do is not asked: it would cost each frame a system call.
+    for (Background* background : backgrounds) {
+        const auto wait = background->Wait();
+        if (wait && wait->count() <= 0)
+            background->Serve();
+    }
     // A control command may have made a message due.
     board.Mailboxes().Serve();
     // Last, so that what clients have changed shows at the cables at once.
-    if (traffic != nullptr)
-        traffic->Serve(std::span{polled}.subspan(afterBackgrounds));
+    if (Cables* traffic = board.Plugged())
+        traffic->Serve(readyCables);
+    DropGone();
+    return woken;
 }
 
 void BoardServer::Run(int wakeFd, const std::function<bool()>& stop)
 {
-    for (;;) {
-        bool woken = false;
-        PollOnce(wakeFd, woken);
-        DropGone();
-        if (woken && stop())
-            return;
+    poller.Watch(wakeFd, {kWake, 0});
+    if (Cables* traffic = board.Plugged())
+        traffic->Watch(poller, kCable);
+    while (!Round() || !stop()) {
     }
+    poller.Forget(wakeFd);
 }
 
 }  // namespace vboard

@@ -1,16 +1,15 @@
-// The board process's socket and its clients, in one poll loop without threads.
+// The board process's socket and its clients, in one loop without threads.
 #pragma once
-
-#include <poll.h>
 
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <list>
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "virtual_board/board/poller.h"
 #include "virtual_board/board/unique_fd.h"
 #include "virtual_board/board/virtual_board.h"
 
@@ -23,7 +22,9 @@ public:
     ~BoardServer();
 
     // Something else to serve in the same loop; not owned.
-    void Add(Background& background) { backgrounds.push_back(&background); }
+    void Add(Background& background);
+    // The same of programs whose calls the board answers, at most one.
+    void AddCallers(Background& background);
 
     // Serves until stop, called whenever `wakeFd` is readable, says true.
     void Run(int wakeFd, const std::function<bool()>& stop);
@@ -39,6 +40,7 @@ private:
         std::deque<Packet> outbox = {};
         bool closing = false;  // once the outbox is empty
         bool gone = false;
+        bool sends = false;  // when there is room again
     };
 
     void Accept();
@@ -47,15 +49,26 @@ private:
     void HandleControl(Session& session, std::span<const uint8_t> json);
     static void Queue(Session& session, Reply reply);
     static void Flush(Session& session);
+    void WaitForRoom(Session& session);
     void DropGone();
-    void PollOnce(int wakeFd, bool& woken);
+    Poller::Limit Limit() const;
+    void AwaitCall(bool await);
+    bool ServeCall();
+    bool ServeReady();
+    void ServeSession(Session& session, uint32_t events);
+    bool Round();
 
     VirtualBoard& board;
     std::string path;
     UniqueFd listener;
-    std::list<Session> sessions;
+    Poller poller;
+    std::map<int, Session> sessions;  // by descriptor
     std::vector<Background*> backgrounds;
-    std::vector<pollfd> polled;
+    Background* callers = nullptr;
+    uint32_t callersNumber = 0;
+    bool awaitsCall = false;  // and the poller does not
+    unsigned callsInARow = 0;
+    std::vector<uint32_t> readyCables;
 };
 
 }  // namespace vboard

@@ -2,8 +2,6 @@
 // serves its clients.
 #pragma once
 
-#include <poll.h>
-
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -11,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "virtual_board/board/poller.h"
 #include "virtual_board/datapath/trace.h"
 
 namespace vboard {
@@ -60,12 +59,13 @@ public:
     Cables& operator=(const Cables&) = delete;
     virtual ~Cables() = default;
 
-    // Adds what becomes readable when there is something to do.
-    virtual void Poll(std::vector<pollfd>& polled) const = 0;
+    // Has the poller watch what becomes ready when there is something to do, under marks of this
+    // kind with numbers of the cables' own. The poller must stay.
+    virtual void Watch(Poller& poller, uint32_t kind) = 0;
     // The real time after which there is something to do anyway; nullopt: not before poll says so.
     virtual std::optional<std::chrono::nanoseconds> Wait() const = 0;
-    // Does what there is to do, or a little of it; with what Poll has added.
-    virtual void Serve(std::span<const pollfd> polled) = 0;
+    // Does what there is to do, or a little of it; with the numbers of what is ready.
+    virtual void Serve(std::span<const uint32_t> ready) = 0;
 
     virtual std::vector<CableEnd> Ends() const = 0;
     // The descriptor of a host's namespace; -1: no such host.

@@ -1,11 +1,8 @@
 #include "virtual_board/cables/lans.h"
 
-#include <sys/epoll.h>
-
 #include <algorithm>
-#include <cerrno>
+#include <bit>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "virtual_board/cables/capture.h"
@@ -20,7 +17,6 @@ using datapath::Wires;
 using vswitch::kPorts;
 
 constexpr unsigned kBestSpeed = 1;
-constexpr size_t kMaxLans = 2;
 // A client of the board waits no longer than a turn.
 constexpr std::chrono::microseconds kTurn{500};
 // A port that has something ready in one turn after the other, without a rest between them, has
@@ -28,10 +24,12 @@ constexpr std::chrono::microseconds kTurn{500};
 constexpr std::chrono::microseconds kRest{20};
 constexpr unsigned kLongestBurst = 64;
 
-// Which interface has changed.
-constexpr uint64_t MarkOf(size_t lan, unsigned port)
+// What is ready: frames of a port, of all switches in a row, or news of its interface.
+constexpr uint32_t kNews = 32;
+
+constexpr uint32_t NumberOf(size_t lan, unsigned port)
 {
-    return lan * kPorts + port;
+    return static_cast<uint32_t>(lan * kPorts + port);
 }
 
 }  // namespace
@@ -95,10 +93,8 @@ struct Lans::Lan : public Wires {
 
 Lans::Lans(const BoardDescription& spec, const std::vector<Device>& devices,
            const BoardClock& boardClock)
-    : clock(boardClock), changes(epoll_create1(EPOLL_CLOEXEC))
+    : clock(boardClock)
 {
-    if (!changes)
-        throw std::system_error(errno, std::generic_category(), "epoll");
     for (size_t i = 0; i < spec.switches.size(); ++i) {
         if (devices[i].switchChip != nullptr)
             MakeHosts(MakeLan(spec.switches[i], devices[i], *devices[i].switchChip));
@@ -140,27 +136,19 @@ void Lans::MakeHosts(Lan& lan)
                              })});
     }
     for (unsigned p = 0; p < kPorts; ++p)
-        Watch(lan, p);
+        FollowInterface(lan, p);
 }
 
-void Lans::Watch(Lan& lan, unsigned port)
+void Lans::Watch(Poller& watching, uint32_t kind)
 {
-    epoll_event event{};
-    event.events = EPOLLIN;
-    event.data.u64 = MarkOf(lan.index, port);
-    const int fd = lan.ports[port].tap->ChangeFd();
-    if (epoll_ctl(changes.Get(), EPOLL_CTL_ADD, fd, &event) != 0)
-        throw std::system_error(errno, std::generic_category(), "epoll");
-    FollowInterface(lan, port);
-}
-
-void Lans::Poll(std::vector<pollfd>& polled) const
-{
-    polled.push_back({changes.Get(), POLLIN, 0});
+    poller = &watching;
     for (const auto& lan : lans) {
-        // What a deleted interface has ready is an error, for ever.
-        for (const Port& port : lan->ports)
-            polled.push_back({port.tap->IsGone() ? -1 : port.tap->FrameFd(), POLLIN, 0});
+        for (unsigned p = 0; p < kPorts; ++p) {
+            const TapPort& tap = *lan->ports[p].tap;
+            const uint32_t number = NumberOf(lan->index, p);
+            poller->Watch(tap.FrameFd(), {kind, number});
+            poller->Watch(tap.ChangeFd(), {kind, kNews + number});
+        }
     }
 }
 
@@ -182,19 +170,24 @@ std::optional<std::chrono::nanoseconds> Lans::Wait() const
     return std::chrono::nanoseconds(static_cast<std::chrono::nanoseconds::rep>(real));
 }
 
-void Lans::Serve(std::span<const pollfd> polled)
+void Lans::Serve(std::span<const uint32_t> ready)
 {
     const auto start = std::chrono::steady_clock::now();
     const auto end = start + kTurn;
     turn += start - rested < kRest ? 1 : 2;
-    if (polled[0].revents != 0)
-        FollowChanges();
-    const auto taps = polled.subspan(1);
-    for (size_t i = 0; i < taps.size() && std::chrono::steady_clock::now() < end; ++i) {
+    uint32_t waiting = 0;  // ports, a bit each
+    for (const uint32_t number : ready) {
+        if (number < kNews)
+            waiting |= uint32_t{1} << number;
+        else
+            FollowInterface(*lans[(number - kNews) / kPorts], number % kPorts);
+    }
+    while (waiting != 0 && std::chrono::steady_clock::now() < end) {
         // The next turn goes on where this one ends.
-        served = (served + 1) % taps.size();
-        if (taps[served].revents != 0)
-            ReadPackets(*lans[served / kPorts], served % kPorts, end);
+        const int after = static_cast<int>(served) + 1;
+        served = static_cast<uint32_t>(after + std::countr_zero(std::rotr(waiting, after))) % 32;
+        waiting &= ~(uint32_t{1} << served);
+        ReadPackets(*lans[served / kPorts], served % kPorts, end);
     }
     for (const auto& lan : lans) {
         for (unsigned p = 0; p < kPorts; ++p)
@@ -203,16 +196,6 @@ void Lans::Serve(std::span<const pollfd> polled)
         ShowLinks(*lan);
     }
     rested = std::chrono::steady_clock::now();
-}
-
-void Lans::FollowChanges()
-{
-    std::array<epoll_event, kPorts * kMaxLans> changed;
-    const int count = epoll_wait(changes.Get(), changed.data(), changed.size(), 0);
-    for (int i = 0; i < count; ++i) {
-        const auto mark = static_cast<size_t>(changed[i].data.u64);
-        FollowInterface(*lans[mark / kPorts], mark % kPorts);
-    }
 }
 
 void Lans::ReadPackets(Lan& lan, unsigned p, RealTime end)
@@ -269,8 +252,9 @@ void Lans::Arrive(Lan& lan, unsigned port)
 
 void Lans::Unplug(Lan& lan, unsigned port)
 {
-    // result dropped: it may be out already
-    epoll_ctl(changes.Get(), EPOLL_CTL_DEL, lan.ports[port].tap->ChangeFd(), nullptr);
+    // What a deleted interface has ready is an error, for ever.
+    poller->Forget(lan.ports[port].tap->FrameFd());
+    poller->Forget(lan.ports[port].tap->ChangeFd());
     FollowInterface(lan, port);
 }
 

@@ -22,9 +22,9 @@ public:
     Lans(const BoardDescription& spec, const std::vector<Device>& devices, const BoardClock& clock);
     ~Lans() override;
 
-    void Poll(std::vector<pollfd>& polled) const override;
+    void Watch(Poller& poller, uint32_t kind) override;
     std::optional<std::chrono::nanoseconds> Wait() const override;
-    void Serve(std::span<const pollfd> polled) override;
+    void Serve(std::span<const uint32_t> ready) override;
 
     std::vector<CableEnd> Ends() const override;
     int NetworkOf(const std::string& host) const override;
@@ -63,8 +63,6 @@ private:
     void Arrive(Lan& lan, unsigned port);
     Lan& MakeLan(const SwitchDescription& spec, const Device& device, VswitchChip& chip);
     void MakeHosts(Lan& lan);
-    void Watch(Lan& lan, unsigned port);
-    void FollowChanges();
     void ReadPackets(Lan& lan, unsigned port, RealTime end);
     bool ReadPacket(Lan& lan, unsigned port);
     void Unplug(Lan& lan, unsigned port);
@@ -72,9 +70,9 @@ private:
     void ShowLinks(Lan& lan);
 
     const BoardClock& clock;
-    UniqueFd changes;   // of the interfaces
-    size_t served = 0;  // the port that was the last in a turn
-    uint64_t turn = 1;  // counts on by 1 only where there was no rest before it
+    Poller* poller = nullptr;
+    uint32_t served = 0;  // the port that was the last in a turn
+    uint64_t turn = 1;    // counts on by 1 only where there was no rest before it
     RealTime rested;
     std::vector<std::unique_ptr<Lan>> lans;
     std::vector<Host> hosts;

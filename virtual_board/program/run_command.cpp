@@ -16,6 +16,7 @@
 #include "virtual_board/program/command_process.h"
 #include "virtual_board/program/environment.h"
 #include "virtual_board/program/isolation.h"
+#include "virtual_board/program/priority.h"
 #include "virtual_board/program/runtime_dir.h"
 #include "virtual_board/seam/supervisor.h"
 
@@ -50,7 +51,8 @@ int RunOnBoard(const RunOptions& options, BoardDescription spec)
         fprintf(stderr, "%s\n", kPrivilegesAreLost);
     seam::Supervisor supervisor{board, command.TakeListener(), options.timeScale,
                                 isolation.GivesNames()};
-    server.Add(supervisor);
+    server.AddCallers(supervisor);
+    GoBeforePrograms();
     server.Run(command.SignalFd(), [&] { return command.HandleSignals(); });
     return command.ExitStatus();
 }

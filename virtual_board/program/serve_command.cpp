@@ -14,6 +14,7 @@
 #include "virtual_board/cables/lans.h"
 #include "virtual_board/description/board_file.h"
 #include "virtual_board/program/attach_command.h"
+#include "virtual_board/program/priority.h"
 #include "virtual_board/program/runtime_dir.h"
 
 namespace vboard {
@@ -46,6 +47,7 @@ void Serve(const ServeOptions& options, BoardDescription description)
     board.UsePrivateNames(directory.MakeNames());
     BoardServer server{board, path};
     fprintf(stderr, "orblink-vboard: board \"%s\" at %s\n", name.c_str(), path.c_str());
+    GoBeforePrograms();
     server.Run(signals.Get(), [] { return true; });
 }
 

@@ -28,7 +28,7 @@ void Load(Program& program, size_t offset)
     program.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, static_cast<uint32_t>(offset)));
 }
 
-void Return(Program& program, uint32_t action)
+void AddReturn(Program& program, uint32_t action)
 {
     program.push_back(BPF_STMT(BPF_RET | BPF_K, action));
 }
@@ -45,7 +45,7 @@ void NotifyIfWithin(Program& program, const ArgumentRange& range)
     Load(program, ArgumentOffset(range.argument));
     Unless(program, BPF_JGE, range.first, 2);
     program.push_back(BPF_JUMP(BPF_JMP | BPF_JGT | BPF_K, range.last, 1, 0));
-    Return(program, SECCOMP_RET_USER_NOTIF);
+    AddReturn(program, SECCOMP_RET_USER_NOTIF);
 }
 
 void ForNumber(Program& program, int number, const Program& body)
@@ -68,9 +68,9 @@ Program BodyOf(const CallRule& rule)
     for (size_t i = 0; i < rule.rangeCount; ++i)
         NotifyIfWithin(body, rule.ranges[i]);
     if (rule.reason == Reason::kForbidden)
-        Return(body, kNoSuchCall);
+        AddReturn(body, kNoSuchCall);
     else
-        Return(body, rule.rangeCount == 0 ? SECCOMP_RET_USER_NOTIF : SECCOMP_RET_ALLOW);
+        AddReturn(body, rule.rangeCount == 0 ? SECCOMP_RET_USER_NOTIF : SECCOMP_RET_ALLOW);
     return body;
 }
 
@@ -79,7 +79,7 @@ void AddSocketCall(Program& program)
     Program body;
     for (uint32_t number : SocketCallNumbers())
         NotifyIfWithin(body, {0, number, number});
-    Return(body, SECCOMP_RET_ALLOW);
+    AddReturn(body, SECCOMP_RET_ALLOW);
     ForNumber(program, kSocketCall, body);
 }
 
@@ -87,7 +87,7 @@ void AddIpcCall(Program& program)
 {
     Program body;
     NotifyIfWithin(body, {0, kIpcSemaphoreGet, kIpcSemaphoreGet});
-    Return(body, SECCOMP_RET_ALLOW);
+    AddReturn(body, SECCOMP_RET_ALLOW);
     ForNumber(program, kIpcCall, body);
 }
 
@@ -105,10 +105,10 @@ Program BodyOfX86_64(const FilterOptions& options)
     Program program;
     Load(program, offsetof(seccomp_data, nr));
     Unless(program, BPF_JGE, kX32Bit, 1);
-    Return(program, kNoSuchCall);
+    AddReturn(program, kNoSuchCall);
     const Program rules = BodyOfAbi(&CallRule::x86_64, options);
     program.insert(program.end(), rules.begin(), rules.end());
-    Return(program, SECCOMP_RET_ALLOW);
+    AddReturn(program, SECCOMP_RET_ALLOW);
     return program;
 }
 
@@ -118,7 +118,7 @@ Program BodyOfI386(const FilterOptions& options)
     AddSocketCall(program);
     if (options.privateNames)
         AddIpcCall(program);
-    Return(program, SECCOMP_RET_ALLOW);
+    AddReturn(program, SECCOMP_RET_ALLOW);
     return program;
 }
 
@@ -138,7 +138,7 @@ std::vector<sock_filter> BuildFilter(const FilterOptions& options)
     Load(program, offsetof(seccomp_data, arch));
     ForArchitecture(program, AUDIT_ARCH_X86_64, BodyOfX86_64(options));
     ForArchitecture(program, AUDIT_ARCH_I386, BodyOfI386(options));
-    Return(program, kNoSuchCall);
+    AddReturn(program, kNoSuchCall);
     return program;
 }
 

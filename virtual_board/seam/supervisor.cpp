@@ -56,8 +56,13 @@ void Supervisor::Serve()
 {
     EndSleeps();
     for (int served = 0; served < kCallsInARow && listener_.Pending(); ++served)
-        if (const auto notification = listener_.Receive())
-            Handle(*notification);
+        ServeOne();
+}
+
+void Supervisor::ServeOne()
+{
+    if (const auto notification = listener_.Receive())
+        Handle(*notification);
 }
 
 // Only a watched socket hears of its transfers; other writes may be to an attribute.

@@ -23,6 +23,7 @@ public:
     int Fd() const override { return listener_.Fd(); }
     std::optional<std::chrono::nanoseconds> Wait() const override;
     void Serve() override;
+    void ServeOne() override;
 
 private:
     using Clock = std::chrono::steady_clock;

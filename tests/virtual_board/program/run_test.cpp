@@ -28,6 +28,16 @@ TEST(Run, PassesTheExitStatusOn)
     EXPECT_EQ(OnBoard("no_devices.toml", "kill -KILL $$").status, 128 + 9);
 }
 
+TEST(Run, TheBoardGoesBeforeItsProgramsWhereItMay)
+{
+    // Its process is in the name of the socket.
+    auto outcome = OnBoard("no_devices.toml",
+                           "board=$(echo $ORBLINK_VBOARD | sed 's/.*vboard.\\([0-9]*\\).*/\\1/')\n"
+                           "echo $(($(nice) - $(ps -o ni= -p $board)))\n");
+    const bool may = Shell("test $(nice -n -1 nice 2>/dev/null) -lt $(nice)").status == 0;
+    EXPECT_EQ(Printed(outcome), may ? "5\n" : "0\n");
+}
+
 TEST(Run, SaysWhyACommandDoesNotStart)
 {
     auto missing = Shell("$RUN --board $BOARDS/no_devices.toml -- /no/such/program");

@@ -1,0 +1,92 @@
+#include "virtual_board/board/poller.h"
+
+#include <poll.h>
+
+#include <cerrno>
+
+#include "virtual_board/board/system_failure.h"
+
+namespace vboard {
+namespace {
+
+epoll_event EventOf(Poller::Mark mark, uint32_t events)
+{
+    epoll_event event{};
+    event.events = events;
+    event.data.u64 = uint64_t{mark.kind} << 32 | mark.number;
+    return event;
+}
+
+// A limit as system calls take it.
+class Timeout {
+public:
+    explicit Timeout(Poller::Limit limit) : limited(limit.has_value())
+    {
+        if (!limit)
+            return;
+        time.tv_sec = static_cast<time_t>(limit->count() / 1'000'000'000);
+        time.tv_nsec = static_cast<long>(limit->count() % 1'000'000'000);
+    }
+    const timespec* Get() const { return limited ? &time : nullptr; }
+
+private:
+    bool limited;
+    timespec time{};
+};
+
+}  // namespace
+
+Poller::Poller() : epoll{epoll_create1(EPOLL_CLOEXEC)}
+{
+    if (!epoll)
+        Fail("cannot wait for descriptors");
+}
+
+void Poller::Watch(int fd, Mark mark, uint32_t events)
+{
+    epoll_event event = EventOf(mark, events);
+    if (epoll_ctl(epoll.Get(), EPOLL_CTL_ADD, fd, &event) != 0)
+        Fail("cannot wait for descriptors");
+}
+
+void Poller::WatchFor(int fd, Mark mark, uint32_t events)
+{
+    epoll_event event = EventOf(mark, events);
+    // Result dropped: it is watched.
+    static_cast<void>(epoll_ctl(epoll.Get(), EPOLL_CTL_MOD, fd, &event));
+}
+
+void Poller::Forget(int fd)
+{
+    // Result dropped: it may be out already.
+    static_cast<void>(epoll_ctl(epoll.Get(), EPOLL_CTL_DEL, fd, nullptr));
+}
+
+std::span<const Poller::Ready> Poller::Wait(Limit limit)
+{
+    std::array<epoll_event, kAtOnce> events;
+    const Timeout timeout{limit};
+    int count = epoll_pwait2(epoll.Get(), events.data(), kAtOnce, timeout.Get(), nullptr);
+    if (count < 0 && errno != EINTR) {
+        // Kernels before 5.11, and sandboxes of their time, take two calls.
+        pollfd any{epoll.Get(), POLLIN, 0};
+        ppoll(&any, 1, timeout.Get(), nullptr);
+        count = epoll_wait(epoll.Get(), events.data(), kAtOnce, 0);
+    }
+    for (int i = 0; i < count; ++i) {
+        const uint64_t mark = events[i].data.u64;
+        ready[i] = {{static_cast<uint32_t>(mark >> 32), static_cast<uint32_t>(mark)},
+                    events[i].events};
+    }
+    return {ready.data(), static_cast<size_t>(count > 0 ? count : 0)};
+}
+
+bool Poller::WaitAt(int fd, Limit limit) const
+{
+    pollfd either[] = {{fd, POLLIN, 0}, {epoll.Get(), POLLIN, 0}};
+    const Timeout timeout{limit};
+    return ppoll(either, std::size(either), timeout.Get(), nullptr) > 0 &&
+           (either[0].revents & POLLIN) != 0;
+}
+
+}  // namespace vboard
