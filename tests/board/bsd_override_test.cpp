@@ -6,8 +6,6 @@
 namespace obtest {
 namespace {
 
-using testing::ElementsAre;
-
 TEST_F(SwitchBoardData, ShowTheLocalSourceTheDefaultsOfTheFirstSwitch)
 {
     SwitchBsd seen;
@@ -36,19 +34,18 @@ TEST_F(SwitchBoardData, AreOverriddenByTheLocalSourceButForTheMacAddresses)
         return 0;
     };
     EXPECT_EQ(Receive(), 0);
-    EXPECT_THAT(
+    EXPECT_EQ(
         Logged(),
-        ElementsAre(kArrow, kWaiting, kParse, kHeader, kParsed, kReceived,
-                    "call OBOS_InitBsdFromIni",
-                    "log9 " + kInit + "OBOS_InitBsdFromIni() done! NumOfSwitchDevices=1",
-                    "log3 " + kInit + "MII devices config overridden by ini!",
-                    "log3 " + kInit +
-                        "Board-specific data: \n\t\tSwitch Idx: 0\n\t\t\tHAL library: liblocal.so"
-                        "\n\t\t\tEnable GPIO pin: -1\n\t\t\tReset GPIO pin: -1\n\t\t\t"
-                        "Internal port pidx: -1\n\t\t\tInternal port mode: RGMII\n\t\t\t"
-                        "Internal port speed: 1000 Mbs\n\t\t\tMDIO Bus: -1\n\t\t\t"
-                        "MDIO Address: -1\n\t\t\tGmax Idx: 0\n",
-                    kBack));
+        (Lines{kArrow, kWaiting, kParse, kHeader, kParsed, kReceived, "call OBOS_InitBsdFromIni",
+               "log9 " + kInit + "OBOS_InitBsdFromIni() done! NumOfSwitchDevices=1",
+               "log3 " + kInit + "MII devices config overridden by ini!",
+               "log3 " + kInit +
+                   "Board-specific data: \n\t\tSwitch Idx: 0\n\t\t\tHAL library: liblocal.so"
+                   "\n\t\t\tEnable GPIO pin: -1\n\t\t\tReset GPIO pin: -1\n\t\t\t"
+                   "Internal port pidx: -1\n\t\t\tInternal port mode: RGMII\n\t\t\t"
+                   "Internal port speed: 1000 Mbs\n\t\t\tMDIO Bus: -1\n\t\t\t"
+                   "MDIO Address: -1\n\t\t\tGmax Idx: 0\n",
+               kBack}));
     const SwitchVendorRecord none[2] = {};
     EXPECT_EQ(memcmp(vendor, none, sizeof(vendor)), 0);
     uint8_t mac[5][6];
@@ -73,9 +70,9 @@ TEST_F(SwitchBoardData, FailWhenTheLocalSourceFails)
     Deliver(TwoSwitches());
     localSource = [](SwitchBsd*) { return 5; };
     EXPECT_EQ(Receive(), -1);
-    EXPECT_THAT(Logged(), ElementsAre(kArrow, kWaiting, kParse, kHeader, kParsed, kReceived,
-                                      "call OBOS_InitBsdFromIni",
-                                      "log1 " + kInit + "OBOS_InitBsdFromIni() failed!", kBack));
+    EXPECT_EQ(Logged(), (Lines{kArrow, kWaiting, kParse, kHeader, kParsed, kReceived,
+                               "call OBOS_InitBsdFromIni",
+                               "log1 " + kInit + "OBOS_InitBsdFromIni() failed!", kBack}));
     uint8_t mac[6];
     EXPECT_EQ(OBOS_GetMacAddresses(mac, mac, mac, mac, mac), -1);
 }

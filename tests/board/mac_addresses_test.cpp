@@ -50,7 +50,7 @@ protected:
 TEST_F(MacAddresses, AreMissingBeforeAnyBoardData)
 {
     EXPECT_EQ(Get(), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre(kRead, kMissing));
+    EXPECT_EQ(transcript.All(), (Lines{kRead, kMissing}));
     EXPECT_TRUE(NoneCopied());
 }
 
@@ -60,7 +60,7 @@ TEST_F(MacAddresses, AreHandedOutInTheOrderOfTheMessage)
     EXPECT_EQ(Get(), 0);
     for (int i = 0; i < 5; ++i)
         EXPECT_THAT(mac[i], ElementsAre(0x10 * i + 2, 0x10 * i + 3, 0, 0xFF, 0, i));
-    EXPECT_THAT(transcript.All(), ElementsAre(kRead));
+    EXPECT_EQ(transcript.All(), (Lines{kRead}));
 }
 
 TEST_F(MacAddresses, AreNotHandedOutWhenOneOfThemIsMissing)
@@ -68,7 +68,7 @@ TEST_F(MacAddresses, AreNotHandedOutWhenOneOfThemIsMissing)
     for (int missing = 0; missing < 5; ++missing) {
         Receive(FiveAddresses().Mac(missing, {0, 0, 0, 0, 0, 0}));
         EXPECT_EQ(Get(), -1) << missing;
-        EXPECT_THAT(transcript.All(), ElementsAre(kRead, kMissing)) << missing;
+        EXPECT_EQ(transcript.All(), (Lines{kRead, kMissing})) << missing;
         EXPECT_TRUE(NoneCopied()) << missing;
     }
 }
@@ -91,7 +91,7 @@ TEST_F(MacAddresses, ANullPointerCostsOnlyThatAddress)
     EXPECT_TRUE(Untouched(2));
     EXPECT_EQ(mac[3][5], 3);
     EXPECT_EQ(mac[4][5], 4);
-    EXPECT_THAT(transcript.All(), ElementsAre(kRead));
+    EXPECT_EQ(transcript.All(), (Lines{kRead}));
 }
 
 TEST_F(MacAddresses, ANullFifthPointerFailsTheCallAfterTheOtherCopies)
@@ -99,7 +99,7 @@ TEST_F(MacAddresses, ANullFifthPointerFailsTheCallAfterTheOtherCopies)
     Receive(FiveAddresses());
     EXPECT_NE(OBOS_GetMacAddresses(mac[0], mac[1], mac[2], mac[3], nullptr), 0);
     EXPECT_EQ(mac[3][5], 3);
-    EXPECT_THAT(transcript.All(), ElementsAre(kRead));
+    EXPECT_EQ(transcript.All(), (Lines{kRead}));
 }
 
 TEST_F(MacAddresses, OnlyTheFifthCopysResultIsReturned)

@@ -99,19 +99,18 @@ TEST_F(PhyBoardData, AreLoggedStepByStepWithoutPrefix)
 {
     Deliver(TwoPhys());
     Receive();
-    EXPECT_THAT(
-        Logged(),
-        ElementsAre(kWaiting, kParse, kHeader, kParsed, kReceived,
-                    "phy3 " + kInit +
-                        "Board-specific data: \n\t\tExternal Phy Idx: 0\n\t\t\t"
-                        "Enable GPIO pin: 21\n\t\t\tReset GPIO pin: 18\n\t\t\tport mode: SGMII"
-                        "\n\t\t\tport speed: 1000 Mbs\n\t\t\tMDIO Bus: 2\n\t\t\t"
-                        "MDIO Address: 9\n\t\t\tGmax Idx: 1\n",
-                    "phy3 " + kInit +
-                        "Board-specific data: \n\t\tExternal Phy Idx: 1\n\t\t\t"
-                        "Enable GPIO pin: -1\n\t\t\tReset GPIO pin: 305419795\n\t\t\t"
-                        "port mode: GMII\n\t\t\tport speed: 10 Gbs\n\t\t\tMDIO Bus: -2\n\t\t\t"
-                        "MDIO Address: -1\n\t\t\tGmax Idx: 0\n"));
+    EXPECT_EQ(Logged(),
+              (Lines{kWaiting, kParse, kHeader, kParsed, kReceived,
+                     "phy3 " + kInit +
+                         "Board-specific data: \n\t\tExternal Phy Idx: 0\n\t\t\t"
+                         "Enable GPIO pin: 21\n\t\t\tReset GPIO pin: 18\n\t\t\tport mode: SGMII"
+                         "\n\t\t\tport speed: 1000 Mbs\n\t\t\tMDIO Bus: 2\n\t\t\t"
+                         "MDIO Address: 9\n\t\t\tGmax Idx: 1\n",
+                     "phy3 " + kInit +
+                         "Board-specific data: \n\t\tExternal Phy Idx: 1\n\t\t\t"
+                         "Enable GPIO pin: -1\n\t\t\tReset GPIO pin: 305419795\n\t\t\t"
+                         "port mode: GMII\n\t\t\tport speed: 10 Gbs\n\t\t\tMDIO Bus: -2\n\t\t\t"
+                         "MDIO Address: -1\n\t\t\tGmax Idx: 0\n"}));
     EXPECT_THAT(transcript.Formats(),
                 ElementsAre("Waiting for LAN BSD from ARM", " ---> ",
                             "mainMsg->msg_type %x, mainMsg->payload_len %x", " <--- ",
@@ -276,20 +275,20 @@ TEST_F(PhyBoardData, FailWithTheirDefaultsInPlaceWhenTheReceiversCopyFails)
 TEST_F(PhyBoardData, NeedARecordToBeStoredIn)
 {
     EXPECT_EQ(EP_InitBoardSpecificData(nullptr, vendor), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre("phy1 " + kInit + "EthphyBsd is NULL"));
+    EXPECT_EQ(transcript.All(), (Lines{"phy1 " + kInit + "EthphyBsd is NULL"}));
 }
 
 TEST_F(PhyBoardData, NeedAVendorRecord)
 {
     EXPECT_EQ(EP_InitBoardSpecificData(&bsd, nullptr), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre("phy1 " + kInit + "VendorRecord is NULL"));
+    EXPECT_EQ(transcript.All(), (Lines{"phy1 " + kInit + "VendorRecord is NULL"}));
     EXPECT_EQ(bsd.numOfPhys, kUntouched);
 }
 
 TEST_F(PhyBoardData, WithoutEitherComplainOfTheFirst)
 {
     EXPECT_EQ(EP_InitBoardSpecificData(nullptr, nullptr), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre("phy1 " + kInit + "EthphyBsd is NULL"));
+    EXPECT_EQ(transcript.All(), (Lines{"phy1 " + kInit + "EthphyBsd is NULL"}));
 }
 
 TEST_F(PhyBoardData, LeaveTheLocalSourceOfTheSwitchFamilyAlone)

@@ -5,8 +5,6 @@
 namespace obtest {
 namespace {
 
-using testing::ElementsAre;
-
 const std::string kPath0 = "/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:00/sgmii0_reset";
 const std::string kPath1 = "/sys/devices/pci0000:00/0000:00:0d.0/VQR351B:01/sgmii1_reset";
 const std::string kSet = "OBOS_SetGpioValue:# ";
@@ -16,17 +14,17 @@ using ResetLine = BoardTest;
 TEST_F(ResetLine, Pin18IsTheFirstAttribute)
 {
     EXPECT_EQ(OBOS_SetGpioValue(18, 0), 0);
-    EXPECT_THAT(transcript.All(), ElementsAre("sys fopen(" + kPath0 + ", w)",
-                                              "log9 " + kSet + "Reset attribute " + kPath0,
-                                              "sys write(sgmii0_reset, \"0\")"));
+    EXPECT_EQ(transcript.All(),
+              (Lines{"sys fopen(" + kPath0 + ", w)", "log9 " + kSet + "Reset attribute " + kPath0,
+                     "sys write(sgmii0_reset, \"0\")"}));
 }
 
 TEST_F(ResetLine, Pin19IsTheSecondAttribute)
 {
     EXPECT_EQ(OBOS_SetGpioValue(19, 1), 0);
-    EXPECT_THAT(transcript.All(), ElementsAre("sys fopen(" + kPath1 + ", w)",
-                                              "log9 " + kSet + "Reset attribute " + kPath1,
-                                              "sys write(sgmii1_reset, \"1\")"));
+    EXPECT_EQ(transcript.All(),
+              (Lines{"sys fopen(" + kPath1 + ", w)", "log9 " + kSet + "Reset attribute " + kPath1,
+                     "sys write(sgmii1_reset, \"1\")"}));
 }
 
 TEST_F(ResetLine, AnyValueIsWrittenInDecimal)
@@ -42,7 +40,7 @@ TEST_F(ResetLine, OtherPinsAreUnknown)
     for (const auto& [pin, text] : pins) {
         transcript.Clear();
         EXPECT_EQ(OBOS_SetGpioValue(pin, 1), -1);
-        EXPECT_THAT(transcript.All(), ElementsAre("log1 " + kSet + "Unknown GPIO " + text));
+        EXPECT_EQ(transcript.All(), (Lines{"log1 " + kSet + "Unknown GPIO " + text}));
     }
 }
 
@@ -50,19 +48,17 @@ TEST_F(ResetLine, AnAttributeThatCannotBeOpenedFails)
 {
     platform.Fail("fopen", ENOENT);
     EXPECT_EQ(OBOS_SetGpioValue(19, 1), -1);
-    EXPECT_THAT(transcript.All(),
-                ElementsAre("sys fopen(" + kPath1 + ", w)",
-                            "log1 " + kSet + "Failed to open attribute " + kPath1));
+    EXPECT_EQ(transcript.All(), (Lines{"sys fopen(" + kPath1 + ", w)",
+                                       "log1 " + kSet + "Failed to open attribute " + kPath1}));
 }
 
 TEST_F(ResetLine, ARefusedWriteIsNoticedAlthoughTheStreamIsBuffered)
 {
     platform.FailEach("fwrite", EIO);
     EXPECT_EQ(OBOS_SetGpioValue(18, 0), -1);
-    EXPECT_THAT(
-        transcript.All(),
-        ElementsAre("sys fopen(" + kPath0 + ", w)", "log9 " + kSet + "Reset attribute " + kPath0,
-                    "sys write(sgmii0_reset, \"0\")", "log1 " + kSet + "Failed to reset"));
+    EXPECT_EQ(transcript.All(),
+              (Lines{"sys fopen(" + kPath0 + ", w)", "log9 " + kSet + "Reset attribute " + kPath0,
+                     "sys write(sgmii0_reset, \"0\")", "log1 " + kSet + "Failed to reset"}));
 }
 
 TEST_F(ResetLine, WorksAgainAfterARefusedWrite)

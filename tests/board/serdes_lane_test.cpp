@@ -5,8 +5,6 @@
 namespace obtest {
 namespace {
 
-using testing::ElementsAre;
-
 const std::string kReset = "log9 OBOS_ResetSerDes:# ";
 const std::string kOpen = "sys open(/dev/modphy_drv, O_RDONLY)";
 const std::string kOpened = "log9 _ResetModphy:# open /dev/modphy_drv done";
@@ -16,11 +14,11 @@ using SerDesLane = BoardTest;
 TEST_F(SerDesLane, IsResetThroughTheLaneDriver)
 {
     EXPECT_EQ(OBOS_ResetSerDes(0, 0), 0);
-    EXPECT_THAT(transcript.All(),
-                ElementsAre(kReset + "GmacIdx 0 Speed2_5 False", kOpen, kOpened,
-                            "sys ioctl(MODPHY_RESET_LANE, 3)",
-                            "log9 _ResetModphy:# ioctl(MODPHY_RESET_LANE,  ClientId = 3) done",
-                            "sys close()"));
+    EXPECT_EQ(
+        transcript.All(),
+        (Lines{kReset + "GmacIdx 0 Speed2_5 False", kOpen, kOpened,
+               "sys ioctl(MODPHY_RESET_LANE, 3)",
+               "log9 _ResetModphy:# ioctl(MODPHY_RESET_LANE,  ClientId = 3) done", "sys close()"}));
 }
 
 TEST_F(SerDesLane, ClientDependsOnTheGmacAndTheSpeed)
@@ -45,26 +43,26 @@ TEST_F(SerDesLane, OfAnyOtherGmacTouchesNoDevice)
 {
     EXPECT_EQ(OBOS_ResetSerDes(2, 0), -1);
     EXPECT_EQ(OBOS_ResetSerDes(0xFFFFFFFF, 1), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre(kReset + "GmacIdx 2 Speed2_5 False",
-                                              kReset + "GmacIdx -1 Speed2_5 True"));
+    EXPECT_EQ(transcript.All(),
+              (Lines{kReset + "GmacIdx 2 Speed2_5 False", kReset + "GmacIdx -1 Speed2_5 True"}));
 }
 
 TEST_F(SerDesLane, FailsWhenTheDriverCannotBeOpened)
 {
     platform.Fail("open", ENOENT);
     EXPECT_EQ(OBOS_ResetSerDes(0, 0), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre(kReset + "GmacIdx 0 Speed2_5 False", kOpen,
-                                              "log1 _ResetModphy:# open error, errno=2"));
+    EXPECT_EQ(transcript.All(), (Lines{kReset + "GmacIdx 0 Speed2_5 False", kOpen,
+                                       "log1 _ResetModphy:# open error, errno=2"}));
 }
 
 TEST_F(SerDesLane, FailsAndClosesTheDriverWhenItRefuses)
 {
     platform.Fail("ioctl", EBUSY);
     EXPECT_EQ(OBOS_ResetSerDes(1, 0), -1);
-    EXPECT_THAT(transcript.All(),
-                ElementsAre(kReset + "GmacIdx 1 Speed2_5 False", kOpen, kOpened,
-                            "sys ioctl(MODPHY_RESET_LANE, 4)",
-                            "log1 _ResetModphy:# ioctl error, errno=16", "sys close()"));
+    EXPECT_EQ(transcript.All(),
+              (Lines{kReset + "GmacIdx 1 Speed2_5 False", kOpen, kOpened,
+                     "sys ioctl(MODPHY_RESET_LANE, 4)", "log1 _ResetModphy:# ioctl error, errno=16",
+                     "sys close()"}));
 }
 
 TEST_F(SerDesLane, APositiveAnswerOfTheDriverIsSuccess)

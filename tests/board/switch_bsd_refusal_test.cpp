@@ -8,7 +8,6 @@ namespace obtest {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 
 TEST_F(SwitchBoardData, OfThreeSwitchesAreRefused)
 {
@@ -120,11 +119,11 @@ TEST_F(SwitchBoardData, FailWhenTheReceiversCopyFails)
     Deliver(TwoSwitches());
     platform.Fail("kova_memcpy_s", 0, 2, 22);
     EXPECT_EQ(Receive(), -1);
-    EXPECT_THAT(Logged(),
-                ElementsAre(kArrow, kWaiting, kParse, kHeader, kParsed, kReceived, kIni, kIniDone,
-                            "log1 " + kInit + "ERROR: " +
-                                "OBOS_InitHwSpecificData:#: Runtime-constraint violation "
-                                "error in function kova_memcpy_s"));
+    EXPECT_EQ(Logged(),
+              (Lines{kArrow, kWaiting, kParse, kHeader, kParsed, kReceived, kIni, kIniDone,
+                     "log1 " + kInit + "ERROR: " +
+                         "OBOS_InitHwSpecificData:#: Runtime-constraint violation "
+                         "error in function kova_memcpy_s"}));
     const SwitchVendorRecord none[2] = {};
     EXPECT_EQ(memcmp(vendor, none, sizeof(vendor)), 0);
 }
@@ -143,14 +142,14 @@ TEST_F(SwitchBoardData, DoNotMindAFailedCopyOfAMacAddress)
 TEST_F(SwitchBoardData, NeedARecordToBeStoredIn)
 {
     EXPECT_EQ(OBOS_InitHwSpecificData(nullptr, vendor), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre(kArrow, "log1 " + kInit + "SwitchBsd is NULL"));
+    EXPECT_EQ(transcript.All(), (Lines{kArrow, "log1 " + kInit + "SwitchBsd is NULL"}));
     EXPECT_EQ(vendor[0].vendorParamSize, 0xEEEEEEEEU);
 }
 
 TEST_F(SwitchBoardData, NeedAVendorRecord)
 {
     EXPECT_EQ(OBOS_InitHwSpecificData(&bsd, nullptr), -1);
-    EXPECT_THAT(transcript.All(), ElementsAre(kArrow, "log1 " + kInit + "VendorRecord is NULL"));
+    EXPECT_EQ(transcript.All(), (Lines{kArrow, "log1 " + kInit + "VendorRecord is NULL"}));
     EXPECT_EQ(bsd.NumOfSwitchDevices, kUntouched);
 }
 

@@ -45,9 +45,9 @@ TEST_F(SwitchBoardData, AreLoggedStepByStep)
 {
     Deliver(TwoSwitches());
     EXPECT_EQ(Receive(), 0);
-    EXPECT_THAT(
+    EXPECT_EQ(
         Logged(),
-        ElementsAre(
+        (Lines{
             kArrow, kWaiting, kParse, kHeader, kParsed, kReceived, kIni, kIniDone,
             "log3 " + kInit +
                 "Board-specific data: \n\t\tSwitch Idx: 0\n\t\t\tHAL library: libfirst.so\n\t\t\t"
@@ -59,7 +59,7 @@ TEST_F(SwitchBoardData, AreLoggedStepByStep)
                 "Enable GPIO pin: -1\n\t\t\tReset GPIO pin: 19\n\t\t\tInternal port pidx: 7\n\t\t\t"
                 "Internal port mode: RMII\n\t\t\tInternal port speed: AUTONEG\n\t\t\t"
                 "MDIO Bus: -128\n\t\t\tMDIO Address: -1\n\t\t\tGmax Idx: 0\n",
-            kBack));
+            kBack}));
     EXPECT_THAT(
         transcript.Formats(),
         Contains("%s:%d Board-specific data: \n\t\tSwitch Idx: %d\n\t\t\tHAL library: %s\n\t\t\t"
@@ -127,8 +127,8 @@ TEST_F(SwitchBoardData, OfNoSwitchLogNoWiring)
     Deliver(TwoSwitches().Byte(136, 0));
     EXPECT_EQ(Receive(), 0);
     EXPECT_EQ(bsd.NumOfSwitchDevices, 0);
-    EXPECT_THAT(Logged(), ElementsAre(kArrow, kWaiting, kParse, kHeader, kParsed, kReceived, kIni,
-                                      kIniDone, kBack));
+    EXPECT_EQ(Logged(), (Lines{kArrow, kWaiting, kParse, kHeader, kParsed, kReceived, kIni,
+                               kIniDone, kBack}));
     ExpectVendor(1);
 }
 

@@ -61,8 +61,8 @@ TEST_P(WaitUnderSignals, LastsAsLongAsSecondsSay)
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, WaitUnderSignals,
-                         testing::Values(Storm{1, 0}, Storm{1, SA_RESTART}, Storm{25, 0},
-                                         Storm{400, SA_RESTART}),
+                         testing::ValuesIn(std::vector<Storm>{
+                             {1, 0}, {1, SA_RESTART}, {25, 0}, {400, SA_RESTART}}),
                          [](const auto& info) {
                              return "Every" + std::to_string(info.param.periodMilliseconds) + "ms" +
                                     (info.param.flags != 0 ? "Restarting" : "");

@@ -6,8 +6,6 @@
 namespace obtest {
 namespace {
 
-using testing::ElementsAre;
-
 const std::string kCommander = "out HWMB_Commander:# ";
 const std::string kSendRecv = "out HWMB_sendRecvMsg:# ";
 const std::string kRecv = "out HWMB_recvMsg:# ";
@@ -61,7 +59,7 @@ TEST_F(HwmbCommander, ReportsFailureEvenAfterACompletedExchange)
 {
     EXPECT_EQ(Run(SOCK_COMMANDER), -1);
     EXPECT_LINES(Built() + ToReceive() + Replied() + kEnd);
-    EXPECT_THAT(platform.sent, ElementsAre(Message("PINGsize")));
+    EXPECT_THAT(platform.sent, testing::ElementsAre(Message("PINGsize")));
 }
 
 TEST_F(HwmbCommander, HandsTheParserTheReplyButNoDestination)
@@ -92,7 +90,7 @@ TEST_F(HwmbCommander, PadsTenBytesToTwelveWithWhatTheBufferHolds)
     Run(SOCK_COMMANDER);
     EXPECT_TRUE(transcript.Has(kCommander + "CreateMsg Done with msgSize 10, "));
     EXPECT_TRUE(transcript.Has(kCommander + "Padded msgSize = 12"));
-    EXPECT_THAT(platform.sent, ElementsAre(Message("0123456789xy")));
+    EXPECT_THAT(platform.sent, testing::ElementsAre(Message("0123456789xy")));
 }
 
 TEST_F(HwmbCommander, PadsUpToTheNextMultipleOfFourOnly)
@@ -123,7 +121,7 @@ TEST_F(HwmbCommander, PrintsTheCountAtTheEleventhRefusal)
     Run(SOCK_COMMANDER);
     EXPECT_EQ(transcript.Only({"wait"}).size(), 11U);
     const Lines counts = transcript.Only({(kRecv + "recvMsg failed for").c_str()});
-    EXPECT_THAT(counts, ElementsAre(kRecv + "recvMsg failed for 10 times!!!"));
+    EXPECT_EQ(counts, (Lines{kRecv + "recvMsg failed for 10 times!!!"}));
 }
 
 TEST_F(HwmbCommander, RepeatsAFailedReceiveAtOnceWithTheReceivesErrno)

@@ -132,10 +132,9 @@ TEST_F(HwmbStart, CountsFailedSocketsBeforeACriticalOne)
     EXPECT_EQ(Run(SOCK_SUBJECT), -1);
     const std::string why = "[ret=-1, errno=1: Operation not permitted]";
     const Lines tail(transcript.All().end() - 5, transcript.All().end());
-    EXPECT_THAT(tail,
-                ElementsAre(kSocket, kInit + "failed to open socket!!! " + why,
-                            kInit + "initialize socket failed for 10 times!!!",
-                            kInit + "Critical failure in open socket!!! " + why, kInitFailed));
+    EXPECT_EQ(tail, (Lines{kSocket, kInit + "failed to open socket!!! " + why,
+                           kInit + "initialize socket failed for 10 times!!!",
+                           kInit + "Critical failure in open socket!!! " + why, kInitFailed}));
 }
 
 TEST_F(HwmbStart, StartsCountingAnewInEachRun)
@@ -187,8 +186,8 @@ TEST_F(HwmbStart, CountsFailedBindsAtEachTenthRetryWhateverTheSocketDid)
     for (const auto& line : transcript.All())
         if (line.find(" times!!!") != std::string::npos)
             counts.push_back(line);
-    EXPECT_THAT(counts, ElementsAre(kInit + "bind socket failed for 10 times!!!",
-                                    kInit + "bind socket failed for 20 times!!!"));
+    EXPECT_EQ(counts, (Lines{kInit + "bind socket failed for 10 times!!!",
+                             kInit + "bind socket failed for 20 times!!!"}));
     EXPECT_EQ(transcript.Only({"wait usleep(1000000)"}).size(), 26U);
 }
 
@@ -216,7 +215,7 @@ TEST_F(HwmbStart, AWaitCutShortByASignalGoesOnForTheRest)
     platform.mailbox = {Message("PING")};
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
     EXPECT_THAT(transcript.Only({"wait", "sys socket"}),
-                ElementsAre(kSocket, "wait usleep(1000000)", kRest, kRest, kSocket));
+                testing::ElementsAre(kSocket, "wait usleep(1000000)", kRest, kRest, kSocket));
 }
 
 TEST_F(HwmbStart, AWaitThatFailsOtherwiseIsNotRepeated)
@@ -225,8 +224,8 @@ TEST_F(HwmbStart, AWaitThatFailsOtherwiseIsNotRepeated)
     platform.Fail("usleep", EINVAL);
     platform.mailbox = {Message("PING")};
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
-    EXPECT_THAT(transcript.Only({"wait", "sys socket"}),
-                ElementsAre(kSocket, "wait usleep(1000000)", kSocket));
+    EXPECT_EQ(transcript.Only({"wait", "sys socket"}),
+              (Lines{kSocket, "wait usleep(1000000)", kSocket}));
 }
 
 TEST_F(HwmbStart, AnUnknownRoleFailsAfterTheBind)

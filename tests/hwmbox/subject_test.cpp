@@ -7,7 +7,6 @@
 namespace obtest {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 const std::string kSubject = "out HWMB_Subject:# ";
@@ -51,7 +50,7 @@ TEST_F(HwmbSubject, AnswersBeforeItParses)
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
     EXPECT_LINES(ToSend(4) + Sent(4) +
                  Lines({kSubject + "Msg successfully sent!", "call parser", "sys close()"}));
-    EXPECT_THAT(platform.sent, ElementsAre(Message("PONG")));
+    EXPECT_THAT(platform.sent, testing::ElementsAre(Message("PONG")));
 }
 
 TEST_F(HwmbSubject, HandsTheParserTheMessageAndTheCallersDestination)
@@ -76,7 +75,7 @@ TEST_F(HwmbSubject, DoesNotPadItsReply)
 {
     toBuild = Message("0123456789");
     EXPECT_EQ(Run(SOCK_SUBJECT), 0);
-    EXPECT_THAT(platform.sent, ElementsAre(Message("0123456789")));
+    EXPECT_THAT(platform.sent, testing::ElementsAre(Message("0123456789")));
 }
 
 TEST_F(HwmbSubject, AnswersAnEmptyMessage)
@@ -187,13 +186,13 @@ TEST_F(HwmbSubject, FailsWithoutParsingWhenTheReplyIsRefused)
     platform.Fail("send", EPIPE);
     EXPECT_EQ(Run(SOCK_SUBJECT), -1);
     const Lines tail(transcript.All().end() - 7, transcript.All().end());
-    EXPECT_THAT(tail,
-                ElementsAre(kSubjectSend + "Sending message [msgSize=4]...", "sys send(4, 0)",
-                            kSubjectSend + "failed to send!!! [ret=-1, errno=32: Broken pipe]",
-                            kSubjectSend + "Critical failure in send!!! [ret=" +
-                                std::to_string(HWMB_socket) + ", errno=32: Broken pipe]",
-                            kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed",
-                            "sys close()"));
+    EXPECT_EQ(
+        tail,
+        (Lines{kSubjectSend + "Sending message [msgSize=4]...", "sys send(4, 0)",
+               kSubjectSend + "failed to send!!! [ret=-1, errno=32: Broken pipe]",
+               kSubjectSend + "Critical failure in send!!! [ret=" + std::to_string(HWMB_socket) +
+                   ", errno=32: Broken pipe]",
+               kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed", "sys close()"}));
     EXPECT_FALSE(transcript.Has("call parser"));
 }
 
@@ -212,11 +211,10 @@ TEST_F(HwmbSubject, FailsWhenOnlyAPartOfTheReplyIsSent)
     platform.Fail("send", 0, 1, 3);
     EXPECT_EQ(Run(SOCK_SUBJECT), -1);
     const Lines tail(transcript.All().end() - 4, transcript.All().end());
-    EXPECT_THAT(
+    EXPECT_EQ(
         tail,
-        ElementsAre(kSubjectSend + "failed to sent entire message (msgSize=4), sent only 3 bytes!",
-                    kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed",
-                    "sys close()"));
+        (Lines{kSubjectSend + "failed to sent entire message (msgSize=4), sent only 3 bytes!",
+               kSubject + "failed to send Msg!", kSubject + "HWMB_Subject Failed", "sys close()"}));
     EXPECT_FALSE(transcript.Has("call parser"));
 }
 
@@ -253,7 +251,7 @@ TEST_F(HwmbSubject, LeavesTheTransmitBufferAsItIsBetweenRuns)
     toBuild = Message("Tiny");
     builtSize = 10;
     Run(SOCK_SUBJECT);
-    EXPECT_THAT(platform.sent, ElementsAre(Message("LONG REPLY"), Message("Tiny REPLY")));
+    EXPECT_THAT(platform.sent, testing::ElementsAre(Message("LONG REPLY"), Message("Tiny REPLY")));
 }
 
 TEST_F(HwmbSubject, AShortMessageIsFollowedByZerosNotByAnEarlierOne)

@@ -229,8 +229,8 @@ TEST_P(Soak, LeavesWhatTheLastWriterOfEachSettingWrote)
 }
 
 INSTANTIATE_TEST_SUITE_P(Crowds, Soak,
-                         testing::Values(Crowd{2, false}, Crowd{8, true}, Crowd{64, false},
-                                         Crowd{64, true}),
+                         testing::ValuesIn(std::vector<Crowd>{
+                             {2, false}, {8, true}, {64, false}, {64, true}}),
                          [](const auto& info) {
                              return std::to_string(info.param.size) +
                                     (info.param.kills ? "WithKills" : "Processes");

@@ -79,7 +79,7 @@ TEST_F(PhyAttach, AFreshProcessAttachesOnce)
         return CountOfPhys();
     });
     Init();
-    EXPECT_THAT(other.Run().transcript, testing::ElementsAre(kLock, kUnlock));
+    EXPECT_EQ(other.Run().transcript, (Lines{kLock, kUnlock}));
 }
 
 TEST_F(PhyAttach, AFreshProcessSeesTheSameState)
@@ -139,9 +139,8 @@ TEST_F(PhyAttach, AfterAMissingLibraryTheProcessKeepsItsMappingAndSlotsFail)
     InitEnabled();
     const ProcessReport report = other.Run();
     EXPECT_EQ(report.result, -1);
-    EXPECT_THAT(report.transcript,
-                testing::ElementsAre("phy9 ETHPHY_SetAdminState:# DevIndex=0 Enable=1", kLock,
-                                     "phy1 ETHPHY_SetAdminState:# failed Phy=0", kUnlock));
+    EXPECT_EQ(report.transcript, (Lines{"phy9 ETHPHY_SetAdminState:# DevIndex=0 Enable=1", kLock,
+                                        "phy1 ETHPHY_SetAdminState:# failed Phy=0", kUnlock}));
 }
 
 TEST_F(PhyAttach, AHalIndexThatIsGarbageFailsTheFirstCallOfAProcess)
@@ -229,30 +228,28 @@ TEST_P(PhyProlog, FailureIsLoggedAndTheNextCallTriesAgain)
 
 INSTANTIATE_TEST_SUITE_P(
     EachCall, PhyProlog,
-    testing::Values(
-        PrologFailure{"open",
-                      EACCES,
-                      {kOpenSem[0], "phy1 [_InitGlobalSem] open() failed, errno=13",
-                       "phy1 [_ApiProlog] _InitGlobalSem() failed"}},
-        PrologFailure{
-            "ftok",
-            ENOENT,
-            {kOpenSem[0], kOpenSem[1], kOpenSem[2], "phy1 [_InitGlobalSem] ftok() failed, errno=2",
-             "phy1 [_ApiProlog] _InitGlobalSem() failed"}},
-        PrologFailure{"semget", ENOENT,
-                      kOpenSem + Lines({"phy1 [_InitGlobalSem] semget() failed, errno=2",
-                                        "phy1 [_ApiProlog] _InitGlobalSem() failed"})},
-        PrologFailure{"semop", EINTR,
-                      kOpenSem + Lines({kLock, "phy1 [_System5SemOp] semop() fail, errno=4",
-                                        "phy1 [_ApiProlog] _ApiGlobalLock() failed"})},
-        PrologFailure{"shm_init", 0,
-                      kOpenSem + Lines({kLock, kMap[0],
-                                        "phy1 [_ApiProlog] shm_init() failed, Rc=-1", kUnlock})},
-        PrologFailure{"shm_open", EACCES,
-                      kOpenSem + Lines({kLock, kMap[0], kMap[1],
-                                        "phy1 EP_MapEthphyDevices:# shm_open() failed, errno=13",
-                                        "phy1 [_ApiProlog] shm_get() failed", kUnlock})},
-        PrologFailure{"mmap", ENOMEM,
-                      kOpenSem + Lines({kLock, kMap[0], kMap[1], kMap[2], "sys close()",
-                                        "phy1 EP_MapEthphyDevices:# mmap() failed, errno=12",
-                                        "phy1 [_ApiProlog] shm_get() failed", kUnlock})}));
+    testing::ValuesIn(std::vector<PrologFailure>{
+        {"open",
+         EACCES,
+         {kOpenSem[0], "phy1 [_InitGlobalSem] open() failed, errno=13",
+          "phy1 [_ApiProlog] _InitGlobalSem() failed"}},
+        {"ftok",
+         ENOENT,
+         {kOpenSem[0], kOpenSem[1], kOpenSem[2], "phy1 [_InitGlobalSem] ftok() failed, errno=2",
+          "phy1 [_ApiProlog] _InitGlobalSem() failed"}},
+        {"semget", ENOENT,
+         kOpenSem + Lines({"phy1 [_InitGlobalSem] semget() failed, errno=2",
+                           "phy1 [_ApiProlog] _InitGlobalSem() failed"})},
+        {"semop", EINTR,
+         kOpenSem + Lines({kLock, "phy1 [_System5SemOp] semop() fail, errno=4",
+                           "phy1 [_ApiProlog] _ApiGlobalLock() failed"})},
+        {"shm_init", 0,
+         kOpenSem + Lines({kLock, kMap[0], "phy1 [_ApiProlog] shm_init() failed, Rc=-1", kUnlock})},
+        {"shm_open", EACCES,
+         kOpenSem + Lines({kLock, kMap[0], kMap[1],
+                           "phy1 EP_MapEthphyDevices:# shm_open() failed, errno=13",
+                           "phy1 [_ApiProlog] shm_get() failed", kUnlock})},
+        {"mmap", ENOMEM,
+         kOpenSem + Lines({kLock, kMap[0], kMap[1], kMap[2], "sys close()",
+                           "phy1 EP_MapEthphyDevices:# mmap() failed, errno=12",
+                           "phy1 [_ApiProlog] shm_get() failed", kUnlock})}}));

@@ -4,7 +4,6 @@
 #include <cerrno>
 
 using namespace obtest;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
@@ -39,54 +38,50 @@ const Lines kNoDevices = {"phy1 [ETHPHY_InitOnce] _InitPhyDevices() failed", kUn
 
 INSTANTIATE_TEST_SUITE_P(
     EachCall, PhyInitOnceFailure,
-    testing::Values(
-        InitFailure{
-            "open", EACCES, 1,
-            Lines({kCreateSem[0], "phy1 [_CreateGlobalSem] open() failed, errno=13"}) + kNoSem, -1},
-        InitFailure{"ftok", ENOENT, 1,
-                    Lines({kCreateSem[0], kCreateSem[1], kCreateSem[2],
-                           "phy1 [_CreateGlobalSem] ftok() failed, errno=2"}) +
-                        kNoSem,
-                    -1},
-        InitFailure{
-            "semget", ENOSPC, 1,
-            kCreateSem +
-                Lines({"phy1 [_CreateGlobalSem] semget() failed, cannot create sem, errno=28"}) +
-                kNoSem,
-            -1},
-        InitFailure{
-            "shm_open", EMFILE, 1,
-            kCreateSem +
-                Lines({kCreateRegion[0], "phy1 [EP_CreatePhyDevices] shm_open() failed, errno=24",
-                       "phy1 [_InitPhyDevices] EP_CreatePhyDevices() failed"}) +
-                kNoDevices,
-            1},
-        InitFailure{"ftruncate", ENOSPC, 1,
-                    kCreateSem +
-                        Lines({kCreateRegion[0], kCreateRegion[1], "sys close()",
-                               "phy1 [EP_CreatePhyDevices] ftruncate() failed, errno=28",
-                               "phy1 [_InitPhyDevices] EP_CreatePhyDevices() failed"}) +
-                        kNoDevices,
-                    1},
-        InitFailure{"shm_init", 0, 1,
-                    kCreateSem + kCreateRegion +
-                        Lines({kMapRegion[0], "phy1 [_InitPhyDevices] shm_init() failed, Rc=-1"}) +
-                        kNoDevices,
-                    1},
-        InitFailure{"shm_open", EMFILE, 2,
-                    kCreateSem + kCreateRegion +
-                        Lines({kMapRegion[0], kMapRegion[1],
-                               "phy1 EP_MapEthphyDevices:# shm_open() failed, errno=24",
-                               "phy1 [_InitPhyDevices] EP_MapEthphyDevices() failed"}) +
-                        kNoDevices,
-                    1},
-        InitFailure{"mmap", ENOMEM, 1,
-                    kCreateSem + kCreateRegion +
-                        Lines({kMapRegion[0], kMapRegion[1], kMapRegion[2], "sys close()",
-                               "phy1 EP_MapEthphyDevices:# mmap() failed, errno=12",
-                               "phy1 [_InitPhyDevices] EP_MapEthphyDevices() failed"}) +
-                        kNoDevices,
-                    1}));
+    testing::ValuesIn(std::vector<InitFailure>{
+        {"open", EACCES, 1,
+         Lines({kCreateSem[0], "phy1 [_CreateGlobalSem] open() failed, errno=13"}) + kNoSem, -1},
+        {"ftok", ENOENT, 1,
+         Lines({kCreateSem[0], kCreateSem[1], kCreateSem[2],
+                "phy1 [_CreateGlobalSem] ftok() failed, errno=2"}) +
+             kNoSem,
+         -1},
+        {"semget", ENOSPC, 1,
+         kCreateSem +
+             Lines({"phy1 [_CreateGlobalSem] semget() failed, cannot create sem, errno=28"}) +
+             kNoSem,
+         -1},
+        {"shm_open", EMFILE, 1,
+         kCreateSem +
+             Lines({kCreateRegion[0], "phy1 [EP_CreatePhyDevices] shm_open() failed, errno=24",
+                    "phy1 [_InitPhyDevices] EP_CreatePhyDevices() failed"}) +
+             kNoDevices,
+         1},
+        {"ftruncate", ENOSPC, 1,
+         kCreateSem +
+             Lines({kCreateRegion[0], kCreateRegion[1], "sys close()",
+                    "phy1 [EP_CreatePhyDevices] ftruncate() failed, errno=28",
+                    "phy1 [_InitPhyDevices] EP_CreatePhyDevices() failed"}) +
+             kNoDevices,
+         1},
+        {"shm_init", 0, 1,
+         kCreateSem + kCreateRegion +
+             Lines({kMapRegion[0], "phy1 [_InitPhyDevices] shm_init() failed, Rc=-1"}) + kNoDevices,
+         1},
+        {"shm_open", EMFILE, 2,
+         kCreateSem + kCreateRegion +
+             Lines({kMapRegion[0], kMapRegion[1],
+                    "phy1 EP_MapEthphyDevices:# shm_open() failed, errno=24",
+                    "phy1 [_InitPhyDevices] EP_MapEthphyDevices() failed"}) +
+             kNoDevices,
+         1},
+        {"mmap", ENOMEM, 1,
+         kCreateSem + kCreateRegion +
+             Lines({kMapRegion[0], kMapRegion[1], kMapRegion[2], "sys close()",
+                    "phy1 EP_MapEthphyDevices:# mmap() failed, errno=12",
+                    "phy1 [_InitPhyDevices] EP_MapEthphyDevices() failed"}) +
+             kNoDevices,
+         1}}));
 
 }  // namespace
 
@@ -186,9 +181,8 @@ TEST_F(PhyInitOnce, AFailingInitOfTheFirstHalSkipsTheSecond)
 {
     platform.FailSlot("Init");
     EXPECT_EQ(InitOnce(TwoPhys("libphyk20.so", "libsecond.so")), 0);
-    EXPECT_THAT(
-        transcript.Only({"hal", "phy1"}),
-        ElementsAre("hal0 Init(ptr)", "phy1 [ETHPHY_InitOnce] InitOnce() failed, HalIdx=0"));
+    EXPECT_EQ(transcript.Only({"hal", "phy1"}),
+              (Lines{"hal0 Init(ptr)", "phy1 [ETHPHY_InitOnce] InitOnce() failed, HalIdx=0"}));
     EXPECT_EQ(transcript.All().back(), kUnlock);
 }
 
@@ -197,9 +191,9 @@ TEST_F(PhyInitOnce, AFailingInitOfTheSecondHal)
     int calls = 0;
     platform.slots["Init"] = [&](const SlotArgs&) { return ++calls == 2 ? -5 : 0; };
     EXPECT_EQ(InitOnce(TwoPhys("libphyk20.so", "libsecond.so")), 0);
-    EXPECT_THAT(transcript.Only({"hal", "phy1"}),
-                ElementsAre("hal0 Init(ptr)", "hal1 Init(ptr)",
-                            "phy1 [ETHPHY_InitOnce] InitOnce() failed, HalIdx=1"));
+    EXPECT_EQ(transcript.Only({"hal", "phy1"}),
+              (Lines{"hal0 Init(ptr)", "hal1 Init(ptr)",
+                     "phy1 [ETHPHY_InitOnce] InitOnce() failed, HalIdx=1"}));
 }
 
 TEST_F(PhyInitOnce, ANullInitCountsAsAFailingOne)

@@ -86,8 +86,8 @@ TEST_F(PhyInitOnce, HoldsTheLockWhileTheHalInitialises)
 TEST_F(PhyInitOnce, TwoPhysWithOneLibraryShareIt)
 {
     ASSERT_EQ(InitOnce(TwoPhys("libphyk20.so", "libphyk20.so")), 0);
-    EXPECT_THAT(transcript.Only({"hal", "sys dlopen"}),
-                ElementsAre("sys dlopen(libphyk20.so, RTLD_NOW)", "hal0 Init(ptr)"));
+    EXPECT_EQ(transcript.Only({"hal", "sys dlopen"}),
+              (Lines{"sys dlopen(libphyk20.so, RTLD_NOW)", "hal0 Init(ptr)"}));
     EXPECT_TRUE(transcript.Has("phy3 _LoadHals:# DevIndex=1 HalImplLib=libphyk20.so HalIndex=0\n"));
     EXPECT_EQ(Record(0).halIdx, 0);
     EXPECT_EQ(Record(1).halIdx, 0);
@@ -102,10 +102,9 @@ TEST_F(PhyInitOnce, TwoPhysWithTwoLibrariesGetTwoPrivateAreas)
         return 0;
     };
     ASSERT_EQ(InitOnce(TwoPhys("libphyk20.so", "libsecond.so")), 0);
-    EXPECT_THAT(
-        transcript.Only({"hal", "sys dlopen"}),
-        ElementsAre("sys dlopen(libphyk20.so, RTLD_NOW)", "sys dlopen(libsecond.so, RTLD_NOW)",
-                    "hal0 Init(ptr)", "hal1 Init(ptr)"));
+    EXPECT_EQ(transcript.Only({"hal", "sys dlopen"}),
+              (Lines{"sys dlopen(libphyk20.so, RTLD_NOW)", "sys dlopen(libsecond.so, RTLD_NOW)",
+                     "hal0 Init(ptr)", "hal1 Init(ptr)"}));
     EXPECT_EQ(Record(1).halIdx, 1);
     EXPECT_THAT(privData, ElementsAre(EPHAL_GetHalPrivData(0), EPHAL_GetHalPrivData(1)));
     EXPECT_EQ(static_cast<char*>(privData[1]) - static_cast<char*>(privData[0]), 552);
@@ -119,9 +118,8 @@ TEST_F(PhyInitOnce, NamesThatDifferInTheirLastByteAreTwoLibraries)
     platform.libraries[first] = "phy-a";
     platform.libraries[second] = "phy-b";
     ASSERT_EQ(InitOnce(TwoPhys(first, second)), 0);
-    EXPECT_THAT(
-        transcript.Only({"sys dlopen"}),
-        ElementsAre("sys dlopen(" + first + ", RTLD_NOW)", "sys dlopen(" + second + ", RTLD_NOW)"));
+    EXPECT_EQ(transcript.Only({"sys dlopen"}), (Lines{"sys dlopen(" + first + ", RTLD_NOW)",
+                                                      "sys dlopen(" + second + ", RTLD_NOW)"}));
     EXPECT_EQ(Record(1).halIdx, 1);
 }
 
@@ -179,8 +177,8 @@ TEST_F(PhyInitOnce, AfterTheSemaphoreWasRemovedAProcessInitialisesAgain)
     RemovePhySemaphore();
     EXPECT_EQ(InitOnce(TwoPhys("libphyk20.so", "libsecond.so")), 0);
     EXPECT_FALSE(transcript.Has("shm_init")) << "once per process";
-    EXPECT_THAT(transcript.Only({"sys dlopen"}), ElementsAre("sys dlopen(libphyk20.so, RTLD_NOW)",
-                                                             "sys dlopen(libsecond.so, RTLD_NOW)"));
+    EXPECT_EQ(transcript.Only({"sys dlopen"}),
+              (Lines{"sys dlopen(libphyk20.so, RTLD_NOW)", "sys dlopen(libsecond.so, RTLD_NOW)"}));
     EXPECT_EQ(PhyRegion().NumOfPhys, 2);
     EXPECT_EQ(PhySemaphoreValue(), 1);
 }

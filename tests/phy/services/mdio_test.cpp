@@ -79,12 +79,15 @@ TEST_P(PhyAddress, IsPackedIntoTheRequest)
     EXPECT_EQ(seen.bus, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, PhyAddress,
-    testing::Values(Address{0x00000000, 4, 0x0004, 0}, Address{0x0000FFFF, 4, 0x0004, 0xFFFF},
-                    Address{0x001F0002, 4, 0x0004, 2}, Address{0x80000002, 4, 0x0004, 2},
-                    Address{0x40010000, 4, 0x8081, 0}, Address{0x40000000, 31, 0x83E0, 0},
-                    Address{0x401FFFFF, 31, 0x83FF, 0xFFFF}, Address{0x40200001, 2, 0x8040, 1}));
+INSTANTIATE_TEST_SUITE_P(All, PhyAddress,
+                         testing::ValuesIn(std::vector<Address>{{0x00000000, 4, 0x0004, 0},
+                                                                {0x0000FFFF, 4, 0x0004, 0xFFFF},
+                                                                {0x001F0002, 4, 0x0004, 2},
+                                                                {0x80000002, 4, 0x0004, 2},
+                                                                {0x40010000, 4, 0x8081, 0},
+                                                                {0x40000000, 31, 0x83E0, 0},
+                                                                {0x401FFFFF, 31, 0x83FF, 0xFFFF},
+                                                                {0x40200001, 2, 0x8040, 1}}));
 
 TEST_F(PhyMdio, AtTheBoardsPlace)
 {
@@ -98,12 +101,11 @@ TEST_F(PhyMdio, AtTheBoardsPlace)
     EXPECT_EQ(EPHAL_WriteMdio(1, 9, 0x55), 0);
     EXPECT_EQ(EPHAL_ReadMmd(1, 1, 0, &value), 0);
     EXPECT_EQ(EPHAL_WriteMmd(1, 7, 0xFFFF, 0x66), 0);
-    EXPECT_THAT(
-        transcript.Only({"sys"}),
-        ElementsAre(kSocket, "sys ioctl(SIOCGMIIREG, nsgmii0, phy=0x1E, reg=9, bus=7)",
-                    "sys ioctl(SIOCSMIIREG, nsgmii0, phy=0x1E, reg=9, bus=7, 0x0055)",
-                    "sys ioctl(SIOCGMIIREG, nsgmii0, phy=0x83C1, reg=0, bus=7)",
-                    "sys ioctl(SIOCSMIIREG, nsgmii0, phy=0x83C7, reg=65535, bus=7, 0x0066)"));
+    EXPECT_EQ(transcript.Only({"sys"}),
+              (Lines{kSocket, "sys ioctl(SIOCGMIIREG, nsgmii0, phy=0x1E, reg=9, bus=7)",
+                     "sys ioctl(SIOCSMIIREG, nsgmii0, phy=0x1E, reg=9, bus=7, 0x0055)",
+                     "sys ioctl(SIOCGMIIREG, nsgmii0, phy=0x83C1, reg=0, bus=7)",
+                     "sys ioctl(SIOCSMIIREG, nsgmii0, phy=0x83C7, reg=65535, bus=7, 0x0066)"}));
 }
 
 TEST_F(PhyMdio, AnIndexBeyondTheCountReachesNoBus)

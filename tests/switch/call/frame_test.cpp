@@ -5,7 +5,6 @@
 #include "tests/switch/call/other_process.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 
 namespace {
 
@@ -69,7 +68,7 @@ TEST_P(Frame, FailsWithoutReleasingWhenTheLockCannotBeTaken)
     EXPECT_EQ(Call(), GetParam().failure);
     EXPECT_LOGS("log1 _System5SemOp:# semop() fail, errno=" + std::to_string(EIDRM),
                 "log1 _ApiProlog:# _ApiGlobalLock() failed", PrologFailed());
-    EXPECT_THAT(transcript.Only({"sys semop"}), ElementsAre("sys semop(0, -1, UNDO)"));
+    EXPECT_EQ(transcript.Only({"sys semop"}), (Lines{"sys semop(0, -1, UNDO)"}));
     EXPECT_EQ(SemaphoreValue(), 1);
 }
 
@@ -82,8 +81,8 @@ TEST_P(Frame, FailsOnceReleasedWhenALibraryCannotBeLoaded)
     ASSERT_EQ(logs.size(), 3U);
     EXPECT_EQ(logs[1], "log1 _ApiProlog:# _LoadHals() failed");
     EXPECT_EQ(logs[2], PrologFailed());
-    EXPECT_THAT(transcript.Only({"sys semop"}),
-                ElementsAre("sys semop(0, -1, UNDO)", "sys semop(0, +1, UNDO)"));
+    EXPECT_EQ(transcript.Only({"sys semop"}),
+              (Lines{"sys semop(0, -1, UNDO)", "sys semop(0, +1, UNDO)"}));
     EXPECT_EQ(SemaphoreValue(), 1);
 }
 
@@ -91,8 +90,8 @@ TEST_P(Frame, TakesTheLockOnceAndReleasesIt)
 {
     Init();
     Call();
-    EXPECT_THAT(transcript.Only({"sys semop"}),
-                ElementsAre("sys semop(0, -1, UNDO)", "sys semop(0, +1, UNDO)"));
+    EXPECT_EQ(transcript.Only({"sys semop"}),
+              (Lines{"sys semop(0, -1, UNDO)", "sys semop(0, +1, UNDO)"}));
     EXPECT_EQ(SemaphoreValue(), 1);
 }
 
@@ -112,7 +111,7 @@ TEST_P(DeviceFrame, RefusesTheFirstIndexBeyondTheBoard)
     const SwitchDeviceRegion before = Region();
     EXPECT_EQ(Call(1), GetParam().failure);
     EXPECT_LOGS(std::string("log1 ") + GetParam().name + ":# Invalid device index, DevIdx=1");
-    EXPECT_THAT(transcript.Only({"hal", "sys fopen(/sys/dev"}), ElementsAre());
+    EXPECT_THAT(transcript.Only({"hal", "sys fopen(/sys/dev"}), testing::IsEmpty());
     EXPECT_EQ(memcmp(&before, &Region(), sizeof(before)), 0);
     EXPECT_EQ(SemaphoreValue(), 1);
 }
@@ -153,7 +152,7 @@ TEST_P(DeviceFrame, FailsWhenTheRegionHoldsAnImpossibleHalIndex)
         Record(0).halIdx = static_cast<uint8_t>(halIdx);
         EXPECT_EQ(Call(0), GetParam().failure);
         EXPECT_TRUE(transcript.Has("log1 _ApiProlog:# _LoadHals() failed"));
-        EXPECT_THAT(transcript.Only({"hal"}), ElementsAre());
+        EXPECT_THAT(transcript.Only({"hal"}), testing::IsEmpty());
         EXPECT_EQ(SemaphoreValue(), 1);
     }
 }

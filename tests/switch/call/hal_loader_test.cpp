@@ -5,7 +5,6 @@
 #include "tests/switch/call/other_process.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -61,8 +60,7 @@ TEST_F(HalLoader, ALibraryWithoutTheTableFailsEveryCallAndIsTriedEachTime)
         EXPECT_THAT(transcript.Formats(),
                     testing::Contains("%s:%d dlsym failed, sym='%s', errno=%d. %s"));
         EXPECT_EQ(logs[1], "log1 _ApiProlog:# _LoadHals() failed");
-        EXPECT_THAT(transcript.Only({"sys dlopen"}),
-                    ElementsAre("sys dlopen(libnohal.so, RTLD_NOW)"));
+        EXPECT_EQ(transcript.Only({"sys dlopen"}), (Lines{"sys dlopen(libnohal.so, RTLD_NOW)"}));
         EXPECT_EQ(SemaphoreValue(), 1);
     }
 }
@@ -73,10 +71,10 @@ TEST_F(HalLoader, TriesAFailedLibraryAgainOnTheNextCall)
     platform.Fail("dlopen", ENOENT);
     EXPECT_EQ(Call(), -1);
     EXPECT_EQ(Call(), 0);
-    EXPECT_THAT(transcript.Only({"sys dlopen"}),
-                ElementsAre("sys dlopen(liborblink_velmar.so, RTLD_NOW)"));
+    EXPECT_EQ(transcript.Only({"sys dlopen"}),
+              (Lines{"sys dlopen(liborblink_velmar.so, RTLD_NOW)"}));
     EXPECT_EQ(Call(), 0);
-    EXPECT_THAT(transcript.Only({"sys dlopen"}), ElementsAre());
+    EXPECT_THAT(transcript.Only({"sys dlopen"}), testing::IsEmpty());
 }
 
 TEST_F(HalLoader, KeepsTheFirstLibraryWhenTheSecondFails)
@@ -85,8 +83,8 @@ TEST_F(HalLoader, KeepsTheFirstLibraryWhenTheSecondFails)
     platform.Fail("dlopen", ENOENT, 2);
     EXPECT_EQ(Call(), -1);
     EXPECT_EQ(Call(), 0);
-    EXPECT_THAT(transcript.Only({"sys dlopen"}),
-                ElementsAre("sys dlopen(liborblink_second.so, RTLD_NOW)"));
+    EXPECT_EQ(transcript.Only({"sys dlopen"}),
+              (Lines{"sys dlopen(liborblink_second.so, RTLD_NOW)"}));
 }
 
 TEST_F(HalLoader, ReadsAtMost32CharactersOfAName)
@@ -96,7 +94,7 @@ TEST_F(HalLoader, ReadsAtMost32CharactersOfAName)
     SetLibraryName(0, name);
     Record(0).halIdx = 0;
     EXPECT_EQ(Call(), -1);
-    EXPECT_THAT(transcript.Only({"sys dlopen"}), ElementsAre("sys dlopen(" + name + ", RTLD_NOW)"));
+    EXPECT_EQ(transcript.Only({"sys dlopen"}), (Lines{"sys dlopen(" + name + ", RTLD_NOW)"}));
     EXPECT_THAT(transcript.Log()[0],
                 StartsWith("log1 _LoadHals:# dlopen failed, so='" + name + "', errno="));
 }
@@ -114,7 +112,7 @@ TEST_F(HalLoader, DoesNotHandAnEmptyNameToDlopen)
 {
     platform.mailbox.push_back(SwitchBoard::With({{.halLibName = ""}}).Message());
     EXPECT_EQ(ORBLINK_InitOnce(1), -1);
-    EXPECT_THAT(transcript.Only({"sys dlopen"}), ElementsAre());
+    EXPECT_THAT(transcript.Only({"sys dlopen"}), testing::IsEmpty());
     EXPECT_TRUE(transcript.Has("log1 _LoadHals:# dlopen failed, so='', errno="));
     EXPECT_TRUE(transcript.Has("log1 ORBLINK_InitOnce:# _LoadHals() failed"));
     EXPECT_EQ(SemaphoreValue(), 1);
@@ -124,7 +122,7 @@ TEST_F(HalLoader, TwoSwitchesOnOneLibraryBothUseItsTable)
 {
     Init(SwitchBoard::With({{}, {}}));
     EXPECT_EQ(ORBLINK_ResetDisable(1, 1, nullptr, 0), 0);
-    EXPECT_THAT(transcript.Only({"hal1"}), ElementsAre());
+    EXPECT_THAT(transcript.Only({"hal1"}), testing::IsEmpty());
     EXPECT_TRUE(transcript.Has("hal0 ResetSwitch(1, "));
 }
 
@@ -132,11 +130,11 @@ TEST_F(HalLoader, TwoSwitchesOnTwoLibrariesUseTheirOwnTables)
 {
     Init(SwitchBoard::With({{}, {.halLibName = "liborblink_second.so"}}));
     EXPECT_EQ(ORBLINK_ResetDisable(1, 1, nullptr, 0), 0);
-    EXPECT_THAT(transcript.Only({"hal0"}), ElementsAre());
+    EXPECT_THAT(transcript.Only({"hal0"}), testing::IsEmpty());
     EXPECT_TRUE(transcript.Has("hal1 ResetSwitch(1, "));
     transcript.Clear();
     EXPECT_EQ(ORBLINK_ResetDisable(0, 1, nullptr, 0), 0);
-    EXPECT_THAT(transcript.Only({"hal1"}), ElementsAre());
+    EXPECT_THAT(transcript.Only({"hal1"}), testing::IsEmpty());
     EXPECT_TRUE(transcript.Has("hal0 ResetSwitch(0, "));
 }
 
@@ -145,8 +143,8 @@ TEST_F(HalLoader, ASwitchWhoseIndexNamesNoLoadedTableFailsWithoutACrash)
     Init();
     Record(0).halIdx = 1;
     EXPECT_EQ(ORBLINK_ResetDisable(0, 0, nullptr, 0), -1);
-    EXPECT_THAT(transcript.Only({"log1"}),
-                ElementsAre("log1 ORBLINK_ResetDisable:# Switch pre reset failed"));
+    EXPECT_EQ(transcript.Only({"log1"}),
+              (Lines{"log1 ORBLINK_ResetDisable:# Switch pre reset failed"}));
     EXPECT_EQ(SemaphoreValue(), 1);
 }
 

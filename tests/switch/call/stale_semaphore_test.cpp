@@ -7,7 +7,6 @@
 #include "tests/switch/call/other_process.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 
 namespace {
 
@@ -35,13 +34,12 @@ protected:
     {
         transcript.Clear();
         EXPECT_EQ(ORBLINK_SetOrbLinkServiceStatus(0, 5), 0) << Joined(transcript.All());
-        EXPECT_THAT(
-            transcript.Only({"sys"}),
-            ElementsAre("sys open(/var/tmp/orblink_sem, O_RDWR)", "sys close()",
-                        "sys ftok(/var/tmp/orblink_sem, 97)", "sys semget(1, 0x5FF)",
-                        "sys semop(0, -1, UNDO)", "sys shm_open(/obos_orblink_driver, O_RDWR, 666)",
-                        "sys mmap(5740, 3, 1)", "sys dlopen(liborblink_velmar.so, RTLD_NOW)",
-                        "sys semop(0, +1, UNDO)"));
+        EXPECT_EQ(transcript.Only({"sys"}),
+                  (Lines{"sys open(/var/tmp/orblink_sem, O_RDWR)", "sys close()",
+                         "sys ftok(/var/tmp/orblink_sem, 97)", "sys semget(1, 0x5FF)",
+                         "sys semop(0, -1, UNDO)",
+                         "sys shm_open(/obos_orblink_driver, O_RDWR, 666)", "sys mmap(5740, 3, 1)",
+                         "sys dlopen(liborblink_velmar.so, RTLD_NOW)", "sys semop(0, +1, UNDO)"}));
         EXPECT_EQ(SemaphoreValue(), 1);
     }
 };
@@ -57,7 +55,7 @@ TEST_F(StaleSemaphore, FailsOneCallAsEverAndLetsTheNextAttachAnew)
     EXPECT_LOGS("log1 _System5SemOp:# semop() fail, errno=" + std::to_string(EINVAL),
                 "log1 _ApiProlog:# _ApiGlobalLock() failed",
                 "log1 ORBLINK_SetOrbLinkServiceStatus:# _ApiProlog() failed, DevIdx=0");
-    EXPECT_THAT(transcript.Only({"sys"}), ElementsAre("sys semop(0, -1, UNDO)"));
+    EXPECT_EQ(transcript.Only({"sys"}), (Lines{"sys semop(0, -1, UNDO)"}));
     ExpectTheNextCallToAttachAnew();
     EXPECT_EQ(Record(0).serviceStatus, 5U);  // of the region that stands under the name now
 }
@@ -105,8 +103,8 @@ TEST_P(OtherSemopError, ForgetsNothing)
     EXPECT_EQ(ORBLINK_SetOrbLinkServiceStatus(0, 4), -1);
     transcript.Clear();
     EXPECT_EQ(ORBLINK_SetOrbLinkServiceStatus(0, 5), 0);
-    EXPECT_THAT(transcript.Only({"sys"}),
-                ElementsAre("sys semop(0, -1, UNDO)", "sys semop(0, +1, UNDO)"));
+    EXPECT_EQ(transcript.Only({"sys"}),
+              (Lines{"sys semop(0, -1, UNDO)", "sys semop(0, +1, UNDO)"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, OtherSemopError, testing::Values(EINTR, EACCES, ENOSPC, ERANGE));

@@ -27,13 +27,16 @@ TEST_P(BatteryMode, IsTheIntegerOfTheSystemState)
 }
 
 INSTANTIATE_TEST_SUITE_P(Text, BatteryMode,
-                         testing::Values(State{"Zero", "0\n", 0}, State{"One", "1\n", 1},
-                                         State{"NoNewline", "1", 1}, State{"Large", "17\n", 17},
-                                         State{"Negative", "-3\n", -3},
-                                         State{"LeadingBlanks", "  5 rest", 5},
-                                         State{"Empty", "", 0}, State{"NoNumber", "battery\n", 0},
-                                         State{"NumberBehindText", "x1", 0},
-                                         State{"NotHexadecimal", "0x10", 0}),
+                         testing::ValuesIn(std::vector<State>{{"Zero", "0\n", 0},
+                                                              {"One", "1\n", 1},
+                                                              {"NoNewline", "1", 1},
+                                                              {"Large", "17\n", 17},
+                                                              {"Negative", "-3\n", -3},
+                                                              {"LeadingBlanks", "  5 rest", 5},
+                                                              {"Empty", "", 0},
+                                                              {"NoNumber", "battery\n", 0},
+                                                              {"NumberBehindText", "x1", 0},
+                                                              {"NotHexadecimal", "0x10", 0}}),
                          [](const auto& info) { return info.param.name; });
 
 class BatteryAttribute : public SwitchTest {};

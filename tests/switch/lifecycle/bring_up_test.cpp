@@ -241,7 +241,7 @@ TEST_F(BringUp, WithoutAResetPinSkipsThePulseAndItsWaits)
                            "skipping, DevIdx=0",
                            "hal0 ResetSwitch(0, ptr, 8)"};
     EXPECT_NE(std::search(all.begin(), all.end(), skipped.begin(), skipped.end()), all.end());
-    EXPECT_THAT(transcript.Only({"wait"}), ElementsAre("wait usleep(2000)"));
+    EXPECT_EQ(transcript.Only({"wait"}), (Lines{"wait usleep(2000)"}));
 }
 
 TEST_F(BringUp, ResetsTheReceivePathOnlyWhereTheRecordHoldsExactlyOne)
@@ -288,8 +288,8 @@ TEST_F(BringUp, WaitsForTheRestAfterASignalHasCutAWaitShort)
     const auto pulse = testing::MatchesRegex(R"(wait usleep\(1[0-9]{5}\))");
     const auto start = testing::MatchesRegex(R"(wait usleep\(29[0-9]{5}\))");
     EXPECT_THAT(transcript.Only({"wait"}),
-                ElementsAre("wait usleep(200000)", pulse, pulse, pulse, "wait sleep(3)", start,
-                            "wait usleep(2000)"));
+                testing::ElementsAre("wait usleep(200000)", pulse, pulse, pulse, "wait sleep(3)",
+                                     start, "wait usleep(2000)"));
 }
 
 TEST_F(BringUp, DoesNotRepeatAWaitThatFailsForAnotherReason)
@@ -297,8 +297,8 @@ TEST_F(BringUp, DoesNotRepeatAWaitThatFailsForAnotherReason)
     Init();
     platform.FailEach("usleep", EINVAL);
     EXPECT_EQ(ORBLINK_ResetDisable(0, 1, nullptr, 0), 0);
-    EXPECT_THAT(transcript.Only({"wait"}),
-                ElementsAre("wait usleep(200000)", "wait sleep(3)", "wait usleep(2000)"));
+    EXPECT_EQ(transcript.Only({"wait"}),
+              (Lines{"wait usleep(200000)", "wait sleep(3)", "wait usleep(2000)"}));
 }
 
 }  // namespace

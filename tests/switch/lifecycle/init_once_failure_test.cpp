@@ -4,7 +4,6 @@
 #include "tests/support/switch_fixture.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 
 namespace {
 
@@ -43,85 +42,85 @@ const char* const kRelease = "sys semop(0, +1, UNDO)";
 
 INSTANTIATE_TEST_SUITE_P(
     Calls, InitOnceFailingCall,
-    testing::Values(
-        FailingCall{"OpenOfTheKeyFile",
-                    "open",
-                    1,
-                    EACCES,
-                    {"log1 _CreateGlobalSem:# open() failed, errno=E",
-                     "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
-                    -1,
-                    "sys open(/var/tmp/orblink_sem, O_RDWR|O_CREAT, 600)"},
-        FailingCall{"Ftok",
-                    "ftok",
-                    1,
-                    ENOENT,
-                    {"log1 _CreateGlobalSem:# ftok() failed, errno=E",
-                     "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
-                    -1,
-                    "sys ftok(/var/tmp/orblink_sem, 97)"},
-        FailingCall{"Semget",
-                    "semget",
-                    1,
-                    ENOSPC,
-                    {"log1 _CreateGlobalSem:# semget() failed, cannot create sem, errno=E",
-                     "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
-                    -1,
-                    "sys semget(1, 0x7FF)"},
-        FailingCall{"FirstRelease",
-                    "semop",
-                    1,
-                    EACCES,
-                    {"log1 _System5SemOp:# semop() fail, errno=E",
-                     "log1 _CreateGlobalSem:# _ApiGlobalUnLock() failed",
-                     "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
-                    0,
-                    "sys semop(0, +1, 0)"},
-        FailingCall{"Lock",
-                    "semop",
-                    2,
-                    EINTR,
-                    {"log1 _System5SemOp:# semop() fail, errno=E",
-                     "log1 ORBLINK_InitOnce:# _ApiGlobalLock() failed"},
-                    1,
-                    "sys semop(0, -1, UNDO)"},
-        FailingCall{"ShmOpenToCreate",
-                    "shm_open",
-                    1,
-                    EMFILE,
-                    {"log1 OBOS_CreateSwitchDevices:# shm_open() failed, errno=E",
-                     "log1 _InitSwitchDevices:# OBOS_CreateSwitchDevices() failed",
-                     "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
-                    1,
-                    kRelease},
-        FailingCall{"Ftruncate",
-                    "ftruncate",
-                    1,
-                    EFBIG,
-                    {"log1 OBOS_CreateSwitchDevices:# ftruncate() failed, errno=E",
-                     "log1 _InitSwitchDevices:# OBOS_CreateSwitchDevices() failed",
-                     "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
-                    1,
-                    kRelease},
-        FailingCall{"ShmOpenToMap",
-                    "shm_open",
-                    2,
-                    EACCES,
-                    {"log1 OBOS_MapSwitchDevices:# OBOS_MapSwitchDevices:# shm_open() failed, "
-                     "errno=E",
-                     "log1 _InitSwitchDevices:# OBOS_MapSwitchDevices() failed",
-                     "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
-                    1,
-                    kRelease},
-        FailingCall{"Mmap",
-                    "mmap",
-                    1,
-                    ENOMEM,
-                    {"log1 OBOS_MapSwitchDevices:# OBOS_MapSwitchDevices:# mmap() failed, errno=E",
-                     "log1 _InitSwitchDevices:# OBOS_MapSwitchDevices() failed",
-                     "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
-                    1,
-                    kRelease}),
+    testing::ValuesIn(std::vector<FailingCall>{
+        {"OpenOfTheKeyFile",
+         "open",
+         1,
+         EACCES,
+         {"log1 _CreateGlobalSem:# open() failed, errno=E",
+          "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
+         -1,
+         "sys open(/var/tmp/orblink_sem, O_RDWR|O_CREAT, 600)"},
+        {"Ftok",
+         "ftok",
+         1,
+         ENOENT,
+         {"log1 _CreateGlobalSem:# ftok() failed, errno=E",
+          "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
+         -1,
+         "sys ftok(/var/tmp/orblink_sem, 97)"},
+        {"Semget",
+         "semget",
+         1,
+         ENOSPC,
+         {"log1 _CreateGlobalSem:# semget() failed, cannot create sem, errno=E",
+          "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
+         -1,
+         "sys semget(1, 0x7FF)"},
+        {"FirstRelease",
+         "semop",
+         1,
+         EACCES,
+         {"log1 _System5SemOp:# semop() fail, errno=E",
+          "log1 _CreateGlobalSem:# _ApiGlobalUnLock() failed",
+          "log1 ORBLINK_InitOnce:# _CreateGlobalSem() failed"},
+         0,
+         "sys semop(0, +1, 0)"},
+        {"Lock",
+         "semop",
+         2,
+         EINTR,
+         {"log1 _System5SemOp:# semop() fail, errno=E",
+          "log1 ORBLINK_InitOnce:# _ApiGlobalLock() failed"},
+         1,
+         "sys semop(0, -1, UNDO)"},
+        {"ShmOpenToCreate",
+         "shm_open",
+         1,
+         EMFILE,
+         {"log1 OBOS_CreateSwitchDevices:# shm_open() failed, errno=E",
+          "log1 _InitSwitchDevices:# OBOS_CreateSwitchDevices() failed",
+          "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
+         1,
+         kRelease},
+        {"Ftruncate",
+         "ftruncate",
+         1,
+         EFBIG,
+         {"log1 OBOS_CreateSwitchDevices:# ftruncate() failed, errno=E",
+          "log1 _InitSwitchDevices:# OBOS_CreateSwitchDevices() failed",
+          "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
+         1,
+         kRelease},
+        {"ShmOpenToMap",
+         "shm_open",
+         2,
+         EACCES,
+         {"log1 OBOS_MapSwitchDevices:# OBOS_MapSwitchDevices:# shm_open() failed, "
+          "errno=E",
+          "log1 _InitSwitchDevices:# OBOS_MapSwitchDevices() failed",
+          "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
+         1,
+         kRelease},
+        {"Mmap",
+         "mmap",
+         1,
+         ENOMEM,
+         {"log1 OBOS_MapSwitchDevices:# OBOS_MapSwitchDevices:# mmap() failed, errno=E",
+          "log1 _InitSwitchDevices:# OBOS_MapSwitchDevices() failed",
+          "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"},
+         1,
+         kRelease}}),
     [](const auto& info) { return info.param.name; });
 
 class InitOnceFailure : public SwitchTest {
@@ -146,11 +145,11 @@ TEST_F(InitOnceFailure, OfTheBoardDataCopy)
 {
     // The first copy is the parser's own.
     platform.Fail("kova_memcpy_s", 0, 2, 22);
-    EXPECT_THAT(Fail(SwitchBoard::With({{}})),
-                ElementsAre("log1 OBOS_InitHwSpecificData:# ERROR: OBOS_InitHwSpecificData:#: "
-                            "Runtime-constraint violation error in function kova_memcpy_s",
-                            "log1 _InitSwitchDevices:# OBOS_InitHwSpecificData() failed",
-                            "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"));
+    EXPECT_EQ(Fail(SwitchBoard::With({{}})),
+              (Lines{"log1 OBOS_InitHwSpecificData:# ERROR: OBOS_InitHwSpecificData:#: "
+                     "Runtime-constraint violation error in function kova_memcpy_s",
+                     "log1 _InitSwitchDevices:# OBOS_InitHwSpecificData() failed",
+                     "log1 ORBLINK_InitOnce:# _InitSwitchDevices() failed"}));
 }
 
 TEST_F(InitOnceFailure, OfALibraryThatCannotBeLoaded)
@@ -162,7 +161,7 @@ TEST_F(InitOnceFailure, OfALibraryThatCannotBeLoaded)
     EXPECT_THAT(lines[0],
                 testing::StartsWith("log1 _LoadHals:# dlopen failed, so='libnowhere.so', errno="));
     EXPECT_EQ(lines[1], "log1 ORBLINK_InitOnce:# _LoadHals() failed");
-    EXPECT_THAT(transcript.Only({"hal"}), ElementsAre());
+    EXPECT_THAT(transcript.Only({"hal"}), testing::IsEmpty());
     EXPECT_EQ(Record(0).bsdValid, 1);
     EXPECT_EQ(Region().NumOfSwitches, 1);
 }
@@ -170,8 +169,7 @@ TEST_F(InitOnceFailure, OfALibraryThatCannotBeLoaded)
 TEST_F(InitOnceFailure, OfTheFirstHalsInit)
 {
     platform.FailSlot("Init");
-    EXPECT_THAT(Fail(twoLibraries),
-                ElementsAre("log1 ORBLINK_InitOnce:# InitOnce() failed, HalIdx=0"));
+    EXPECT_EQ(Fail(twoLibraries), (Lines{"log1 ORBLINK_InitOnce:# InitOnce() failed, HalIdx=0"}));
     EXPECT_HALS("hal0 Init(ptr)");
 }
 
@@ -179,24 +177,23 @@ TEST_F(InitOnceFailure, OfTheSecondHalsInit)
 {
     int calls = 0;
     platform.slots["Init"] = [&](const SlotArgs&) { return ++calls == 2 ? 1 : 0; };
-    EXPECT_THAT(Fail(twoLibraries),
-                ElementsAre("log1 ORBLINK_InitOnce:# InitOnce() failed, HalIdx=1"));
+    EXPECT_EQ(Fail(twoLibraries), (Lines{"log1 ORBLINK_InitOnce:# InitOnce() failed, HalIdx=1"}));
     EXPECT_HALS("hal0 Init(ptr)", "hal1 Init(ptr)");
 }
 
 TEST_F(InitOnceFailure, OfALibraryWithoutInit)
 {
     HalTable("a").Init = nullptr;
-    EXPECT_THAT(Fail(SwitchBoard::With({{}})),
-                ElementsAre("log1 ORBLINK_InitOnce:# InitOnce() failed, HalIdx=0"));
+    EXPECT_EQ(Fail(SwitchBoard::With({{}})),
+              (Lines{"log1 ORBLINK_InitOnce:# InitOnce() failed, HalIdx=0"}));
 }
 
 TEST_F(InitOnceFailure, OfALibraryWithoutGetSwitchCaps)
 {
     HalTable("a").GetSwitchCaps = nullptr;
-    EXPECT_THAT(Fail(SwitchBoard::With({{}})),
-                ElementsAre("log1 ORBLINK_InitOnce:# Calling GetSwitchCaps() , DevIdx=0",
-                            "log1 ORBLINK_InitOnce:# GetSwitchCaps() failed, DevIdx=0"));
+    EXPECT_EQ(Fail(SwitchBoard::With({{}})),
+              (Lines{"log1 ORBLINK_InitOnce:# Calling GetSwitchCaps() , DevIdx=0",
+                     "log1 ORBLINK_InitOnce:# GetSwitchCaps() failed, DevIdx=0"}));
     EXPECT_EQ(Record(0).capsValid, 0);
 }
 
@@ -206,11 +203,11 @@ TEST_F(InitOnceFailure, OfTheSecondSwitchsCapabilitiesKeepsTheFirstOnes)
     platform.slots["GetSwitchCaps"] = [&](const SlotArgs& args) {
         return args[0] == 0 ? readCaps(args) : 3;
     };
-    EXPECT_THAT(Fail(SwitchBoard::With({{}, {}})),
-                ElementsAre("log1 ORBLINK_InitOnce:# Calling GetSwitchCaps() , DevIdx=0",
-                            "log1 ORBLINK_InitOnce:# Return GetSwitchCaps() , DevIdx=0",
-                            "log1 ORBLINK_InitOnce:# Calling GetSwitchCaps() , DevIdx=1",
-                            "log1 ORBLINK_InitOnce:# GetSwitchCaps() failed, DevIdx=1"));
+    EXPECT_EQ(Fail(SwitchBoard::With({{}, {}})),
+              (Lines{"log1 ORBLINK_InitOnce:# Calling GetSwitchCaps() , DevIdx=0",
+                     "log1 ORBLINK_InitOnce:# Return GetSwitchCaps() , DevIdx=0",
+                     "log1 ORBLINK_InitOnce:# Calling GetSwitchCaps() , DevIdx=1",
+                     "log1 ORBLINK_InitOnce:# GetSwitchCaps() failed, DevIdx=1"}));
     EXPECT_EQ(Record(0).capsValid, 1);
     EXPECT_EQ(Record(0).configValid, 1);
     EXPECT_EQ(Record(0).config.mtuSize, 2000);

@@ -156,11 +156,11 @@ TEST_P(ProvisioningArg, CountsByItsLowByteOnly)
     EXPECT_EQ(Record(0).configValid, GetParam().capsValid);
 }
 
-INSTANTIATE_TEST_SUITE_P(Args, ProvisioningArg,
-                         testing::Values(ArgCase{0, 0}, ArgCase{1, 1}, ArgCase{0x80, 1},
-                                         ArgCase{0xFF, 1}, ArgCase{0x100, 0},
-                                         ArgCase{0xFFFFFF00, 0}, ArgCase{0x101, 1}),
-                         [](const auto& info) { return std::to_string(info.param.arg); });
+INSTANTIATE_TEST_SUITE_P(
+    Args, ProvisioningArg,
+    testing::ValuesIn(std::vector<ArgCase>{
+        {0, 0}, {1, 1}, {0x80, 1}, {0xFF, 1}, {0x100, 0}, {0xFFFFFF00, 0}, {0x101, 1}}),
+    [](const auto& info) { return std::to_string(info.param.arg); });
 
 TEST_F(Provisioning, StoresTheIsolationFlagInTheFirstVendorRecordOnly)
 {

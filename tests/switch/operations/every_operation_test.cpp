@@ -5,7 +5,6 @@
 #include "tests/switch/operations/operation.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 namespace {
@@ -107,8 +106,8 @@ TEST_P(EveryOperation, RefusesAnyDeviceWhileTheNumberOfSwitchesCannotBe)
     Prepare();
     Region().NumOfSwitches = 3;
     EXPECT_EQ(Call(), -1);
-    EXPECT_THAT(transcript.Log(),
-                ElementsAre(Spelling{operation}.Line("log1 Invalid device index, DevIdx={d}")));
+    EXPECT_EQ(transcript.Log(),
+              (Lines{Spelling{operation}.Line("log1 Invalid device index, DevIdx={d}")}));
 }
 
 TEST_P(EveryOperation, OnASwitchThatIsNotEnabledFailsOrOnlyStores)
@@ -165,7 +164,7 @@ TEST_P(EveryPortOperation, StopsAtEightPortsWhateverTheRecordSays)
     Record(0).caps.numOfPorts = 255;
     EXPECT_EQ(Call(0, 8), -1);
     const Spelling spelling{.operation = operation, .port = 8};
-    EXPECT_THAT(transcript.Log(), ElementsAre(spelling.Line("log1 " + operation.ports.invalid)));
+    EXPECT_EQ(transcript.Log(), (Lines{spelling.Line("log1 " + operation.ports.invalid)}));
 }
 
 TEST_P(EverySetter, DoesNothingForAValueThatIsStored)

@@ -3,7 +3,6 @@
 #include "tests/switch/operations/enabled_switch.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 
 namespace {
 
@@ -19,9 +18,8 @@ constexpr const char* kLaneOpen = "sys open(/dev/modphy_drv, O_RDONLY)";
 TEST_F(PortEnable, OfPort0ResetsTheLaneAndTheReceivePath)
 {
     EXPECT_EQ(ORBLINK_EnablePort(0, 0), 0);
-    EXPECT_THAT(Steps(),
-                ElementsAre("hal0 EnablePort(0, 0)", kLaneOpen, "sys ioctl(MODPHY_RESET_LANE, 6)",
-                            "wait usleep(2000)", "hal0 VendorSpecificIoctl(0, 3, null)"));
+    EXPECT_EQ(Steps(), (Lines{"hal0 EnablePort(0, 0)", kLaneOpen, "sys ioctl(MODPHY_RESET_LANE, 6)",
+                              "wait usleep(2000)", "hal0 VendorSpecificIoctl(0, 3, null)"}));
     EXPECT_EQ(config.enabledPorts, 0x01);
 }
 
@@ -31,8 +29,8 @@ TEST_F(PortEnable, OfPort0TellsTheLaneItsSpeedByTheInterfaceMode)
     record.board.serdesId = 0;
     record.rxResetAfterSerdes = 0;
     EXPECT_EQ(ORBLINK_EnablePort(0, 0), 0);
-    EXPECT_THAT(Steps(),
-                ElementsAre("hal0 EnablePort(0, 0)", kLaneOpen, "sys ioctl(MODPHY_RESET_LANE, 3)"));
+    EXPECT_EQ(Steps(),
+              (Lines{"hal0 EnablePort(0, 0)", kLaneOpen, "sys ioctl(MODPHY_RESET_LANE, 3)"}));
 }
 
 TEST_F(PortEnable, AnyReceiveResetMarkButOneMeansNone)
@@ -67,7 +65,7 @@ TEST_F(PortEnable, OfAnInternalPortOtherThan0LeavesTheLaneAlone)
 {
     record.board.internalPortPidx = 7;
     EXPECT_EQ(ORBLINK_EnablePort(0, 7), 0);
-    EXPECT_THAT(Steps(), ElementsAre("hal0 EnablePort(0, 7)"));
+    EXPECT_EQ(Steps(), (Lines{"hal0 EnablePort(0, 7)"}));
 }
 
 TEST_F(PortEnable, RestoresSpeedDuplexAndEeeOfThePort)
@@ -106,7 +104,7 @@ TEST_F(PortEnable, OnASwitchThatIsNotEnabledLeavesLaneAndHalAlone)
 {
     config.state = OB_STATE_RESET;
     EXPECT_EQ(ORBLINK_EnablePort(0, 0), 0);
-    EXPECT_THAT(Steps(), ElementsAre());
+    EXPECT_THAT(Steps(), testing::IsEmpty());
     EXPECT_EQ(config.enabledPorts, 0x01);
 }
 

@@ -185,10 +185,10 @@ TEST_P(FailingCopy, IsWhatANullPointerGives)
 
 INSTANTIATE_TEST_SUITE_P(
     Of, FailingCopy,
-    testing::Values(
-        Copy{"GetSwitchCaps", [](void* out) { return ORBLINK_GetSwitchCaps(0, out); }},
-        Copy{"GetSwitchProvConfig", [](void* out) { return ORBLINK_GetSwitchProvConfig(0, out); }},
-        Copy{"GetSwitchDevices", [](void* out) { return ORBLINK_GetSwitchDevices(out); }}),
+    testing::ValuesIn(std::vector<Copy>{
+        {"GetSwitchCaps", [](void* out) { return ORBLINK_GetSwitchCaps(0, out); }},
+        {"GetSwitchProvConfig", [](void* out) { return ORBLINK_GetSwitchProvConfig(0, out); }},
+        {"GetSwitchDevices", [](void* out) { return ORBLINK_GetSwitchDevices(out); }}}),
     [](const auto& info) { return info.param.name; });
 
 class IsolationMode : public Queries {

@@ -61,16 +61,17 @@ TEST_P(BrokenBoardData, LeavesTheFamilyWithoutDevices)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, BrokenBoardData,
-                         testing::Values(Broken{"message-type 11", kNoSwitches},
-                                         Broken{"message-type 12", kNoSwitches},
-                                         Broken{"payload-length 175", kNoSwitches},
-                                         Broken{"payload-length 119 --at 2", kNoPhys},
-                                         Broken{"device-count 3", kNoSwitches},
-                                         Broken{"message-size 8",
-                                                "switch family: 0 found: the board data name none\n"
-                                                "phy family: 2 found\n"},
-                                         Broken{"bind-error", kNoSwitches},
-                                         Broken{"receive-error ETIMEDOUT", kNoSwitches}));
+                         testing::ValuesIn(std::vector<Broken>{
+                             {"message-type 11", kNoSwitches},
+                             {"message-type 12", kNoSwitches},
+                             {"payload-length 175", kNoSwitches},
+                             {"payload-length 119 --at 2", kNoPhys},
+                             {"device-count 3", kNoSwitches},
+                             {"message-size 8",
+                              "switch family: 0 found: the board data name none\n"
+                              "phy family: 2 found\n"},
+                             {"bind-error", kNoSwitches},
+                             {"receive-error ETIMEDOUT", kNoSwitches}}));
 
 class BrokenBringUp : public testing::TestWithParam<Broken> {};
 
@@ -83,14 +84,14 @@ TEST_P(BrokenBringUp, FailsWithTheMessage)
     EXPECT_THAT(outcome.output, HasSubstr(GetParam().message));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, BrokenBringUp,
-    testing::Values(Broken{"battery on", "Modem in battery mode - skipping ResetDisable 0"},
-                    Broken{"fault attr-open --at 2", "Failed to open attribute"},
-                    Broken{"fault attr-error --at 2", "Failed to reset"},
-                    Broken{"fault mdio-error --at 30", "ioctl failed, errno=5, DevIdx=0"},
-                    Broken{"fault lane-open", "open error, errno=2"},
-                    Broken{"fault lane-error", "ioctl error, errno=5"}));
+INSTANTIATE_TEST_SUITE_P(All, BrokenBringUp,
+                         testing::ValuesIn(std::vector<Broken>{
+                             {"battery on", "Modem in battery mode - skipping ResetDisable 0"},
+                             {"fault attr-open --at 2", "Failed to open attribute"},
+                             {"fault attr-error --at 2", "Failed to reset"},
+                             {"fault mdio-error --at 30", "ioctl failed, errno=5, DevIdx=0"},
+                             {"fault lane-open", "open error, errno=2"},
+                             {"fault lane-error", "ioctl error, errno=5"}}));
 
 // All that the bring-up needs: later failures, of single ports, are only logged.
 TEST(Library, AnyMdioAccessOfABringUpMayFail)

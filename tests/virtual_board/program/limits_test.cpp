@@ -33,14 +33,14 @@ TEST_P(WithoutTheFilter, RunSaysSoAndStartsNothing)
     EXPECT_NE(Shell("test -e " + socket.substr(0, socket.find_first_of(",\n"))).status, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, WithoutTheFilter,
-    testing::Values(Refusal{"1",
-                            "a sandbox forbids the filter of system calls (seccomp user "
-                            "notification): Operation not permitted"},
-                    Refusal{"22",
-                            "this kernel cannot ask the board about system calls: seccomp user "
-                            "notification, Linux 5.9 or later, is missing"}));
+INSTANTIATE_TEST_SUITE_P(All, WithoutTheFilter,
+                         testing::ValuesIn(std::vector<Refusal>{
+                             {"1",
+                              "a sandbox forbids the filter of system calls (seccomp user "
+                              "notification): Operation not permitted"},
+                             {"22",
+                              "this kernel cannot ask the board about system calls: seccomp user "
+                              "notification, Linux 5.9 or later, is missing"}}));
 
 // On each board as this machine can make it.
 class RightsOfPrograms : public testing::TestWithParam<const char*> {};
