@@ -120,11 +120,13 @@ Model ShowBridgeMode(Call& call)
     return model;
 }
 
+// The identifier that IEEE 802.1 gives to service tags.
+constexpr uint16_t kServiceTpid = 0x88A8;
+
 Model BridgeModeOn(Call& call)
 {
     const SwitchTarget target(call);
-    const uint16_t tpid =
-        call.Has("TPID") ? call.As<uint16_t>("TPID") : target.Record().config.STagTpid;
+    const uint16_t tpid = call.Has("TPID") ? call.As<uint16_t>("TPID") : kServiceTpid;
     RequireOffered("bridge_tpid", tpid, target.Record(), target.object);
     Check(ORBLINK_EnableProviderBridgedMode(target.device, tpid), target.object,
           "ORBLINK_EnableProviderBridgedMode");
@@ -132,14 +134,6 @@ Model BridgeModeOn(Call& call)
     model["changes"].push_back(
         Change(target.object, "bridge_tpid", tpid, target.Enabled())["changes"].front());
     return model;
-}
-
-// The identifier that IEEE 802.1 gives to service tags.
-Model BridgeModeProvider(Call& call)
-{
-    if (!call.Has("TPID"))
-        call.values["TPID"] = "0x88a8";
-    return BridgeModeOn(call);
 }
 
 Model BridgeModeOff(Call& call)
@@ -243,11 +237,11 @@ constexpr Command kVlanCommands[] = {
      "ORBLINK_SetLanPortGroupId", SetGroup, PrintChanges},
     {"bridge-mode [SWITCH]", "", "provider bridged mode and its TPID", "ORBLINK_GetSwitchDevices",
      ShowBridgeMode, PrintModel},
-    {"bridge-mode SWITCH on [TPID]", "", "provider bridged mode on",
-     "ORBLINK_EnableProviderBridgedMode", BridgeModeOn, PrintChanges},
-    {"bridge-mode SWITCH provider [TPID]", "",
+    {"bridge-mode SWITCH on [TPID]", "",
      "provider bridged mode on, with service tags of 0x88a8 if no TPID is given",
-     "ORBLINK_EnableProviderBridgedMode", BridgeModeProvider, PrintChanges},
+     "ORBLINK_EnableProviderBridgedMode", BridgeModeOn, PrintChanges},
+    {"bridge-mode SWITCH provider [TPID]", "", "the same as on",
+     "ORBLINK_EnableProviderBridgedMode", BridgeModeOn, PrintChanges},
     {"bridge-mode SWITCH off", "", "provider bridged mode off",
      "ORBLINK_DisableProviderBridgedMode", BridgeModeOff, PrintChanges},
     {"mac-vlan [SWITCH]", "", "the VLANs given by source address", "ORBLINK_GetMactoVlanTable",

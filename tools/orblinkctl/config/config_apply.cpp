@@ -97,7 +97,8 @@ private:
         else if (difference.wanted == false)
             Step(kWide, "bridge-mode " + device + " off");
         else
-            Step(kWide, "bridge-mode " + device + " on");
+            Step(kWide, "bridge-mode " + device + " on " +
+                            std::to_string(region_.device[std::stoul(device)].config.STagTpid));
     }
 
     void AddMac(const ConfigDifference& difference)

@@ -68,11 +68,10 @@ TEST(Switch, TellsWhatItIs)
 
 TEST(Switch, WideSettings)
 {
-    const auto r =
-        OnBoardUp("one_switch",
-                  {"ctl igmp 0 on", "ctl igmp", "ctl led 0 5", "ctl led", "ctl aging 0 1",
-                   "ctl smi 0 0x113", "ctl aging", "ctl bridge-mode 0 on 0x88a8", "ctl bridge-mode",
-                   "ctl smi 0 0x111-0x112", "ctl bridge-mode 0 off", "ctl mtu 0 40"});
+    const auto r = OnBoardUp(
+        "one_switch", {"ctl igmp 0 on", "ctl igmp", "ctl led 0 5", "ctl led", "ctl aging 0 1",
+                       "ctl smi 0 0x113", "ctl aging", "ctl bridge-mode 0 on", "ctl bridge-mode",
+                       "ctl smi 0 0x111-0x112", "ctl bridge-mode 0 off", "ctl mtu 0 40"});
     EXPECT_THAT(r[0], Prints("switch 0: igmp on\n"));
     EXPECT_THAT(r[1], Prints("SWITCH  IGMP\n     0  on\n"));
     EXPECT_THAT(r[2], Prints("switch 0: led duplex+collision\n"));

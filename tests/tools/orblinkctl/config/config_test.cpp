@@ -71,6 +71,17 @@ TEST(Config, OnlyDifferencesAreApplied)
     EXPECT_THAT(r[7], Prints("no differences\n"));
 }
 
+TEST(Config, ProviderBridgingKeepsTheStoredTpid)
+{
+    const auto r =
+        OnBoardUp("one_switch",
+                  {"ctl bridge-mode 0 on 0x9100", "ctl bridge-mode 0 off",
+                   "printf '[switch.0]\\nbridge_mode = true\\n' >x.toml; ctl config apply x.toml",
+                   "ctl bridge-mode"});
+    EXPECT_THAT(r[2], Prints("done: bridge-mode 0 on 37120\n"));
+    EXPECT_THAT(r[3], Prints("SWITCH  BRIDGE MODE  BRIDGE TPID\n     0  provider     0x9100\n"));
+}
+
 TEST(Config, ThePortToTheSocComesLast)
 {
     const auto r = OnBoardUp(
