@@ -63,7 +63,7 @@ endif()
 function(orblink_plain_library target map)
     target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
     target_link_libraries(${target} PRIVATE orblink_warnings)
-    target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden
+    target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden -fno-plt
         -fsemantic-interposition $<$<CONFIG:Release>:-Os>
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
@@ -81,7 +81,8 @@ function(orblink_plain_library target map)
     elseif(NOT ORBLINK_COVERAGE AND NOT ORBLINK_RACES)
         target_compile_options(${target} PRIVATE
             -fno-asynchronous-unwind-tables -fno-unwind-tables)
-        target_link_options(${target} PRIVATE -nostartfiles -nodefaultlibs LINKER:-z,defs)
+        target_link_options(${target} PRIVATE -nostartfiles -nodefaultlibs LINKER:-z,defs
+            -fno-asynchronous-unwind-tables -fno-unwind-tables LINKER:--no-ld-generated-unwind-info)
         target_link_libraries(${target} PRIVATE c gcc)
         if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
             set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/ipc.h>
-#include <sys/sem.h>
 
 #include <cerrno>
 
@@ -38,12 +37,6 @@ SemaphoreSet OpenSemaphoreSet(const char* keyFile)
 SemaphoreSet CreateSemaphoreSet(const char* keyFile)
 {
     return FindSet(keyFile, O_RDWR | O_CREAT, IPC_CREAT | IPC_EXCL | kAccess);
-}
-
-bool OperateSemaphore(int id, short operation, short flags)
-{
-    sembuf change = {.sem_num = 0, .sem_op = operation, .sem_flg = flags};
-    return semop(id, &change, 1) == 0;
 }
 
 bool MeansSetIsGone(int error)

@@ -1,6 +1,8 @@
 // The System V semaphore of a family: a set of one, whose key comes from a file.
 #pragma once
 
+#include <sys/sem.h>
+
 namespace orblink {
 
 enum class SemaphoreStep { kDone, kOpen, kFtok, kSemget };
@@ -17,8 +19,12 @@ SemaphoreSet OpenSemaphoreSet(const char* keyFile);
 // Creates it, and the key file with it; fails while it exists. Its value is 0.
 SemaphoreSet CreateSemaphoreSet(const char* keyFile);
 
-// False, with errno set, when semop fails.
-bool OperateSemaphore(int id, short operation, short flags);
+// False, with errno set, when semop fails. Changes are constants: a call puts nothing together.
+[[gnu::always_inline]] inline bool OperateSemaphore(int id, const sembuf& change)
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): semop only reads it
+    return semop(id, const_cast<sembuf*>(&change), 1) == 0;
+}
 
 // An error that says that the set is gone, so that the id is of no further use.
 bool MeansSetIsGone(int error);

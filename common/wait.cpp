@@ -4,33 +4,44 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 
 namespace orblink {
 namespace {
 
-constexpr int64_t kNanosecondsPerSecond = 1000000000;
-constexpr int64_t kNanosecondsPerMicrosecond = 1000;
+constexpr long kMicrosecondsPerSecond = 1000000;
+constexpr long kNanosecondsPerMicrosecond = 1000;
 
-int64_t Now()
+timespec Now()
 {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
+    return now;
+}
+
+// Rounded up. In words, which divide by constants at no cost: what divides 64 bits on i386 is larger
+// than all of this.
+long MicrosecondsUntil(const timespec& end)
+{
+    const timespec now = Now();
+    const long seconds = end.tv_sec - now.tv_sec;
+    const long nanoseconds = end.tv_nsec - now.tv_nsec;
+    const long toRoundUp = nanoseconds > 0 ? kNanosecondsPerMicrosecond - 1 : 0;
+    return seconds * kMicrosecondsPerSecond +
+           (nanoseconds + toRoundUp) / kNanosecondsPerMicrosecond;
 }
 
 // False when a signal cut the wait short.
-bool Slept(int64_t microseconds)
+bool Slept(long microseconds)
 {
     return usleep(static_cast<useconds_t>(microseconds)) == 0 || errno != EINTR;
 }
 
 // Neither the whole seconds that sleep says are left nor a wait that starts over would do: the one
 // ends too early, the other never ends under a fast timer.
-void WaitUntil(int64_t end)
+void WaitUntil(const timespec& end)
 {
-    for (int64_t left = end - Now(); left > 0; left = end - Now())
-        if (Slept((left + kNanosecondsPerMicrosecond - 1) / kNanosecondsPerMicrosecond))
+    for (long left = MicrosecondsUntil(end); left > 0; left = MicrosecondsUntil(end))
+        if (Slept(left))
             return;
 }
 
@@ -38,16 +49,19 @@ void WaitUntil(int64_t end)
 
 void WaitMicroseconds(unsigned microseconds)
 {
-    const int64_t start = Now();
+    timespec end = Now();
+    end.tv_sec += microseconds / kMicrosecondsPerSecond;
+    end.tv_nsec += microseconds % kMicrosecondsPerSecond * kNanosecondsPerMicrosecond;
     if (!Slept(microseconds))
-        WaitUntil(start + microseconds * kNanosecondsPerMicrosecond);
+        WaitUntil(end);
 }
 
 void WaitSeconds(unsigned seconds)
 {
-    const int64_t start = Now();
+    timespec end = Now();
+    end.tv_sec += seconds;
     if (sleep(seconds) != 0)
-        WaitUntil(start + seconds * kNanosecondsPerSecond);
+        WaitUntil(end);
 }
 
 }  // namespace orblink

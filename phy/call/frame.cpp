@@ -11,7 +11,7 @@ PhyDeviceRegion* _ApiProlog(int& semaphoreId)
         EP_ERROR("_InitGlobalSem() failed");
         return nullptr;
     }
-    if (_System5SemOp(semaphoreId, -1) != RC_OK) {
+    if (_System5SemOp(semaphoreId, kTake) != RC_OK) {
         EP_ERROR("_ApiGlobalLock() failed");
         return nullptr;
     }
@@ -28,13 +28,13 @@ PhyDeviceRegion* _ApiProlog(int& semaphoreId)
         EP_ERROR("_LoadHals() failed");
     else
         return region;
-    _System5SemOp(semaphoreId, +1);  // result dropped: the call has failed already
+    _System5SemOp(semaphoreId, kRelease);  // result dropped: the call has failed already
     return nullptr;
 }
 
 void _LibEpilog(int semaphoreId)
 {
-    if (_System5SemOp(semaphoreId, +1) != RC_OK)
+    if (_System5SemOp(semaphoreId, kRelease) != RC_OK)
         EP_ERROR_AT("%s:%d _ApiGlobalUnLock failed");
 }
 
@@ -52,6 +52,36 @@ bool ValidateHwState(const PhyDeviceRecord& record)
         return true;
     EP_ERROR("PHY is in disabled state");
     return false;
+}
+
+PhyFrame::PhyFrame() : region_(_ApiProlog(semaphoreId_)) {}
+
+PhyFrame::PhyFrame(LogCaller caller) : region_(_ApiProlog(semaphoreId_))
+{
+    if (!Entered())
+        EP_ERROR_AT_AS(caller, "%s:%d _ApiProlog() failed");
+}
+
+PhyFrame::~PhyFrame()
+{
+    if (Entered())
+        _LibEpilog(semaphoreId_);
+}
+
+PhyCall::PhyCall(uint8_t devIdx)
+{
+    Find(devIdx);
+}
+
+PhyCall::PhyCall(LogCaller caller, uint8_t devIdx) : frame_(caller)
+{
+    Find(devIdx);
+}
+
+void PhyCall::Find(uint8_t devIdx)
+{
+    if (frame_.Entered() && ValidateDevIndex(frame_.Region(), devIdx))
+        record_ = &frame_.Region().phy[devIdx];
 }
 
 }  // namespace orblink::phy

@@ -24,19 +24,9 @@ bool ValidateHwState(const PhyDeviceRecord& record);
 class PhyFrame {
 public:
     // For operations without a line of their own when the prolog fails.
-    PhyFrame() : region_(_ApiProlog(semaphoreId_)) {}
-
-    explicit PhyFrame(LogCaller caller) : PhyFrame()
-    {
-        if (!Entered())
-            EP_ERROR_AT_AS(caller, "%s:%d _ApiProlog() failed");
-    }
-
-    ~PhyFrame()
-    {
-        if (Entered())
-            _LibEpilog(semaphoreId_);
-    }
+    PhyFrame();
+    explicit PhyFrame(LogCaller caller);
+    ~PhyFrame();
 
     PhyFrame(const PhyFrame&) = delete;
     PhyFrame& operator=(const PhyFrame&) = delete;
@@ -53,8 +43,8 @@ private:
 // The frame and a valid device.
 class PhyCall {
 public:
-    explicit PhyCall(uint8_t devIdx) { Find(devIdx); }
-    PhyCall(LogCaller caller, uint8_t devIdx) : frame_(caller) { Find(devIdx); }
+    explicit PhyCall(uint8_t devIdx);
+    PhyCall(LogCaller caller, uint8_t devIdx);
 
     explicit operator bool() const { return record_ != nullptr; }
     bool Entered() const { return frame_.Entered(); }
@@ -62,11 +52,7 @@ public:
     PhyDeviceRecord& Record() const { return *record_; }
 
 private:
-    void Find(uint8_t devIdx)
-    {
-        if (frame_.Entered() && ValidateDevIndex(frame_.Region(), devIdx))
-            record_ = &frame_.Region().phy[devIdx];
-    }
+    void Find(uint8_t devIdx);
 
     PhyFrame frame_;
     PhyDeviceRecord* record_ = nullptr;

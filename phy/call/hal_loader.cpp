@@ -61,8 +61,10 @@ int _LoadHals(const PhyDeviceRegion& region)
 
 const HalTable* FindHal(uint8_t devIdx)
 {
-    const PhyDeviceRecord* const record = FindRecord(devIdx);
-    const uint8_t halIdx = record == nullptr ? uint8_t{EP_NO_HAL_INDEX} : ReadOnce(record->halIdx);
+    const PhyDeviceRegion* const region = process.region;
+    if (region == nullptr || devIdx >= EP_MAX_PHYS)
+        return nullptr;
+    const uint8_t halIdx = ReadOnce(region->phy[devIdx].halIdx);
     return halIdx < EP_MAX_PHYS ? process.halTables[halIdx].load() : nullptr;
 }
 

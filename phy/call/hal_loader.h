@@ -9,7 +9,7 @@
 namespace orblink::phy {
 
 // Loads the library of each PHY, each library once. Entries start anew from kNoHal.
-int _LoadHals(const PhyDeviceRegion& region);
+[[gnu::cold]] int _LoadHals(const PhyDeviceRegion& region);
 
 // Table of a PHY; null while its HAL index is none, or when loading left nothing in its entry.
 const HalTable* FindHal(uint8_t devIdx);

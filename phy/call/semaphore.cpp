@@ -50,9 +50,9 @@ int _CreateGlobalSem(int& semaphoreId)
     return RC_OK;
 }
 
-int _System5SemOp(int semaphoreId, short operation)
+int _System5SemOp(int semaphoreId, const sembuf& change)
 {
-    if (OperateSemaphore(semaphoreId, operation, 0))
+    if (OperateSemaphore(semaphoreId, change))
         return RC_OK;
     const int error = errno;
     if (MeansSetIsGone(error))

@@ -2,16 +2,20 @@
 // no undo.
 #pragma once
 
+#include <sys/sem.h>
+
 namespace orblink::phy {
 
 // Opens the semaphore that ETHPHY_InitOnce created.
-int _InitGlobalSem(int& semaphoreId);
+[[gnu::cold]] int _InitGlobalSem(int& semaphoreId);
 
 // Creates it, held by the caller; fails while it exists.
-int _CreateGlobalSem(int& semaphoreId);
+[[gnu::cold]] int _CreateGlobalSem(int& semaphoreId);
 
-// -1 takes, +1 releases. A set that is not there any more makes the process forget what it knows of
-// the family.
-int _System5SemOp(int semaphoreId, short operation);
+constexpr sembuf kTake = {.sem_num = 0, .sem_op = -1, .sem_flg = 0};
+constexpr sembuf kRelease = {.sem_num = 0, .sem_op = +1, .sem_flg = 0};
+
+// A set that is not there any more makes the process forget what it knows of the family.
+int _System5SemOp(int semaphoreId, const sembuf& change);
 
 }  // namespace orblink::phy

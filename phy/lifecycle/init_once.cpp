@@ -10,7 +10,7 @@ namespace {
 class HeldFromCreation {
 public:
     explicit HeldFromCreation(int semaphoreId) : semaphoreId_(semaphoreId) {}
-    ~HeldFromCreation() { _System5SemOp(semaphoreId_, +1); }  // result dropped: it stands
+    ~HeldFromCreation() { _System5SemOp(semaphoreId_, kRelease); }  // result dropped: it stands
     HeldFromCreation(const HeldFromCreation&) = delete;
     HeldFromCreation& operator=(const HeldFromCreation&) = delete;
 

@@ -26,12 +26,21 @@ struct CallState {
 class SwitchDevice {
 public:
     // idx must be below OB_MAX_SWITCHES before anything but Idx() is used.
-    SwitchDevice(const CallState& state, uint8_t idx) : state_(state), idx_(idx) {}
+    [[gnu::always_inline]] SwitchDevice(const CallState& state, uint8_t idx)
+        : region_(state.region), idx_(idx)
+    {
+        if (region_ == nullptr || idx >= OB_MAX_SWITCHES)
+            return;
+        record_ = &region_->device[idx];
+        const uint8_t halIdx = ReadOnce(record_->halIdx);
+        if (halIdx < OB_MAX_SWITCHES)
+            table_ = state.halTables[halIdx];
+    }
 
     uint8_t Idx() const { return idx_; }
-    SwitchDeviceRecord& Record() const { return state_.region->device[idx_]; }
-    SwitchProvConfig& Config() const { return Record().config; }
-    SwitchVendorRecord& Vendor() const { return state_.region->vendor[idx_]; }
+    [[gnu::always_inline]] SwitchDeviceRecord& Record() const { return *record_; }
+    [[gnu::always_inline]] SwitchProvConfig& Config() const { return record_->config; }
+    SwitchVendorRecord& Vendor() const { return region_->vendor[idx_]; }
     [[gnu::always_inline]] bool Enabled() const
     {
         return ReadOnce(Config().state) == OB_STATE_ENABLED;
@@ -44,7 +53,10 @@ public:
         return count < OB_MAX_PORTS ? count : uint8_t{OB_MAX_PORTS};
     }
 
-    [[gnu::always_inline]] bool IsPort(uint8_t port) const { return port < NumOfPorts(); }
+    [[gnu::always_inline]] bool IsPort(uint8_t port) const
+    {
+        return port < OB_MAX_PORTS && port < ReadOnce(Record().caps.numOfPorts);
+    }
 
     // Port 0 is never a LAN port.
     [[gnu::always_inline]] bool IsLanPort(uint8_t port) const { return port >= 1 && IsPort(port); }
@@ -83,14 +95,14 @@ public:
 
 private:
     template <typename Slot>
-    Slot Find(Slot HalTable::*slot) const
+    [[gnu::always_inline]] Slot Find(Slot HalTable::*slot) const
     {
-        const uint8_t halIdx = ReadOnce(Record().halIdx);
-        const HalTable* const table = halIdx < OB_MAX_SWITCHES ? state_.halTables[halIdx] : nullptr;
-        return table != nullptr ? table->*slot : nullptr;
+        return table_ != nullptr ? table_->*slot : nullptr;
     }
 
-    const CallState& state_;
+    SwitchDeviceRegion* region_;
+    SwitchDeviceRecord* record_ = nullptr;
+    const HalTable* table_ = nullptr;  // null when the record names none
     uint8_t idx_;
 };
 

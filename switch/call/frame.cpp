@@ -31,7 +31,7 @@ SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
     SwitchDeviceRegion* const region = AttachedRegion();
     if (region == nullptr)
         OB_ERROR("OBOS_MapSwitchDevices() failed");
-    else if (_LoadHals(*region) != RC_OK)
+    else if (!HalsAreLoaded(*region) && _LoadHals(*region) != RC_OK)
         OB_ERROR("_LoadHals() failed");
     else
         return region;
@@ -41,9 +41,8 @@ SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
 
 }  // namespace
 
-SwitchLock::SwitchLock()
+SwitchLock::SwitchLock() : state_{_ApiProlog(semaphoreId_), {}}
 {
-    state_.region = _ApiProlog(semaphoreId_);
     for (int i = 0; i < OB_MAX_SWITCHES; ++i)
         state_.halTables[i] = process.halTables[i];
 }
@@ -54,7 +53,7 @@ SwitchLock::~SwitchLock()
         _ApiGlobalUnLock(semaphoreId_);  // result dropped: what the call did stands
 }
 
-EntryExitLines::EntryExitLines(LogCaller caller) : caller_(caller)
+EntryExitLines::EntryExitLines(TraceCaller caller) : caller_(caller)
 {
     OB_TRACE_AS(caller_, "--->");
 }

@@ -1,7 +1,7 @@
 // The frame that every switch operation runs in, as scopes: whatever the path, the semaphore is
 // released when the scope ends.
 //
-//     FinishedLine finished{OB_CALLER};               operations that log a "finished" line
+//     FinishedLine finished{OB_TRACE_CALLER};         operations that log a "finished" line
 //     SwitchCall call{OB_CALLER, DevIdx, &finished};  prolog and device index; logs what is wrong
 //     if (!call)
 //         return RC_ERROR;
@@ -37,20 +37,20 @@ private:
 // "--->" at the beginning and "<---" at the end, whatever happens between.
 class EntryExitLines {
 public:
-    explicit EntryExitLines(LogCaller caller);
+    explicit EntryExitLines(TraceCaller caller);
     ~EntryExitLines();
     EntryExitLines(const EntryExitLines&) = delete;
     EntryExitLines& operator=(const EntryExitLines&) = delete;
 
 private:
-    LogCaller caller_;
+    TraceCaller caller_;
 };
 
 // "finished OK" or "finished with error!" after the release, once the prolog has succeeded; with
 // the device index for operations that print it there.
 class FinishedLine {
 public:
-    explicit FinishedLine(LogCaller caller, int devIdx = kNone) : caller_(caller), devIdx_(devIdx)
+    explicit FinishedLine(TraceCaller caller, int devIdx = kNone) : caller_(caller), devIdx_(devIdx)
     {
     }
     ~FinishedLine();
@@ -68,7 +68,7 @@ public:
 private:
     static constexpr int kNone = -1;
 
-    LogCaller caller_;
+    TraceCaller caller_;
     int devIdx_;
     bool prologDone_ = false;
     bool ok_ = false;
@@ -84,7 +84,7 @@ public:
     const SwitchDevice& Device() const { return device_; }
     SwitchDeviceRecord& Record() const { return device_.Record(); }
     SwitchProvConfig& Config() const { return device_.Config(); }
-    bool Enabled() const { return device_.Enabled(); }
+    [[gnu::always_inline]] bool Enabled() const { return device_.Enabled(); }
 
     template <typename... Params>
     int Hal(int (*HalTable::*slot)(int, Params...), std::type_identity_t<Params>... args) const

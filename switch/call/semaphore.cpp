@@ -1,7 +1,5 @@
 #include "switch/call/semaphore.h"
 
-#include <sys/sem.h>
-
 #include <cerrno>
 
 #include "common/log.h"
@@ -14,9 +12,15 @@ namespace {
 
 constexpr const char* kKeyFile = OB_SWITCH_KEY_FILE;
 
-int _System5SemOp(int semaphoreId, short operation, short flags = SEM_UNDO)
+constexpr sembuf kTake = {.sem_num = 0, .sem_op = -1, .sem_flg = SEM_UNDO};
+constexpr sembuf kRelease = {.sem_num = 0, .sem_op = +1, .sem_flg = SEM_UNDO};
+// Without SEM_UNDO: the kernel would take this +1 back when the initialising process ends and leave
+// the lock held for ever.
+constexpr sembuf kReleaseForGood = {.sem_num = 0, .sem_op = +1, .sem_flg = 0};
+
+int _System5SemOp(int semaphoreId, const sembuf& change)
 {
-    if (OperateSemaphore(semaphoreId, operation, flags))
+    if (OperateSemaphore(semaphoreId, change))
         return RC_OK;
     const int error = errno;
     if (MeansSetIsGone(error))
@@ -28,12 +32,12 @@ int _System5SemOp(int semaphoreId, short operation, short flags = SEM_UNDO)
 
 int _ApiGlobalLock(int semaphoreId)
 {
-    return _System5SemOp(semaphoreId, -1);
+    return _System5SemOp(semaphoreId, kTake);
 }
 
 int _ApiGlobalUnLock(int semaphoreId)
 {
-    return _System5SemOp(semaphoreId, +1);
+    return _System5SemOp(semaphoreId, kRelease);
 }
 
 int _InitGlobalSem(int& semaphoreId)
@@ -69,9 +73,7 @@ int _CreateGlobalSem(int& semaphoreId)
     }
     semaphoreId = set.id;
     process.semaphoreId.store(set.id, std::memory_order_relaxed);
-    // Without SEM_UNDO: the kernel would take this +1 back when the initialising process ends and
-    // leave the lock held for ever.
-    if (_System5SemOp(set.id, +1, 0) != RC_OK)
+    if (_System5SemOp(set.id, kReleaseForGood) != RC_OK)
         return OB_ERROR("_ApiGlobalUnLock() failed");
     return RC_OK;
 }

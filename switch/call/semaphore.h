@@ -4,10 +4,10 @@
 namespace orblink::sw {
 
 // Opens the existing semaphore.
-int _InitGlobalSem(int& semaphoreId);
+[[gnu::cold]] int _InitGlobalSem(int& semaphoreId);
 
 // Creates it, free; fails while it exists.
-int _CreateGlobalSem(int& semaphoreId);
+[[gnu::cold]] int _CreateGlobalSem(int& semaphoreId);
 
 // A set that is not there any more makes the process forget what it knows of the family.
 int _ApiGlobalLock(int semaphoreId);

@@ -66,7 +66,7 @@ int SendPreReset(LogCaller caller, const SwitchDevice& device)
     return RC_OK;
 }
 
-int PulseResetPin(LogCaller caller, const SwitchDevice& device)
+int PulseResetPin(StepCaller caller, const SwitchDevice& device)
 {
     const uint32_t pin = ReadOnce(device.Record().board.resetGpioPin);
     if (pin == OB_NO_GPIO_PIN) {
@@ -103,10 +103,10 @@ int ReadCapsOnce(LogCaller caller, const SwitchDevice& device)
 int ORBLINK_ResetDisable(uint8_t DevIdx, int SetDefault, uint8_t* VendorParams,
                          uint32_t VendorParamSize)
 {
-    EntryExitLines lines{OB_CALLER};
+    EntryExitLines lines{OB_TRACE_CALLER};
     OB_TRACE("DevIdx = %d, %s configuration", DevIdx,
              SetDefault != kRestore ? "Set default" : "Restore");
-    FinishedLine finished{OB_CALLER, DevIdx};
+    FinishedLine finished{OB_TRACE_CALLER, DevIdx};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -124,7 +124,7 @@ int ORBLINK_ResetDisable(uint8_t DevIdx, int SetDefault, uint8_t* VendorParams,
         OB_NOTICE("Modem in battery mode - skipping ResetDisable %d", DevIdx);
         return RC_ERROR;
     }
-    if (PulseResetPin(OB_CALLER, device) != RC_OK)
+    if (PulseResetPin(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
     if (call.Hal(&HalTable::ResetSwitch, params.data, params.size) != RC_OK)
         return OB_ERROR("ResetSwitch failed, DevIdx=%d", DevIdx);

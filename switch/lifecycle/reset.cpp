@@ -5,7 +5,7 @@ using namespace orblink::sw;
 
 int ORBLINK_ResetEnable(uint8_t DevIdx)
 {
-    EntryExitLines lines{OB_CALLER};
+    EntryExitLines lines{OB_TRACE_CALLER};
     OB_TRACE("DevIdx = %d", DevIdx);
     SwitchCall call{OB_CALLER, DevIdx};
     if (!call)

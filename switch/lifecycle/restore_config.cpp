@@ -7,7 +7,7 @@
 namespace orblink::sw {
 namespace {
 
-int DisablePorts(LogCaller self, const SwitchDevice& device)
+int DisablePorts(StepCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "- Disable all ports so no traffic will flow in unstable state");
     for (uint8_t port = 0; port < device.NumOfPorts(); ++port) {
@@ -18,7 +18,7 @@ int DisablePorts(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int EnterProviderBridgedMode(LogCaller self, const SwitchDevice& device)
+int EnterProviderBridgedMode(StepCaller self, const SwitchDevice& device)
 {
     const uint16_t tpid = ReadOnce(device.Config().STagTpid);
     OB_INFO_AS(self, "InProviderBridgedMode == True");
@@ -28,7 +28,7 @@ int EnterProviderBridgedMode(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int LeaveProviderBridgedMode(LogCaller self, const SwitchDevice& device)
+int LeaveProviderBridgedMode(StepCaller self, const SwitchDevice& device)
 {
     if (device.Hal(&HalTable::DisableProviderBridgedMode) != RC_OK)
         return OB_ERROR_AS(self, "DisableProviderBridgedMode failed");
@@ -36,7 +36,7 @@ int LeaveProviderBridgedMode(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreVlanMode(LogCaller self, const SwitchDevice& device)
+int RestoreVlanMode(StepCaller self, const SwitchDevice& device)
 {
     const uint32_t mode = ReadOnce(device.Config().InProviderBridgedMode);
     OB_INFO_AS(self, "Set VLAN mode");
@@ -51,7 +51,7 @@ int RestoreVlanMode(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestorePortGroup(LogCaller self, const SwitchDevice& device, uint8_t port)
+int RestorePortGroup(StepCaller self, const SwitchDevice& device, uint8_t port)
 {
     const int32_t group = ReadOnce(device.Config().groupId[port]);
     if (group == kDefaultGroup)
@@ -62,7 +62,7 @@ int RestorePortGroup(LogCaller self, const SwitchDevice& device, uint8_t port)
     return RC_OK;
 }
 
-int RestorePortVlan(LogCaller self, const SwitchDevice& device, uint8_t port)
+int RestorePortVlan(StepCaller self, const SwitchDevice& device, uint8_t port)
 {
     const uint16_t vlan = ReadOnce(device.Config().lanPortVlan[port]);
     if (vlan == kDefaultVlan)
@@ -73,7 +73,7 @@ int RestorePortVlan(LogCaller self, const SwitchDevice& device, uint8_t port)
     return RC_OK;
 }
 
-int RestorePortPcp(LogCaller self, const SwitchDevice& device, uint8_t port)
+int RestorePortPcp(StepCaller self, const SwitchDevice& device, uint8_t port)
 {
     const uint8_t pcp = ReadOnce(device.Config().lanPortPcp[port]);
     if (pcp == kDefaultPcp)
@@ -84,7 +84,7 @@ int RestorePortPcp(LogCaller self, const SwitchDevice& device, uint8_t port)
     return RC_OK;
 }
 
-int RestorePortTagging(LogCaller self, const SwitchDevice& device, uint8_t port)
+int RestorePortTagging(StepCaller self, const SwitchDevice& device, uint8_t port)
 {
     const uint32_t tagging = ReadOnce(device.Config().egressTagging[port]);
     if (tagging == kDefaultTagging)
@@ -97,7 +97,7 @@ int RestorePortTagging(LogCaller self, const SwitchDevice& device, uint8_t port)
 }
 
 // Port 0 is never a LAN port.
-int RestoreLanPorts(LogCaller self, const SwitchDevice& device)
+int RestoreLanPorts(StepCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "- Set VLAN-Port associations:");
     for (uint8_t port = 1; port < device.NumOfPorts(); ++port) {
@@ -114,7 +114,7 @@ int RestoreLanPorts(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreMacVlans(LogCaller self, const SwitchDevice& device)
+int RestoreMacVlans(StepCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Src MAC forwarding to VLAN");
     for (const MacToVlanEntry& entry : device.Config().macToVlanTable) {
@@ -128,7 +128,7 @@ int RestoreMacVlans(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreMacAging(LogCaller self, const SwitchDevice& device)
+int RestoreMacAging(StepCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set MAC aging");
     const auto aging = static_cast<int>(ReadOnce(device.Config().macAging));
@@ -138,7 +138,7 @@ int RestoreMacAging(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestorePortSpeed(LogCaller self, const SwitchDevice& device, uint8_t port)
+int RestorePortSpeed(StepCaller self, const SwitchDevice& device, uint8_t port)
 {
     const uint32_t speed = ReadOnce(device.Config().link[port].linkSpeed);
     const uint32_t duplex = ReadOnce(device.Config().link[port].linkFullDuplex);
@@ -153,7 +153,7 @@ int RestorePortSpeed(LogCaller self, const SwitchDevice& device, uint8_t port)
     return RC_OK;
 }
 
-int RestorePhys(LogCaller self, const SwitchDevice& device)
+int RestorePhys(StepCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set PHY properties");
     for (uint8_t port = 1; port < device.NumOfPorts(); ++port) {
@@ -165,7 +165,7 @@ int RestorePhys(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreMirroring(LogCaller self, const SwitchDevice& device)
+int RestoreMirroring(StepCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set mirroring");
     for (uint8_t port = 0; port < device.NumOfPorts(); ++port) {
@@ -181,7 +181,7 @@ int RestoreMirroring(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreRgmiiDelays(LogCaller self, const SwitchDevice& device)
+int RestoreRgmiiDelays(StepCaller self, const SwitchDevice& device)
 {
     OB_INFO_AS(self, "Set RGMII delay");
     for (uint8_t port = 0; port < device.NumOfPorts(); ++port) {
@@ -195,7 +195,7 @@ int RestoreRgmiiDelays(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int SwitchSnoopingOn(LogCaller self, const SwitchDevice& device)
+int SwitchSnoopingOn(StepCaller self, const SwitchDevice& device)
 {
     if (device.Hal(&HalTable::EnableIgmpSnooping) != RC_OK)
         return OB_ERROR_AS(self, "EnableIgmpSnooping failed");
@@ -203,7 +203,7 @@ int SwitchSnoopingOn(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int SwitchSnoopingOff(LogCaller self, const SwitchDevice& device)
+int SwitchSnoopingOff(StepCaller self, const SwitchDevice& device)
 {
     if (device.Hal(&HalTable::DisableIgmpSnooping) != RC_OK)
         return OB_ERROR_AS(self, "DisableIgmpSnooping failed");
@@ -211,7 +211,7 @@ int SwitchSnoopingOff(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreSnooping(LogCaller self, const SwitchDevice& device)
+int RestoreSnooping(StepCaller self, const SwitchDevice& device)
 {
     const uint32_t snooping = ReadOnce(device.Config().igmpSnooping);
     OB_INFO_AS(self, "Set IGMP snooping ");
@@ -225,7 +225,7 @@ int RestoreSnooping(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreMtu(LogCaller self, const SwitchDevice& device)
+int RestoreMtu(StepCaller self, const SwitchDevice& device)
 {
     const uint16_t mtu = ReadOnce(device.Config().mtuSize);
     OB_INFO_AS(self, "Set MTU size ");
@@ -237,7 +237,7 @@ int RestoreMtu(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int RestoreLedMode(LogCaller self, const SwitchDevice& device)
+int RestoreLedMode(StepCaller self, const SwitchDevice& device)
 {
     const uint8_t mode = ReadOnce(device.Config().ledMode);
     OB_INFO_AS(self, "Set LED config to %u", mode);
@@ -251,7 +251,7 @@ int RestoreLedMode(LogCaller self, const SwitchDevice& device)
     return RC_OK;
 }
 
-int EnablePorts(LogCaller self, const SwitchDevice& device)
+int EnablePorts(StepCaller self, const SwitchDevice& device)
 {
     const uint8_t enabled = ReadOnce(device.Config().enabledPorts);
     OB_INFO_AS(self, "Enabling Ports: Mask 0x%x", enabled);
@@ -271,29 +271,29 @@ int EnablePorts(LogCaller self, const SwitchDevice& device)
 int _RestoreConfig(const SwitchDevice& device)
 {
     OB_INFO("DevIdx %d", device.Idx());
-    if (DisablePorts(OB_CALLER, device) != RC_OK)
+    if (DisablePorts(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreVlanMode(OB_CALLER, device) != RC_OK)
+    if (RestoreVlanMode(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreLanPorts(OB_CALLER, device) != RC_OK)
+    if (RestoreLanPorts(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreMacVlans(OB_CALLER, device) != RC_OK)
+    if (RestoreMacVlans(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreMacAging(OB_CALLER, device) != RC_OK)
+    if (RestoreMacAging(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestorePhys(OB_CALLER, device) != RC_OK)
+    if (RestorePhys(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreMirroring(OB_CALLER, device) != RC_OK)
+    if (RestoreMirroring(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreRgmiiDelays(OB_CALLER, device) != RC_OK)
+    if (RestoreRgmiiDelays(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreSnooping(OB_CALLER, device) != RC_OK)
+    if (RestoreSnooping(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreMtu(OB_CALLER, device) != RC_OK)
+    if (RestoreMtu(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    if (RestoreLedMode(OB_CALLER, device) != RC_OK)
+    if (RestoreLedMode(OB_STEP_CALLER, device) != RC_OK)
         return RC_ERROR;
-    return EnablePorts(OB_CALLER, device);
+    return EnablePorts(OB_STEP_CALLER, device);
 }
 
 }  // namespace orblink::sw

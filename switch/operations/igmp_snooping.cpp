@@ -8,7 +8,7 @@ using namespace orblink::sw;
 int ORBLINK_EnableIgmpSnooping(uint8_t DevIdx)
 {
     OB_TRACE("");
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -27,7 +27,7 @@ int ORBLINK_EnableIgmpSnooping(uint8_t DevIdx)
 int ORBLINK_DisableIgmpSnooping(uint8_t DevIdx)
 {
     OB_TRACE("");
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;

@@ -33,7 +33,7 @@ int ORBLINK_GetLEDConfig(uint8_t DevIdx, uint8_t* Mode)
     OB_TRACE("GetLEDConfig dev=%d", DevIdx);
     if (Mode == nullptr)
         return OB_ERROR("Bad input - Mode is NULL");
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -48,7 +48,7 @@ int ORBLINK_GetLEDConfig(uint8_t DevIdx, uint8_t* Mode)
 int ORBLINK_SetLEDConfig(uint8_t DevIdx, uint8_t Mode)
 {
     OB_TRACE("SetLEDConfig dev=%d, mode=%d", DevIdx, Mode);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;

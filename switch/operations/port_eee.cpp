@@ -21,7 +21,7 @@ int ORBLINK_GetEeePortState(uint8_t DevIdx, uint8_t Port, uint32_t* EeeState)
     OB_TRACE("DevIdx = %d, Port=%d", DevIdx, Port);
     if (EeeState == nullptr)
         return OB_ERROR("Bad input - EeeState is NULL");
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -39,7 +39,7 @@ int ORBLINK_GetEeePortState(uint8_t DevIdx, uint8_t Port, uint32_t* EeeState)
 int ORBLINK_EnablePhyPortEee(uint8_t DevIdx, uint8_t PhyPortIdx)
 {
     OB_TRACE("PhyPortIdx=%d", PhyPortIdx);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -77,7 +77,7 @@ int ORBLINK_DisablePhyPortEee(uint8_t DevIdx, uint8_t PhyPortIdx)
         OB_NOTICE("Modem in battery mode - skipping VendorSpecificIoctl %d", DevIdx);
         return RC_ERROR;
     }
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;

@@ -10,9 +10,9 @@ constexpr uint8_t kLanePort = 0;
 
 int ORBLINK_EnablePort(uint8_t DevIdx, uint8_t PortIdx)
 {
-    EntryExitLines lines{OB_CALLER};
+    EntryExitLines lines{OB_TRACE_CALLER};
     OB_TRACE("DevIdx %d, PortIdx=%d", DevIdx, PortIdx);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -41,12 +41,12 @@ int ORBLINK_EnablePort(uint8_t DevIdx, uint8_t PortIdx)
 
 int ORBLINK_GetPortEnable(uint8_t DevIdx, uint8_t PortIdx, uint32_t* Enabled)
 {
-    EntryExitLines lines{OB_CALLER};
+    EntryExitLines lines{OB_TRACE_CALLER};
     OB_TRACE("DevIdx %d, PortIdx=%d", DevIdx, PortIdx);
     if (Enabled == nullptr)
         return OB_ERROR("Enabled is NULL");
     *Enabled = 1;
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -61,9 +61,9 @@ int ORBLINK_GetPortEnable(uint8_t DevIdx, uint8_t PortIdx, uint32_t* Enabled)
 
 int ORBLINK_DisablePort(uint8_t DevIdx, uint8_t PortIdx)
 {
-    EntryExitLines lines{OB_CALLER};
+    EntryExitLines lines{OB_TRACE_CALLER};
     OB_TRACE("DevIdx %d, PortIdx=%d", DevIdx, PortIdx);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;

@@ -11,7 +11,7 @@ int ORBLINK_SetPortMirror(uint8_t DevIdx, uint8_t SrcPortIdx, uint8_t DstPortIdx
         return OB_ERROR("Illigal  SrcPortIdx ");
     if (DstPortIdx == SrcPortIdx)
         return OB_ERROR("Cannot mirror port to itself, DevIdx");
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;

@@ -7,7 +7,7 @@ using namespace orblink::sw;
 int ORBLINK_GetPortIEEETestMode(uint8_t DevIdx, uint8_t PortIdx, void* Mode)
 {
     OB_TRACE("GetPortIEEETestMode dev=%d, port=%d", DevIdx, PortIdx);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -28,7 +28,7 @@ int ORBLINK_GetPortIEEETestMode(uint8_t DevIdx, uint8_t PortIdx, void* Mode)
 int ORBLINK_SetPortIEEETestMode(uint8_t DevIdx, uint8_t PortIdx, uint8_t Mode)
 {
     OB_TRACE("SetPortIEEETestMode dev=%d, port=%d, mode=%d", DevIdx, PortIdx, Mode);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;

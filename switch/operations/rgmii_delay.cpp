@@ -17,7 +17,7 @@ bool IsRgmiiWithoutPhy(const SwitchCall& call, uint8_t port)
 int ORBLINK_EnableRgmiiDelay(uint8_t DevIdx, uint8_t RgmiiPortIdx)
 {
     OB_TRACE("RgmiiPortIdx=%d", RgmiiPortIdx);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;
@@ -42,7 +42,7 @@ int ORBLINK_EnableRgmiiDelay(uint8_t DevIdx, uint8_t RgmiiPortIdx)
 int ORBLINK_DisableRgmiiDelay(uint8_t DevIdx, uint8_t RgmiiPortIdx)
 {
     OB_TRACE("RgmiiPortIdx=%d", RgmiiPortIdx);
-    FinishedLine finished{OB_CALLER};
+    FinishedLine finished{OB_TRACE_CALLER};
     SwitchCall call{OB_CALLER, DevIdx, &finished};
     if (!call)
         return RC_ERROR;

@@ -120,14 +120,33 @@ TEST(Log, SeveritiesAreThoseOfTheForms)
     ExpectSite(3, OBPLAT_MODULE_PHY, __LINE__ - 1);
     EP_TRACE_AT("%s:%d x");
     ExpectSite(9, OBPLAT_MODULE_PHY, __LINE__ - 1);
-    const LogCaller caller = OB_CALLER;
+    const StepCaller caller = OB_STEP_CALLER;
     const int line = __LINE__ - 1;
     OB_NOTICE_AS(caller, "x");
     ExpectSite(2, OBPLAT_MODULE_SWITCH, line);
     OB_INFO_AS(caller, "x");
     ExpectSite(3, OBPLAT_MODULE_SWITCH, line);
-    OB_TRACE_AS(caller, "x");
-    ExpectSite(9, OBPLAT_MODULE_SWITCH, line);
+    EXPECT_EQ(OB_ERROR_AS(caller, "x"), RC_ERROR);
+    ExpectSite(1, OBPLAT_MODULE_SWITCH, line);
+    EXPECT_EQ(LogForOthers(caller), RC_ERROR);
+    ExpectSite(1, OBPLAT_MODULE_SWITCH, line);
+    EXPECT_EQ(last.func, __func__);
+    const TraceCaller traced = OB_TRACE_CALLER;
+    OB_TRACE_AS(traced, "x");
+    ExpectSite(9, OBPLAT_MODULE_SWITCH, __LINE__ - 2);
+}
+
+TEST(Log, CarriesValuesOfEveryTypeThatOperationsLog)
+{
+    const uint8_t small = 200;
+    const int16_t negative = -5;
+    OB_ERROR("%d %d %u %x %s %zu %hhu %hu", small, negative, 4000000000U, 0xFFFFFFFFU, "word",
+             sizeof(uint32_t), small, uint16_t{65535});
+    EXPECT_EQ(last.text, Place(__func__, static_cast<int>(last.site->Line)) +
+                             " 200 -5 4000000000 ffffffff word 4 200 65535");
+    const int place = __LINE__ + 1;
+    OB_NOTICE("%d %d %d %d %d %d %d", -1, 2, -3, 4, -5, 6, -7);
+    EXPECT_EQ(last.text, Place(__func__, place) + " -1 2 -3 4 -5 6 -7");
 }
 
 TEST(Log, OnlyAnErrorHasAValue)
