@@ -25,9 +25,11 @@ struct OwnPath {
     }
 };
 
-bool IsKeyFile(const char* path)
+// Files of the machine that only have to be there.
+bool IsMachineFile(const char* path)
 {
-    return strcmp(path, OB_SWITCH_KEY_FILE) == 0 || strcmp(path, OB_PHY_KEY_FILE) == 0;
+    return strcmp(path, OB_SWITCH_KEY_FILE) == 0 || strcmp(path, OB_PHY_KEY_FILE) == 0 ||
+           strcmp(path, "/dev/modphy_drv") == 0;
 }
 
 }  // namespace
@@ -50,7 +52,7 @@ int open(const char* path, int flags, ...)
     va_start(args, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(args, mode_t) : 0;
     va_end(args);
-    if (IsKeyFile(path))
+    if (IsMachineFile(path))
         path = "/dev/null";
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
