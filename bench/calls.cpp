@@ -8,9 +8,12 @@
 #include <linux/sockios.h>
 #include <net/if.h>
 #include <pthread.h>
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -190,13 +193,63 @@ void FdbDump(benchmark::State& state)
             return state.SkipWithError("fewer entries than there should be");
 }
 
+// A log daemon for as long as it lives: one that drains its socket, or one that never reads.
+class LogDaemon {
+public:
+    explicit LogDaemon(bool reads) : fd_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    {
+        const sockaddr_un address = {AF_UNIX, "/dev/log"};
+        unlink(address.sun_path);
+        bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+        if (reads && (reader_ = fork()) == 0) {
+            char line[4096];
+            while (recv(fd_, line, sizeof(line), 0) >= 0) {
+            }
+            _exit(0);
+        }
+    }
+    ~LogDaemon()
+    {
+        if (reader_ > 0) {
+            kill(reader_, SIGKILL);
+            waitpid(reader_, nullptr, 0);
+        }
+        close(fd_);
+        unlink("/dev/log");
+    }
+    LogDaemon(const LogDaemon&) = delete;
+    LogDaemon& operator=(const LogDaemon&) = delete;
+
+private:
+    int fd_;
+    pid_t reader_ = 0;
+};
+
+// A call that logs a notice, through the sink as it is shipped.
+void Notice(benchmark::State& state, void (*call)(), bool reads)
+{
+    const LogDaemon daemon{reads};
+    usleep(20'000);  // a sink that has found no daemon looks again a little later
+    for (auto _ : state)
+        call();
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
 {
     const bench::ReadyBoard board;
-    for (const auto& [name, call] : bench::CallClasses(board))
-        benchmark::RegisterBenchmark(name, Run, call);
+    // A /dev of its own, where no line reaches the machine's log.
+    const bool ownLog = access("/dev/orblink-bench", F_OK) == 0;
+    for (const auto& [name, call] : bench::CallClasses(board)) {
+        const std::string which = name;
+        if (ownLog || (which != "setter-already-set" && which != "setter-refused"))
+            benchmark::RegisterBenchmark(name, Run, call);
+        if (ownLog && which == "setter-already-set") {
+            benchmark::RegisterBenchmark("notice-daemon-reads", Notice, call, true);
+            benchmark::RegisterBenchmark("notice-daemon-silent", Notice, call, false);
+        }
+    }
     benchmark::RegisterBenchmark("robust-mutex", RobustMutex);
     if (if_nametoindex(kVeth) != 0 && if_nametoindex(kBridge) != 0) {
         benchmark::RegisterBenchmark("ethtool-ioctl", EthtoolIoctl);

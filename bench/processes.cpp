@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/ipc.h>
 #include <sys/mman.h>
 #include <sys/sem.h>
@@ -13,7 +12,6 @@
 #include <unistd.h>
 
 #include <string>
-#include <vector>
 
 #include "bench/call_classes.h"
 #include "common/shared_names.h"
@@ -118,33 +116,6 @@ void AtOnce(benchmark::State& state, void (*call)())
     }
 }
 
-// A program from its start to its end, its output thrown away.
-void SpawnToExit(benchmark::State& state, std::vector<const char*> words)
-{
-    words.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    for (auto _ : state) {
-        pid_t child = 0;
-        int status = 0;
-        const double start = Now();
-        if (posix_spawnp(&child, words[0], &actions, nullptr,
-                         const_cast<char* const*>(words.data()), environ) != 0 ||
-            waitpid(child, &status, 0) != child || status != 0) {
-            state.SkipWithError(words[0]);
-            break;
-        }
-        state.SetIterationTime(Now() - start);
-    }
-    posix_spawn_file_actions_destroy(&actions);
-}
-
-void RegisterSpawn(const char* name, const std::vector<const char*>& words)
-{
-    benchmark::RegisterBenchmark(name, SpawnToExit, words)->UseManualTime()->Iterations(50);
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
@@ -163,10 +134,6 @@ int main(int argc, char** argv)
                 ->UseManualTime()
                 ->Iterations(1);
     }
-    RegisterSpawn("spawn-orblinkctl-version", {BENCH_ORBLINKCTL, "--version"});
-    RegisterSpawn("spawn-true", {"true"});
-    RegisterSpawn("spawn-ip-link", {"ip", "-j", "link"});
-    RegisterSpawn("spawn-bridge-fdb", {"bridge", "-j", "fdb"});
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
