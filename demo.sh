@@ -21,8 +21,7 @@ scripts/install-packages.sh >"$builds/packages.log" 2>&1 || {
 
 for preset in release release-i386; do
     echo "Building $preset"
-    scripts/build.sh "$preset" "$builds/$preset" "$builds/demo-$preset.log" -- orblinkctl \
-        orblink-vboard vswitch_hal ethphy_ieee8023_hal phyk20_hal
+    scripts/build.sh "$preset" "$builds/$preset" "$builds/demo-$preset.log" -- installed
 done
 
 bin=$builds/release/bin

@@ -17,7 +17,12 @@ set(orblink_public_headers
     switch_hal_services/orblink_hal_services.h
     phy/ethphy_api.h phy/ethphy_hal.h phy/ethphy_records.h)
 
-install(TARGETS orblink)
+# What a HAL library is made with; its services are the library's.
+add_library(orblink_hal_kit INTERFACE)
+target_link_libraries(orblink_hal_kit INTERFACE orblink)
+set_target_properties(orblink_hal_kit PROPERTIES EXPORT_NAME hal)
+
+install(TARGETS orblink orblink_hal_kit EXPORT OrbLink)
 foreach(header ${orblink_public_headers})
     get_filename_component(folder ${header} DIRECTORY)
     install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orblink/${folder})

@@ -61,7 +61,8 @@ endif()
 # is mapped into each process that calls. No unwind tables: an exception cannot pass through it with a
 # lock held, but ends the program; debuggers read .debug_frame. No start-up files: nothing to start.
 function(orblink_plain_library target map)
-    target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR})
+    target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orblink>)
     target_link_libraries(${target} PRIVATE orblink_warnings)
     target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden -fno-plt
         -fsemantic-interposition $<$<CONFIG:Release>:-Os>

@@ -29,6 +29,7 @@ packages="
     netsniff-ng
     ninja-build
     nlohmann-json3-dev
+    pkgconf
     procps
     python3
     socat
