@@ -23,7 +23,7 @@ timespec Now()
 long MicrosecondsUntil(const timespec& end)
 {
     const timespec now = Now();
-    const long seconds = end.tv_sec - now.tv_sec;
+    const auto seconds = static_cast<long>(end.tv_sec - now.tv_sec);
     const long nanoseconds = end.tv_nsec - now.tv_nsec;
     const long toRoundUp = nanoseconds > 0 ? kNanosecondsPerMicrosecond - 1 : 0;
     return seconds * kMicrosecondsPerSecond +
@@ -49,17 +49,18 @@ void WaitUntil(const timespec& end)
 
 void WaitMicroseconds(unsigned microseconds)
 {
+    const auto wait = static_cast<long>(microseconds);
     timespec end = Now();
-    end.tv_sec += microseconds / kMicrosecondsPerSecond;
-    end.tv_nsec += microseconds % kMicrosecondsPerSecond * kNanosecondsPerMicrosecond;
-    if (!Slept(microseconds))
+    end.tv_sec += wait / kMicrosecondsPerSecond;
+    end.tv_nsec += wait % kMicrosecondsPerSecond * kNanosecondsPerMicrosecond;
+    if (!Slept(wait))
         WaitUntil(end);
 }
 
 void WaitSeconds(unsigned seconds)
 {
     timespec end = Now();
-    end.tv_sec += seconds;
+    end.tv_sec += static_cast<time_t>(seconds);
     if (sleep(seconds) != 0)
         WaitUntil(end);
 }
