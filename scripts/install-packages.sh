@@ -1,6 +1,8 @@
 #!/bin/sh
+# install-packages.sh [--browser]
 # Installs the Debian 12 packages that building, testing and the demo need. When all are there it
 # needs no rights and does nothing; without the rights it says what to ask an administrator for.
+#   --browser  also what the tests of the page in a browser need
 set -eu
 
 packages="
@@ -19,6 +21,7 @@ packages="
     iproute2
     iputils-ping
     libbenchmark-dev
+    libboost-dev
     libclang-rt-14-dev
     libcli11-dev
     librsvg2-bin
@@ -38,6 +41,8 @@ packages="
     valgrind
     zsh
 "
+
+[ "${1:-}" != --browser ] || packages="$packages chromium fonts-dejavu-core python3-websocket"
 
 missing=""
 for package in $packages; do

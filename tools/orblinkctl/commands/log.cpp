@@ -2,11 +2,11 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <regex>
 
 #include "platform/ob_platform.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/system_log.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/output/file.h"
 #include "tools/orblinkctl/output/model_text.h"
@@ -48,13 +48,6 @@ Model ListLevels(Call&)
         model["levels"].push_back(std::move(entry));
     }
     return model;
-}
-
-// Most lines of the library begin with a function's name and a source line.
-bool IsLibraryLine(const std::string& line)
-{
-    static const std::regex site("(^|[^A-Za-z0-9_])_?[A-Z][A-Za-z0-9_]*:[0-9]+ ");
-    return std::regex_search(line, site);
 }
 
 void ShowLine(const std::string& line)
