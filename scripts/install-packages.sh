@@ -12,6 +12,7 @@ packages="
     clang-tidy
     cmake
     cppcheck
+    ethtool
     fish
     g++
     g++-multilib
