@@ -14,6 +14,7 @@
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/output/board_text.h"
+#include "tools/orblinkctl/output/columns.h"
 #include "tools/orblinkctl/output/file.h"
 #include "tools/orblinkctl/output/model_text.h"
 #include "tools/orblinkctl/output/picture.h"
@@ -95,7 +96,8 @@ void PrintInitialised(const Model& model, std::string& out)
         const auto devices = family["devices"].get<unsigned>();
         const std::string none = family.contains("failure") ? ": " + Text(family["failure"])
                                                             : ": the board data name none";
-        Line(out, {name, " family: ", std::to_string(devices), " found", devices == 0 ? none : ""});
+        Paragraph(out,
+                  {name, " family: ", std::to_string(devices), " found", devices == 0 ? none : ""});
         for (unsigned i = 0; i < devices; ++i)
             next +=
                 (next.empty() ? "" : ", ") + std::string("orblinkctl ") +
@@ -103,9 +105,9 @@ void PrintInitialised(const Model& model, std::string& out)
     }
     if (!model["mac_addresses"].is_null())
         for (const auto& address : model["mac_addresses"])
-            Line(out, {"MAC address ", Text(address)});
+            Paragraph(out, {"MAC address ", Text(address)});
     if (!next.empty())
-        Line(out, {"next: ", next});
+        Paragraph(out, {"next: ", next});
 }
 
 Model Show(Call& call)
@@ -147,9 +149,9 @@ bool HasLineCharacters()
 
 void PrintOverview(const Model& board, std::string& out)
 {
-    out += PictureText(DrawBoard(board), HasLineCharacters(), WantsColour());
+    out += PictureText(DrawBoard(board, ScreenColumns()), HasLineCharacters(), WantsColour());
     for (const auto& error : board["errors"])
-        Line(out, {"error: ", Text(error)});
+        Paragraph(out, {"error: ", Text(error)});
 }
 
 ExitCode Overview(Call& call)

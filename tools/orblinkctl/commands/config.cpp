@@ -128,11 +128,11 @@ void PrintApplied(const Model& model, std::string& out)
 {
     const bool applied = model["applied"].get<bool>();
     for (const auto& step : model["steps"])
-        Line(out, {applied ? "done: " : "would do: ", Text(step)});
+        Paragraph(out, {applied ? "done: " : "would do: ", Text(step)});
     if (model["steps"].empty())
-        Line(out, {"nothing to do"});
+        Paragraph(out, {"nothing to do"});
     if (model["taken_back"].get<bool>())
-        Line(out, {"not confirmed: the changes were taken back"});
+        Paragraph(out, {"not confirmed: the changes were taken back"});
 }
 
 Model ShowPending(Call&)
@@ -146,12 +146,12 @@ void PrintPending(const Model& model, std::string& out)
 {
     const Model& pending = model["pending"];
     if (pending.is_null())
-        return Line(out, {"no change waits for its confirmation"});
+        return Paragraph(out, {"no change waits for its confirmation"});
     if (pending["seconds_left"].is_null())
-        Line(out, {Text(pending["file"]), " is being applied"});
+        Paragraph(out, {Text(pending["file"]), " is being applied"});
     else
-        Line(out, {Text(pending["file"]), " is taken back in ", Text(pending["seconds_left"]),
-                   " s: orblinkctl config confirm"});
+        Paragraph(out, {Text(pending["file"]), " is taken back in ", Text(pending["seconds_left"]),
+                        " s: orblinkctl config confirm"});
     Model changes;
     changes["differences"] = pending["differences"];
     PrintModel(changes, out);
@@ -178,7 +178,7 @@ Model RollBack(Call&)
 
 void PrintOutcome(const Model& model, std::string& out)
 {
-    Line(out, {"the changes were ", model["kept"].get<bool>() ? "kept" : "taken back"});
+    Paragraph(out, {"the changes were ", model["kept"].get<bool>() ? "kept" : "taken back"});
 }
 
 Model Skipped(const std::string& object, const std::string& reason)
@@ -227,9 +227,9 @@ Model Verify(Call& call)
 
 void PrintVerified(const Model& model, std::string& out)
 {
-    Line(out, {"checked: ", Text(model["checked"])});
+    Paragraph(out, {"checked: ", Text(model["checked"])});
     for (const auto& entry : model["skipped"])
-        Line(out, {"not checked: ", Text(entry["object"]), ": ", Text(entry["reason"])});
+        Paragraph(out, {"not checked: ", Text(entry["object"]), ": ", Text(entry["reason"])});
     Model differences;
     differences["differences"] = model["differences"];
     PrintModel(differences, out);

@@ -1,5 +1,4 @@
 // The counters of all ports at a glance.
-#include <chrono>
 #include <cstdlib>
 #include <utility>
 
@@ -24,21 +23,6 @@ bool IsOf(const Call& call, const Model& port)
     return port["switch"] == call.As<unsigned>("SWITCH");
 }
 
-// What was added between two samples, for each second; null after a reset in between.
-Model PerSecond(const Model& before, const Model& after, double seconds)
-{
-    Model rates = Model::object();
-    for (const auto& [name, value] : after.items()) {
-        if (!value.is_number() || !before.contains(name))
-            continue;
-        const auto first = before[name].get<uint64_t>();
-        const auto last = value.get<uint64_t>();
-        const double rate = static_cast<double>(last - first) / seconds;
-        rates[name] = last < first ? Model() : Model(static_cast<uint64_t>(rate + 0.5));
-    }
-    return rates;
-}
-
 void DropZeros(Model& counters)
 {
     Model rest = Model::object();
@@ -55,11 +39,11 @@ void TakeRates(Call& call, CounterSample& sample)
     const CounterSample before = std::exchange(sample, {});
     WaitForKey(interval);
     sample = TakeSample();
-    const double seconds = std::chrono::duration<double>(sample.when - before.when).count();
+    Model rates = Model::array();
     for (size_t i = 0; i < sample.ports.size(); ++i)
-        if (i < before.ports.size())
-            sample.ports[i]["counters"] =
-                PerSecond(before.ports[i]["counters"], sample.ports[i]["counters"], seconds);
+        rates.push_back(CounterRates(before, sample, i));
+    for (size_t i = 0; i < sample.ports.size(); ++i)
+        sample.ports[i]["counters"] = rates[i];
 }
 
 Model ShowAll(Call& call)

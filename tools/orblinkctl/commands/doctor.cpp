@@ -1,12 +1,17 @@
 #include "tools/orblinkctl/commands/doctor.h"
 
 #include <dlfcn.h>
+#include <grp.h>
+#include <pwd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 #include "hwmbox/hwmbox.h"
 #include "tools/orblinkctl/facts/diagnosis.h"
@@ -28,9 +33,11 @@ constexpr int kMailboxFamily = 43;
 class Findings {
 public:
     void Ok(const std::string& subject, const std::string& text) { Add(subject, "ok", text, ""); }
+    // What could not be looked at may not be well.
     void Skipped(const std::string& subject, const std::string& text, const std::string& next)
     {
         Add(subject, "not checked", text, next);
+        good_ = false;
     }
     void Bad(const std::string& subject, const std::string& text, const std::string& next)
     {
@@ -69,43 +76,135 @@ std::string Octal(mode_t mode)
     return text;
 }
 
-// The library opens the key file and the region for reading and writing.
-void CheckPermissions(Findings& findings, const FamilyState& state)
+std::string UserName(uid_t id)
 {
-    const FamilyNames& names = NamesOf(state.family);
-    const std::string subject = FamilySubject(state.family, "permissions");
+    const passwd* entry = getpwuid(id);
+    return entry == nullptr ? std::to_string(id) : Printable(entry->pw_name);
+}
+
+std::string GroupName(gid_t id)
+{
+    const ::group* entry = getgrgid(id);
+    return entry == nullptr ? std::to_string(id) : Printable(entry->gr_name);
+}
+
+// "/dev/shm/x belongs to user root, group net, mode 0660".
+std::string OwnerText(const std::string& path, const struct stat& object)
+{
+    return path + " belongs to user " + UserName(object.st_uid) + ", group " +
+           GroupName(object.st_gid) + ", mode " + Octal(object.st_mode);
+}
+
+// A group that may use it is joined; else it takes the owner.
+std::string WayIn(const struct stat& object)
+{
+    constexpr mode_t kGroupUses = S_IRGRP | S_IWGRP;
+    if ((object.st_mode & kGroupUses) == kGroupUses)
+        return "usermod -aG " + GroupName(object.st_gid) + " " + UserName(geteuid()) +
+               ", and log in again";
+    return "sudo -u " + UserName(object.st_uid) + " orblinkctl doctor";
+}
+
+// The library opens the key file and the region for reading and writing. What is not there is the
+// matter of others.
+bool CheckPermissions(Findings& findings, Family family)
+{
+    const FamilyNames& names = NamesOf(family);
+    const std::string subject = FamilySubject(family, "permissions");
     const std::string region = std::string("/dev/shm") + names.region;
+    std::string text;
     for (const std::string& path : {std::string(names.keyFile), region}) {
-        if (eaccess(path.c_str(), R_OK | W_OK) != 0)
-            return findings.Bad(subject, path + ": " + std::strerror(errno),
-                                "run as the user or group that owns it");
+        struct stat object = {};
+        if (stat(path.c_str(), &object) != 0)
+            continue;
+        text = OwnerText(path, object);
+        if (eaccess(path.c_str(), R_OK | W_OK) != 0) {
+            findings.Bad(subject, text + ": " + std::strerror(errno), WayIn(object));
+            return false;
+        }
+        if (path == region && (object.st_mode & S_IWOTH) != 0) {
+            findings.Bad(subject, text + ": everybody may name the library that is loaded",
+                         "chmod o-w " + path);
+            return true;
+        }
     }
-    findings.Ok(subject, region + " belongs to user " + std::to_string(state.region.owner) +
-                             ", group " + std::to_string(state.region.group) + ", mode " +
-                             Octal(state.region.mode));
+    if (!text.empty())
+        findings.Ok(subject, text);
+    return true;
+}
+
+// A call that is being made at this moment holds the lock rightly.
+Diagnosis DiagnoseAtRest(Family family)
+{
+    constexpr int kLooks = 20;
+    Diagnosis found = Diagnose(family);
+    for (int look = 1; look < kLooks && found.verdict == Verdict::kBusy; ++look) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+        found = Diagnose(family);
+    }
+    return found;
+}
+
+void CheckLock(Findings& findings, Family family, const Diagnosis& found)
+{
+    const std::string subject = FamilySubject(family, "lock");
+    if (!found.state.lock.Exists() || found.verdict == Verdict::kDamaged)
+        return;
+    if (found.holder == Holder::kNone)
+        return findings.Ok(subject, "free");
+    if (found.verdict == Verdict::kBusy)
+        return findings.Bad(subject, VerdictText(found),
+                            "wait, or end it: kill " + std::to_string(found.lastOperator->id));
+    findings.Bad(subject, VerdictText(found), NextCommand(found));
+}
+
+// False when the records cannot be looked at. A family without devices is what an initialisation
+// leaves that was cut off, and what a board has whose devices are all of the other family.
+bool CheckInitialisation(Findings& findings, Family family, const Diagnosis& found, bool isOnly)
+{
+    const std::string subject = FamilySubject(family, "initialisation");
+    const std::string region = FamilySubject(family, "region");
+    switch (found.verdict) {
+        case Verdict::kGood:
+            findings.Ok(
+                subject,
+                "complete, " + std::to_string(found.state.region.devices.value_or(0)) + " found");
+            findings.Ok(region,
+                        std::to_string(found.state.region.size) + " bytes, as it should be");
+            return true;
+        case Verdict::kNoDevices:
+            if (isOnly)
+                findings.Bad(subject, VerdictText(found), NextCommand(found));
+            else
+                findings.Ok(subject, "complete, the board has none");
+            return false;
+        case Verdict::kNotInitialised:
+        case Verdict::kUnfinished:
+            findings.Bad(subject, VerdictText(found), NextCommand(found));
+            return false;
+        case Verdict::kDamaged:
+            findings.Bad(region, VerdictText(found), "orblinkctl recover");
+            return false;
+        default:
+            findings.Skipped(subject, "the lock is held", NextCommand(found));
+            return false;
+    }
+}
+
+bool HasDevices(Family family)
+{
+    return LookAtRegion(family).devices.value_or(0) != 0;
 }
 
 // False when the records cannot be looked at.
 bool CheckState(Findings& findings, Family family)
 {
-    const Diagnosis found = Diagnose(family);
-    const std::string subject = FamilySubject(family, "state");
-    switch (found.verdict) {
-        case Verdict::kGood:
-            findings.Ok(subject, VerdictText(found));
-            break;
-        case Verdict::kNoDevices:
-            findings.Skipped(subject, VerdictText(found), NextCommand(found));
-            return false;
-        case Verdict::kBusy:
-            findings.Bad(subject, VerdictText(found), "wait, or end that process");
-            return false;
-        default:
-            findings.Bad(subject, VerdictText(found), NextCommand(found));
-            return false;
-    }
-    CheckPermissions(findings, found.state);
-    return true;
+    if (!CheckPermissions(findings, family))
+        return false;
+    const Diagnosis found = DiagnoseAtRest(family);
+    CheckLock(findings, family, found);
+    const bool isOnly = !HasDevices(family == Family::kPhy ? Family::kSwitch : Family::kPhy);
+    return CheckInitialisation(findings, family, found, isOnly);
 }
 
 template <typename Record>
@@ -130,7 +229,8 @@ void CheckHal(Findings& findings, const Record& record, const std::string& objec
 {
     const std::string subject = object + " HAL";
     if (record.bsdValid == 0)
-        return findings.Bad(subject, "no board data came for it", "orblinkctl recover");
+        return findings.Bad(subject, "no board data came for it",
+                            "orblinkctl init, with what sends them running");
     const std::string name(record.board.halLibName,
                            strnlen(record.board.halLibName, OB_HAL_NAME_SIZE));
     const LoadedLibrary library(name.empty() ? nullptr
@@ -143,7 +243,7 @@ void CheckHal(Findings& findings, const Record& record, const std::string& objec
         findings.Ok(subject, Printable(name));
     else
         findings.Bad(subject, Printable(name) + ": " + Printable(reason ? reason : "no name"),
-                     "install the library, or mend LD_LIBRARY_PATH");
+                     "install it, or LD_LIBRARY_PATH=ITS-DIRECTORY orblinkctl doctor");
 }
 
 // An operation that reaches the chip, and the lines that it left.
@@ -253,9 +353,10 @@ Model Examine(Call& call)
 void PrintChecks(const Model& model, std::string& out)
 {
     for (const auto& entry : model["checks"]) {
-        Line(out, {Text(entry["state"]), ": ", Text(entry["subject"]), ": ", Text(entry["text"])});
+        Paragraph(out,
+                  {Text(entry["state"]), ": ", Text(entry["subject"]), ": ", Text(entry["text"])});
         if (!entry["next"].is_null())
-            Line(out, {"    next: ", Text(entry["next"])});
+            Paragraph(out, {"    next: ", Text(entry["next"])});
     }
 }
 

@@ -44,11 +44,12 @@ Model Explain(Call& call)
 void PrintCauses(const Model& model, std::string& out)
 {
     for (const auto& cause : model["causes"]) {
-        Line(out, {Text(cause["effect"]), ": ", Text(cause["subject"]), ": ", Text(cause["text"])});
+        Paragraph(out,
+                  {Text(cause["effect"]), ": ", Text(cause["subject"]), ": ", Text(cause["text"])});
         if (!cause["next"].is_null())
-            Line(out, {"    next: ", Text(cause["next"])});
+            Paragraph(out, {"    next: ", Text(cause["next"])});
     }
-    Line(out, {"verdict: ", Text(model["verdict"])});
+    Paragraph(out, {"verdict: ", Text(model["verdict"])});
 }
 
 constexpr Command kExplainCommands[] = {

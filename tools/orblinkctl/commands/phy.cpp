@@ -6,6 +6,7 @@
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/phy_counters.h"
 #include "tools/orblinkctl/facts/phy_model.h"
+#include "tools/orblinkctl/facts/phy_offers.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 #include "tools/orblinkctl/output/text.h"
@@ -14,11 +15,13 @@ namespace ctl {
 
 namespace {
 
-// The wiring stands in "show" and "phy N board"; tables stay narrow without it.
+// The wiring stands in "show" and "phy N board", what it can do in "phy N caps"; tables stay narrow
+// without them.
 Model WithoutBoard(Model phy)
 {
     phy["hal"] = phy["board"].is_null() ? Model() : phy["board"]["hal"];
     phy.erase("board");
+    phy.erase("capability_names");
     return phy;
 }
 
@@ -108,17 +111,89 @@ Model DisablePhy(Call& call)
     return SetAdmin(PhyTarget(call), false);
 }
 
+// Only the general HAL tells what its PHY can do in a way that is known here.
+void RequireEee(const PhyTarget& target)
+{
+    constexpr uint32_t kAnyEee = ETHPHY_IEEE8023_EEE_100 | ETHPHY_IEEE8023_EEE_1000 |
+                                 ETHPHY_IEEE8023_EEE_10000 | ETHPHY_IEEE8023_EEE_2500 |
+                                 ETHPHY_IEEE8023_EEE_5000;
+    const auto& record = target.region.phy[target.device];
+    if (IsIeee8023(record) && record.capsValid != 0 && (record.caps & kAnyEee) == 0)
+        throw Failure{kUnsupported, target.object + " does not support 802.3az"};
+}
+
+void PrintWords(const char* heading, const Model& words, std::string& out)
+{
+    std::string list;
+    for (const auto& word : words)
+        list += " " + Text(word);
+    Paragraph(out, {"  ", heading, list.empty() ? " -" : list});
+}
+
+void PrintPhyCaps(const Model& model, std::string& out)
+{
+    for (const auto& phy : model["phys"]) {
+        Paragraph(out, {"PHY ", Text(phy["phy"]), ": capabilities ",
+                        Hex(phy["capabilities"].get<uint32_t>(), 8)});
+        if (!phy["capability_names"].is_null())
+            PrintWords("it can", phy["capability_names"], out);
+    }
+}
+
+std::string PhyLinkText(const Model& phy)
+{
+    if (phy["link"] != true)
+        return "no link";
+    return "link " + Text(phy["link_speed"]) + " " + Text(phy["link_duplex"]);
+}
+
+void PrintSpeeds(const Model& model, std::string& out)
+{
+    for (const auto& phy : model["phys"]) {
+        const Model& duplex = phy["duplex"];
+        Paragraph(out, {"PHY ", Text(phy["phy"]), ": speed ", Text(phy["speed"]),
+                        duplex.is_null() ? "" : " " + Text(duplex), ", ", PhyLinkText(phy)});
+        PrintWords("offers:", phy["offers"], out);
+        PrintWords("the partner offers:", phy["partner_offers"], out);
+    }
+}
+
+void PrintEee(const Model& model, std::string& out)
+{
+    for (const auto& phy : model["phys"]) {
+        Paragraph(out, {"PHY ", Text(phy["phy"]), ": eee ", OnOff(phy["eee"]), ", ",
+                        phy["active"] == true ? "in use" : "not in use", ", ", PhyLinkText(phy)});
+        PrintWords("offers it at:", phy["offers"], out);
+        PrintWords("the partner offers it at:", phy["partner_offers"], out);
+    }
+}
+
+Model ShowPhySpeed(Call& call)
+{
+    const PhyTarget target(call);
+    return Listed(SpeedOffers(target.region, target.device));
+}
+
+Model ShowPhyEee(Call& call)
+{
+    const PhyTarget target(call);
+    RequireEee(target);
+    return Listed(EeeOffers(target.device));
+}
+
 Model ShowPhyCaps(Call& call)
 {
     const PhyTarget target(call);
     if (target.region.phy[target.device].capsValid == 0)
         throw Failure{kInitState, "the capabilities of " + target.object +
-                                      " are not known yet: bring it up first"};
+                                      " are not known yet: orblinkctl phy " +
+                                      std::to_string(target.device) + " up"};
     uint32_t caps = 0;
     Check(ETHPHY_GetCaps(target.device, &caps), target.object, "ETHPHY_GetCaps");
     Model phy;
     phy["phy"] = target.device;
     phy["capabilities"] = caps;
+    phy["capability_names"] = CapabilityNames(target.region.phy[target.device], caps);
     return Listed(std::move(phy));
 }
 
@@ -165,17 +240,6 @@ Model ResetPhyCounters(Call& call)
     const PhyTarget target(call);
     Check(ETHPHY_ResetCounters(target.device), target.object, "ETHPHY_ResetCounters");
     return Done(target, "counters", 0);
-}
-
-// Only the general HAL tells what its PHY can do in a way that is known here.
-void RequireEee(const PhyTarget& target)
-{
-    constexpr uint32_t kAnyEee = ETHPHY_IEEE8023_EEE_100 | ETHPHY_IEEE8023_EEE_1000 |
-                                 ETHPHY_IEEE8023_EEE_10000 | ETHPHY_IEEE8023_EEE_2500 |
-                                 ETHPHY_IEEE8023_EEE_5000;
-    const auto& record = target.region.phy[target.device];
-    if (IsIeee8023(record) && record.capsValid != 0 && (record.caps & kAnyEee) == 0)
-        throw Failure{kUnsupported, target.object + " does not support 802.3az"};
 }
 
 Model SetPhyEee(Call& call)
@@ -227,12 +291,15 @@ constexpr Command kPhyCommands[] = {
     {"phy PHY enable", "", "enable a PHY", "ETHPHY_SetAdminState", EnablePhy, PrintChanges},
     {"phy PHY disable", "", "disable a PHY", "ETHPHY_SetAdminState", DisablePhy, PrintChanges},
     {"phy PHY link", "", "the link of a PHY", "ETHPHY_GetLink", ShowPhyLink, PrintModel},
+    {"phy PHY speed", "", "speed and duplex, and what the PHY and its partner offer",
+     "ETHPHY_ReadMdio ETHPHY_ReadMmd ETHPHY_GetLink", ShowPhySpeed, PrintSpeeds},
     {"phy PHY speed PHY-SPEED [DUPLEX]", "", "advertise one speed and negotiate again",
      "ETHPHY_PhyZ88_SetSpeedDuplexMode", SetPhySpeed, PrintChanges},
+    {"phy PHY eee", "", "Energy-Efficient Ethernet, and where the PHY and its partner offer it",
+     "ETHPHY_ReadMdio ETHPHY_ReadMmd ETHPHY_GetLink", ShowPhyEee, PrintEee},
     {"phy PHY eee ON-OFF", "", "switch Energy-Efficient Ethernet", "ETHPHY_SetEeeState", SetPhyEee,
      PrintChanges},
-    {"phy PHY caps", "", "the capabilities word of the HAL", "ETHPHY_GetCaps", ShowPhyCaps,
-     PrintModel},
+    {"phy PHY caps", "", "what the PHY can do", "ETHPHY_GetCaps", ShowPhyCaps, PrintPhyCaps},
     {"phy PHY config", "", "the provisioned configuration", "ETHPHY_GetProvisionedConfig",
      ShowPhyConfig, PrintModel},
     {"phy PHY board", "", "the wiring", "ETHPHY_GetBsdConfig", ShowPhyBoard, PrintModel},

@@ -116,24 +116,26 @@ void PrintUsers(const Model& entry, std::string& out)
         list +=
             (list.empty() ? "" : ", ") + Text(user["process"]) + " (" + Text(user["name"]) + ")";
     if (!list.empty())
-        Line(out, {"  processes that use the region: ", list});
+        Paragraph(out, {"  processes that use the region: ", list});
     if (entry["hidden_processes"] != 0)
-        Line(out, {"  processes that only root may look into: ", Text(entry["hidden_processes"])});
+        Paragraph(out,
+                  {"  processes that only root may look into: ", Text(entry["hidden_processes"])});
     if (entry["waiting"] != 0)
-        Line(out, {"  calls that wait for the lock: ", Text(entry["waiting"])});
+        Paragraph(out, {"  calls that wait for the lock: ", Text(entry["waiting"])});
 }
 
 void PrintRecovery(const Model& model, std::string& out)
 {
     for (const auto& entry : model["recovery"]) {
-        Line(out, {entry["family"] == "phy" ? "PHY" : "switch", " family: ", Text(entry["text"])});
+        Paragraph(out,
+                  {entry["family"] == "phy" ? "PHY" : "switch", " family: ", Text(entry["text"])});
         PrintUsers(entry, out);
         if (!entry["done"].is_null())
-            Line(out, {"  done: ", Text(entry["done"])});
+            Paragraph(out, {"  done: ", Text(entry["done"])});
         else if (!entry["objection"].is_null())
-            Line(out, {"  in the way: ", Text(entry["objection"])});
+            Paragraph(out, {"  in the way: ", Text(entry["objection"])});
         if (!entry["next"].is_null())
-            Line(out, {"  next: ", Text(entry["next"])});
+            Paragraph(out, {"  next: ", Text(entry["next"])});
     }
 }
 

@@ -7,9 +7,11 @@
 #include "tools/orblinkctl/commands/register_lists.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
+#include "tools/orblinkctl/facts/counters.h"
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/mii_decode.h"
+#include "tools/orblinkctl/facts/vs08_decode.h"
 #include "tools/orblinkctl/output/model_text.h"
 
 namespace ctl {
@@ -147,6 +149,36 @@ Model ReadAllMdio(Call& call)
     return model;
 }
 
+// What the bits mean is known of one chip.
+void RequireKnownRegisters(const Call& call)
+{
+    const SwitchTarget target(call);
+    if (!IsVs08(target.Record()))
+        throw Failure{kUnsupported, target.object +
+                                        ": the registers of its chip are not known here: again "
+                                        "without --decode"};
+}
+
+Model ReadPortRegisters(Call& call)
+{
+    if (call.Has("--decode"))
+        RequireKnownRegisters(call);
+    Model model = ReadRegisters(call, PortAccess(call));
+    if (call.Has("--decode"))
+        DecodeChipRegisters(model, PortBlock(call.As<unsigned>("PORT-NUMBER")));
+    return model;
+}
+
+Model ReadSmi(Call& call)
+{
+    if (call.Has("--decode"))
+        RequireKnownRegisters(call);
+    Model model = ReadRegisters(call, SmiAccess(call));
+    if (call.Has("--decode"))
+        DecodeChipRegisters(model, 0);
+    return model;
+}
+
 Model ReadMdio(Call& call)
 {
     Model model = ReadRegisters(call, MdioAccess(call));
@@ -220,14 +252,14 @@ Model Ioctl(Call& call)
 constexpr Command kRegisterCommands[] = {
     {"reg", "", "the switches and ports whose registers can be named", "ORBLINK_GetSwitchDevices",
      PortRegisterTargets, PrintModel},
-    {"reg SWITCH PORT-NUMBER REGISTERS", "", "read registers of a switch port",
-     "ORBLINK_ReadPortReg", Read<PortAccess>, PrintRegisters},
+    {"reg SWITCH PORT-NUMBER REGISTERS", "--decode", "read registers of a switch port",
+     "ORBLINK_ReadPortReg", ReadPortRegisters, PrintRegisters},
     {"reg SWITCH PORT-NUMBER REGISTERS VALUE", "", "write registers of a switch port",
      "ORBLINK_WritePortReg", Write<PortAccess>, PrintChanges},
     {"smi", "", "where each switch is on the MDIO buses", "ORBLINK_GetSwitchDevices", SmiTargets,
      PrintModel},
-    {"smi SWITCH REGISTERS", "", "read SMI registers of a switch", "ORBLINK_SmiRead",
-     Read<SmiAccess>, PrintRegisters},
+    {"smi SWITCH REGISTERS", "--decode", "read SMI registers of a switch", "ORBLINK_SmiRead",
+     ReadSmi, PrintRegisters},
     {"smi SWITCH REGISTERS VALUE", "", "write SMI registers of a switch", "ORBLINK_SmiWrite",
      Write<SmiAccess>, PrintChanges},
     {"ioctl", "", "the commands that the HAL of each switch knows", "", IoctlUsage, PrintUsage},

@@ -43,10 +43,10 @@ void PrintSwitch(const Model& model, std::string& out)
     for (const auto& entry : model["switches"]) {
         for (const auto& [key, value] : entry.items()) {
             if (!value.is_object())
-                Line(out, {key, ": ", value.is_boolean() ? YesNo(value) : Text(value)});
+                Paragraph(out, {key, ": ", value.is_boolean() ? YesNo(value) : Text(value)});
             else
                 for (const auto& [name, wired] : value.items())
-                    Line(out, {name, ": ", Text(wired)});
+                    Paragraph(out, {name, ": ", Text(wired)});
         }
     }
 }
@@ -101,7 +101,8 @@ Model ShowCaps(Call& call)
     SwitchCaps caps;
     if (target.Record().capsValid == 0)
         throw Failure{kInitState, "the capabilities of " + target.object +
-                                      " are not known yet: bring it up first"};
+                                      " are not known yet: orblinkctl up " +
+                                      std::to_string(target.device)};
     Check(ORBLINK_GetSwitchCaps(target.device, &caps), target.object, "ORBLINK_GetSwitchCaps");
     Model model;
     model["capabilities"] = Model::array({Capabilities(caps, target.device)});

@@ -1,14 +1,15 @@
-// Live views: monitor and top.
+// Live views: monitor, top and watch.
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <deque>
 #include <map>
 
 #include "tools/orblinkctl/commands/tables.h"
+#include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/facts/link_history.h"
 #include "tools/orblinkctl/facts/monitor.h"
 #include "tools/orblinkctl/facts/rates.h"
 #include "tools/orblinkctl/line/session.h"
@@ -31,20 +32,6 @@ uint64_t RoundsOf(const Call& call)
     return call.Has("--rounds") ? call.Number("--rounds") : 0;
 }
 
-std::string TimeWord()
-{
-    const auto now = std::chrono::system_clock::now();
-    const auto since = now.time_since_epoch();
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(since).count() % 1000;
-    std::tm utc{};
-    gmtime_r(&seconds, &utc);
-    char text[64];
-    const size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
-    std::snprintf(text + length, sizeof text - length, ".%03dZ", static_cast<int>(millis));
-    return text;
-}
-
 // Numbers the lines, so that a reader notices when one got lost on the way.
 class ChangeLog {
 public:
@@ -57,10 +44,12 @@ public:
         line["object"] = object;
         line["setting"] = setting;
         line["value"] = value;
+        AddFlaps(line, object, setting, value);
         if (CurrentSettings().format == Format::kJson)
             return WriteOut(line.dump() + "\n");
         WriteOut(Text(line["time"]) + "  " + std::to_string(sequence_) + "  " + object + ": " +
-                 setting + " " + (value.is_boolean() ? YesNo(value) : Text(value)) + "\n");
+                 setting + " " + (value.is_boolean() ? YesNo(value) : Text(value)) +
+                 FlapText(line) + "\n");
     }
 
     void Compare(const WatchedState& before, const WatchedState& now)
@@ -76,7 +65,30 @@ public:
     }
 
 private:
+    // A link that comes or goes says how often it did, and when it did before.
+    void AddFlaps(Model& line, const std::string& object, const std::string& setting,
+                  const Model& value)
+    {
+        if (setting != "link")
+            return;
+        const Model before = links_.LastChangeOf(object);
+        if (!links_.Note(object, value))
+            return;
+        line["flaps"] = links_.FlapsOf(object);
+        line["last_change"] = before;
+    }
+
+    static std::string FlapText(const Model& line)
+    {
+        if (!line.contains("flaps"))
+            return {};
+        const Model& before = line["last_change"];
+        return " (flap " + Text(line["flaps"]) +
+               (before.is_null() ? "" : ", the last one at " + Text(before)) + ")";
+    }
+
     uint64_t sequence_ = 0;
+    LinkHistory links_;
 };
 
 ExitCode Monitor(Call& call)
@@ -141,14 +153,16 @@ public:
     std::string Screen() const
     {
         Table table({"PORT", "LABEL", "LINK", "SPEED", "RX BYTES/S", "RX FRAMES/S", "TX BYTES/S",
-                     "TX FRAMES/S", "HISTORY"});
+                     "TX FRAMES/S", "FLAPS", "LAST CHANGE", "HISTORY"});
         for (const auto& port : Sorted())
-            table.Row(
-                {Name(port), Text(port["label"]), YesNo(port["link"]), Text(port["link_speed"]),
-                 Text(port["receive_bytes_per_second"]), Text(port["receive_frames_per_second"]),
-                 Text(port["transmit_bytes_per_second"]), Text(port["transmit_frames_per_second"]),
-                 Sparkline(history_.at(Name(port)))});
-        table.Expendable({"HISTORY", "RX FRAMES/S", "TX FRAMES/S", "LABEL", "SPEED"});
+            table.Row({Name(port), Text(port["label"]), YesNo(port["link"]),
+                       Text(port["link_speed"]), Text(port["receive_bytes_per_second"]),
+                       Text(port["receive_frames_per_second"]),
+                       Text(port["transmit_bytes_per_second"]),
+                       Text(port["transmit_frames_per_second"]), Text(port["flaps"]),
+                       Text(port["last_change"]), Sparkline(history_.at(Name(port)))});
+        table.Expendable(
+            {"HISTORY", "LAST CHANGE", "RX FRAMES/S", "TX FRAMES/S", "LABEL", "SPEED", "FLAPS"});
         std::string out;
         table.Print(out);
         return out;
@@ -190,34 +204,87 @@ void PrintTop(const Model& model, std::string& out)
     out += view.Screen();
 }
 
-// On a terminal until "q"; elsewhere one table for each round, or one when no number is given.
-ExitCode Top(Call& call)
+// Gives `show` the key that was pressed and two samples, on a terminal until "q"; elsewhere one for
+// each round, or one when no number is given.
+template <typename Show>
+ExitCode EachSample(Call& call, Show show)
 {
     const double interval = IntervalOf(call);
     const bool live = isatty(STDOUT_FILENO) != 0 && CurrentSettings().format == Format::kText;
     const uint64_t rounds = live || RoundsOf(call) != 0 ? RoundsOf(call) : 1;
+    LinkHistory links;
     CounterSample before = TakeSample();
+    links.Note(before.ports);
     CatchEndSignals();
     const auto screen = live ? std::make_unique<LiveScreen>() : nullptr;
-    PortView view;
     for (uint64_t round = 0; rounds == 0 || round < rounds; ++round) {
         const char key = WaitForKey(interval);
         if (key == 'q' || EndRequested())
             break;
-        if (key == 's')
-            view.NextOrder();
         CounterSample after = TakeSample();
         Model model;
         model["ports"] = Rates(before, after);
+        links.Note(model["ports"]);
+        show(key, live, model, before, after);
         before = std::move(after);
+    }
+    return kDone;
+}
+
+constexpr char kClear[] = "\033[H\033[J";
+
+ExitCode Top(Call& call)
+{
+    PortView view;
+    return EachSample(call, [&](char key, bool live, const Model& model, const auto&, const auto&) {
+        if (key == 's')
+            view.NextOrder();
         view.Take(model["ports"]);
         if (live)
-            WriteOut("\033[H\033[J" + view.Screen() + "\nsorted by " + view.OrderName() +
+            WriteOut(kClear + view.Screen() + "\nsorted by " + view.OrderName() +
                      " - s: sort, q: quit\n");
         else
             WriteOut(Rendered(call, model));
+    });
+}
+
+void PrintWatched(const Model& model, std::string& out)
+{
+    for (const auto& port : model["ports"]) {
+        const std::string label = port["label"].is_null() ? "" : " " + Text(port["label"]);
+        const Model& change = port["last_change"];
+        Paragraph(out,
+                  {"port ", PortWord(port["switch"].get<unsigned>(), port["port"].get<unsigned>()),
+                   label, ": link ", YesNo(port["link"]),
+                   port["link_speed"].is_null() ? "" : " at " + Text(port["link_speed"]) + " Mb/s",
+                   ", flaps ", Text(port["flaps"]),
+                   change.is_null() ? "" : ", the last one at " + Text(change)});
+        Table table({"COUNTER", "VALUE", "PER SECOND"});
+        for (const auto& [name, value] : port["counters"].items())
+            if (value != 0)
+                table.Row({name, Text(value), Cell(port["counters_per_second"], name.c_str())});
+        table.Print(out);
     }
-    return kDone;
+}
+
+// One port with everything that it counts.
+ExitCode WatchPort(Call& call)
+{
+    const PortTarget target(call);
+    return EachSample(call, [&](char, bool live, const Model& all, const CounterSample& before,
+                                const CounterSample& after) {
+        Model model;
+        model["ports"] = Model::array();
+        for (size_t i = 0; i < all["ports"].size() && i < before.ports.size(); ++i) {
+            Model port = all["ports"][i];
+            if (port["switch"] != target.id.device || port["port"] != target.id.port)
+                continue;
+            port["counters"] = after.ports[i]["counters"];
+            port["counters_per_second"] = CounterRates(before, after, i);
+            model["ports"].push_back(std::move(port));
+        }
+        WriteOut(live ? kClear + Rendered(call, model) + "\nq: quit\n" : Rendered(call, model));
+    });
 }
 
 constexpr Command kWatchCommands[] = {
@@ -226,6 +293,8 @@ constexpr Command kWatchCommands[] = {
      nullptr, Monitor},
     {"top", "--interval --rounds", "live traffic of the ports; s sorts, q quits",
      "ORBLINK_GetPortCounters ORBLINK_GetPortLink", nullptr, PrintTop, Top},
+    {"watch PORT", "--interval --rounds", "one port live, with all that it counts; q quits",
+     "ORBLINK_GetPortCounters ORBLINK_GetPortLink", nullptr, PrintWatched, WatchPort},
 };
 
 }  // namespace

@@ -202,7 +202,8 @@ void RequirePort(const SwitchDeviceRegion& region, PortId port)
     const auto& record = SwitchOf(region, port.device);
     if (record.capsValid == 0)
         throw Failure{kInitState, "the capabilities of " + SwitchObject(port.device) +
-                                      " are not known yet: bring it up first"};
+                                      " are not known yet: orblinkctl up " +
+                                      std::to_string(port.device)};
     if (port.port >= PortCount(record))
         throw Failure{kNoSuchObject, "no " + PortObject(port) + ": the switch has " +
                                          std::to_string(PortCount(record)) + " ports"};

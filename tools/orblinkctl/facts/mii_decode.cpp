@@ -10,17 +10,11 @@ namespace ctl {
 
 namespace {
 
-struct Field {
-    int high;
-    int low;
-    const char* name;
-};
-
 struct Register {
     int mmd;  // -1 = clause 22
     uint16_t number;
     const char* name;
-    std::vector<Field> fields;
+    std::vector<BitField> fields;
 };
 
 const std::vector<Register>& StandardRegisters()
@@ -166,7 +160,7 @@ const Register* Find(int mmd, uint32_t number)
     return nullptr;
 }
 
-std::string BitsWord(const Field& field)
+std::string BitsWord(const BitField& field)
 {
     return field.high == field.low ? std::to_string(field.low)
                                    : std::to_string(field.high) + ":" + std::to_string(field.low);
@@ -174,24 +168,34 @@ std::string BitsWord(const Field& field)
 
 }  // namespace
 
+void Describe(Model& entry, const std::string& name, std::span<const BitField> fields)
+{
+    entry["name"] = name.empty() ? Model() : Model(name);
+    entry["bits"] = Model::array();
+    if (entry["value"].is_null())
+        return;
+    const auto value = entry["value"].get<unsigned>();
+    for (const auto& field : fields) {
+        if (field.name == nullptr)
+            continue;
+        const unsigned mask = (1U << (field.high - field.low + 1)) - 1;
+        Model bits;
+        bits["bits"] = BitsWord(field);
+        bits["name"] = field.name;
+        bits["value"] = value >> field.low & mask;
+        entry["bits"].push_back(std::move(bits));
+    }
+}
+
 void DecodeRegisters(Model& model, std::optional<unsigned> mmd)
 {
     for (auto& entry : model["registers"]) {
         const Register* known =
             Find(mmd ? static_cast<int>(*mmd) : -1, entry["register"].get<uint32_t>());
-        entry["name"] = known == nullptr ? Model() : Model(known->name);
-        entry["bits"] = Model::array();
-        if (known == nullptr || entry["value"].is_null())
-            continue;
-        const auto value = entry["value"].get<unsigned>();
-        for (const auto& field : known->fields) {
-            const unsigned mask = (1U << (field.high - field.low + 1)) - 1;
-            Model bits;
-            bits["bits"] = BitsWord(field);
-            bits["name"] = field.name;
-            bits["value"] = value >> field.low & mask;
-            entry["bits"].push_back(std::move(bits));
-        }
+        if (known == nullptr)
+            Describe(entry, "", {});
+        else
+            Describe(entry, known->name, known->fields);
     }
 }
 

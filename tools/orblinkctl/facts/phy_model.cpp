@@ -5,16 +5,13 @@
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/facts/phy_offers.h"
 #include "tools/orblinkctl/facts/record_check.h"
 #include "tools/orblinkctl/facts/refusals.h"
 #include "tools/orblinkctl/facts/text_safety.h"
 #include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
-
-namespace {
-
-}  // namespace
 
 std::string PhyStateWord(uint32_t hwState)
 {
@@ -53,6 +50,8 @@ Model StoredPhy(const PhyDeviceRegion& region, unsigned device)
     model["board"] = record.bsdValid != 0 ? PhyBoardModel(record.board) : Model();
     model["hal_index"] = Optional(record.halIdx, EP_NO_HAL_INDEX);
     model["capabilities"] = record.capsValid != 0 ? Model(record.caps) : Model();
+    model["capability_names"] =
+        record.capsValid != 0 ? CapabilityNames(record, record.caps) : Model();
     model["ultra_low_power"] = region.vendor[device].size != 0
                                    ? Model(region.vendor[device].ulpModeEnabled != 0)
                                    : Model();

@@ -43,6 +43,8 @@ Model OneRate(const Model& before, const Model& after, const char* counter, doub
         return nullptr;
     const auto first = before[counter].get<uint64_t>();
     const auto last = after[counter].get<uint64_t>();
+    if (last < first)
+        return nullptr;
     return static_cast<uint64_t>(static_cast<double>(last - first) / seconds + 0.5);
 }
 
@@ -88,6 +90,19 @@ Model Rates(const CounterSample& before, const CounterSample& after)
         list.push_back(std::move(entry));
     }
     return list;
+}
+
+Model CounterRates(const CounterSample& before, const CounterSample& after, size_t i)
+{
+    Model rates = Model::object();
+    if (i >= before.ports.size() || i >= after.ports.size())
+        return rates;
+    const double seconds = std::chrono::duration<double>(after.when - before.when).count();
+    const Model& old = before.ports[i]["counters"];
+    for (const auto& [name, value] : after.ports[i]["counters"].items())
+        if (value.is_number())
+            rates[name] = OneRate(old, after.ports[i]["counters"], name.c_str(), seconds);
+    return rates;
 }
 
 }  // namespace ctl

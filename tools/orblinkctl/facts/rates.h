@@ -20,4 +20,8 @@ CounterSample TakeSample();
 // is not known at both ends.
 Model Rates(const CounterSample& before, const CounterSample& after);
 
+// How much each counter of the i-th port grew in a second; null after a reset in between, and
+// nothing where the counters could not be read.
+Model CounterRates(const CounterSample& before, const CounterSample& after, size_t i);
+
 }  // namespace ctl

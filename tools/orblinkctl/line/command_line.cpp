@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/line/nearest.h"
 #include "tools/orblinkctl/line/vocabulary.h"
 
 namespace ctl {
@@ -44,7 +45,16 @@ private:
         for (const auto& option : Options())
             if (name == option.name)
                 return option;
-        throw Failure{kUsage, "unknown option '" + typed + "'"};
+        throw Failure{kUsage, "unknown option '" + typed + "'" +
+                                  (name.starts_with("--") ? MeantText(name, Names()) : "")};
+    }
+
+    static std::vector<std::string> Names()
+    {
+        std::vector<std::string> names;
+        for (const auto& option : Options())
+            names.push_back(option.name);
+        return names;
     }
 
     void TakeLong(const std::string& argument)

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/line/nearest.h"
 #include "tools/orblinkctl/line/vocabulary.h"
 
 namespace ctl {
@@ -109,38 +110,6 @@ std::vector<std::string> Expected(const std::vector<std::string>& words, size_t 
     return expected;
 }
 
-// How many letters have to be changed, added or taken away.
-size_t Distance(const std::string& from, const std::string& to)
-{
-    std::vector<size_t> row(to.size() + 1);
-    for (size_t i = 0; i <= to.size(); ++i)
-        row[i] = i;
-    for (size_t i = 1; i <= from.size(); ++i) {
-        size_t diagonal = std::exchange(row[0], i);
-        for (size_t j = 1; j <= to.size(); ++j) {
-            const size_t replaced = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row[to.size()];
-}
-
-// The word that was meant, as far as a slip of the finger shows it; empty for none.
-std::string Nearest(const std::string& word, const std::vector<std::string>& expected)
-{
-    std::string nearest;
-    size_t least = std::max<size_t>(1, word.size() / 3) + 1;
-    for (const auto& candidate : expected) {
-        const size_t distance = Distance(word, candidate);
-        if (distance < least && distance < candidate.size()) {
-            least = distance;
-            nearest = candidate;
-        }
-    }
-    return nearest;
-}
-
 [[noreturn]] void NoSuchCommand(const std::vector<std::string>& words)
 {
     size_t longest = 0;
@@ -151,9 +120,8 @@ std::string Nearest(const std::string& word, const std::vector<std::string>& exp
     if (longest == words.size())
         throw Failure{kUsage, "incomplete" + after + ": expected " + Listed(expected)};
     const std::string allowed = expected.empty() ? "nothing" : Listed(expected);
-    const std::string meant = Nearest(words[longest], expected);
     throw Failure{kUsage, "unexpected '" + words[longest] + "'" + after + ": expected " + allowed +
-                              (meant.empty() ? "" : "; did you mean '" + meant + "'?")};
+                              MeantText(words[longest], expected)};
 }
 
 // "2", "0:9": an index as it should be, only that no board has such an object.

@@ -236,7 +236,7 @@ constexpr OptionDefinition kOptions[] = {
     {"--prefix", "PREFIX", "addresses that begin so", false},
     {"--count", "", "only the number of entries", false},
     {"--hsgmii", "", "the lane runs at 2.5 Gb/s", false},
-    {"--decode", "", "show the bits of the standard registers", false},
+    {"--decode", "", "show the bits by name", false},
     {"--svg", "FILE", "write the picture as SVG", false},
     {"--startup", "", "/etc/orblink/startup.toml, the configuration after power-on", false},
     {"--dry-run", "", "show what would be done", false},

@@ -15,28 +15,28 @@ std::string OrNone(const Model& value)
 
 void PrintWiring(const Model& board, std::string& out)
 {
-    Line(out,
-         {"  HAL ", Text(board["hal"]), ", lane ", Text(board["lane"]), ", ",
-          Text(board["interface"]), " ", Text(board["interface_speed"]), ", MDIO bus ",
-          OrNone(board["mdio_bus"]), " address ", OrNone(board["mdio_address"]), ", reset pin ",
-          OrNone(board["reset_pin"]), ", enable pin ", OrNone(board["enable_pin"])});
+    Paragraph(
+        out, {"  HAL ", Text(board["hal"]), ", lane ", Text(board["lane"]), ", ",
+              Text(board["interface"]), " ", Text(board["interface_speed"]), ", MDIO bus ",
+              OrNone(board["mdio_bus"]), " address ", OrNone(board["mdio_address"]), ", reset pin ",
+              OrNone(board["reset_pin"]), ", enable pin ", OrNone(board["enable_pin"])});
 }
 
 void PrintSwitch(const Model& entry, std::string& out)
 {
-    Line(out, {"switch ", Text(entry["switch"]), ": ", Text(entry["state"]), ", ",
-               entry["ports"].is_null() ? "unknown" : Text(entry["ports"]), " ports"});
+    Paragraph(out, {"switch ", Text(entry["switch"]), ": ", Text(entry["state"]), ", ",
+                    entry["ports"].is_null() ? "unknown" : Text(entry["ports"]), " ports"});
     if (!entry["board"].is_null()) {
         PrintWiring(entry["board"], out);
-        Line(out, {"  internal port ", OrNone(entry["board"]["internal_port"]),
-                   ", pre-reset argument ", Text(entry["board"]["pre_reset_argument"])});
+        Paragraph(out, {"  internal port ", OrNone(entry["board"]["internal_port"]),
+                        ", pre-reset argument ", Text(entry["board"]["pre_reset_argument"])});
     }
-    Line(out, {"  bridge mode ", Text(entry["bridge_mode"]), " (TPID ",
-               Hex(entry["bridge_tpid"].get<unsigned>(), 4), "), IGMP ", OnOff(entry["igmp"]),
-               ", MTU ", Text(entry["mtu"]), ", LED mode ", Text(entry["led"]), ", aging ",
-               Text(entry["aging"]), ", service ", Text(entry["service"])});
-    Line(out, {"  HAL index ", OrNone(entry["hal_index"]), ", configuration ",
-               entry["config_valid"].get<bool>() ? "valid" : "not valid"});
+    Paragraph(out, {"  bridge mode ", Text(entry["bridge_mode"]), " (TPID ",
+                    Hex(entry["bridge_tpid"].get<unsigned>(), 4), "), IGMP ", OnOff(entry["igmp"]),
+                    ", MTU ", Text(entry["mtu"]), ", LED mode ", Text(entry["led"]), ", aging ",
+                    Text(entry["aging"]), ", service ", Text(entry["service"])});
+    Paragraph(out, {"  HAL index ", OrNone(entry["hal_index"]), ", configuration ",
+                    entry["config_valid"].get<bool>() ? "valid" : "not valid"});
 }
 
 void PrintPorts(const Model& ports, std::string& out)
@@ -61,16 +61,27 @@ void PrintMacVlans(const Model& entries, std::string& out)
     table.Print(out);
 }
 
+std::string CapabilityText(const Model& phy)
+{
+    if (phy["capabilities"].is_null())
+        return "unknown";
+    if (phy["capability_names"].is_null())
+        return Hex(phy["capabilities"].get<uint32_t>(), 8);
+    std::string text;
+    for (const auto& name : phy["capability_names"])
+        text += (text.empty() ? "" : " ") + Text(name);
+    return text;
+}
+
 void PrintPhy(const Model& entry, std::string& out)
 {
-    Line(out, {"PHY ", Text(entry["phy"]), entry["label"].is_null() ? "" : " ",
-               entry["label"].is_null() ? "" : Text(entry["label"]), ": ", Text(entry["state"]),
-               ", admin ", OnOff(entry["admin"]), ", capabilities ",
-               entry["capabilities"].is_null() ? "unknown" : Text(entry["capabilities"]),
-               ", ultra low power ", OnOff(entry["ultra_low_power"])});
+    Paragraph(out, {"PHY ", Text(entry["phy"]), entry["label"].is_null() ? "" : " ",
+                    entry["label"].is_null() ? "" : Text(entry["label"]), ": ",
+                    Text(entry["state"]), ", admin ", OnOff(entry["admin"]), ", capabilities ",
+                    CapabilityText(entry), ", ultra low power ", OnOff(entry["ultra_low_power"])});
     if (!entry["board"].is_null())
         PrintWiring(entry["board"], out);
-    Line(out, {"  HAL index ", OrNone(entry["hal_index"])});
+    Paragraph(out, {"  HAL index ", OrNone(entry["hal_index"])});
 }
 
 }  // namespace
@@ -79,10 +90,10 @@ void PrintBoard(const Model& model, std::string& out)
 {
     const char* missing = model["errors"].empty() ? "not initialised" : "not available";
     if (model["switches"].is_null()) {
-        Line(out, {"switch family: ", missing});
+        Paragraph(out, {"switch family: ", missing});
     } else {
         if (model["switches"].empty())
-            Line(out, {"no switches"});
+            Paragraph(out, {"no switches"});
         for (const auto& entry : model["switches"])
             PrintSwitch(entry, out);
         if (!model["ports"].empty())
@@ -91,13 +102,13 @@ void PrintBoard(const Model& model, std::string& out)
             PrintMacVlans(model["mac_vlans"], out);
     }
     if (model["phys"].is_null())
-        Line(out, {"PHY family: ", missing});
+        Paragraph(out, {"PHY family: ", missing});
     else if (model["phys"].empty())
-        Line(out, {"no PHYs"});
+        Paragraph(out, {"no PHYs"});
     for (const auto& entry : model["phys"])
         PrintPhy(entry, out);
     for (const auto& error : model["errors"])
-        Line(out, {"error: ", Text(error)});
+        Paragraph(out, {"error: ", Text(error)});
 }
 
 }  // namespace ctl

@@ -94,6 +94,36 @@ std::string CutTo(std::string_view text, size_t columns)
     return cut;
 }
 
+std::string Wrapped(std::string_view line, size_t columns)
+{
+    constexpr size_t kLeast = 16;
+    constexpr size_t kHanging = 4;
+    if (columns < kLeast || ColumnsOf(line) <= columns)
+        return std::string(line);
+    const size_t start = std::min(line.find_first_not_of(' '), line.size());
+    const std::string hanging(std::min(start + kHanging, columns / 2), ' ');
+    std::string out(line.substr(0, start));
+    size_t used = start;
+    for (size_t at = start; at < line.size();) {
+        const size_t end = std::min(line.find(' ', at + 1), line.size());
+        auto word = line.substr(at, end - at);
+        at = end;
+        if (used + ColumnsOf(word) > columns && used > hanging.size()) {
+            out += "\n" + hanging;
+            used = hanging.size();
+            word.remove_prefix(word.starts_with(' ') ? 1 : 0);
+        }
+        for (; used + ColumnsOf(word) > columns; used = hanging.size()) {
+            const std::string part = CutTo(word, columns - used);
+            out += part + "\n" + hanging;
+            word.remove_prefix(part.size());
+        }
+        out += word;
+        used += ColumnsOf(word);
+    }
+    return out;
+}
+
 size_t ScreenColumns()
 {
     winsize size = {};

@@ -23,4 +23,8 @@ std::string CutTo(std::string_view text, size_t columns);
 // Columns of standard output; without end where it is no terminal.
 size_t ScreenColumns();
 
+// Breaks a line between words, so that no part of it is wider; what follows is indented by four
+// more than the line itself. A word that is too wide is cut.
+std::string Wrapped(std::string_view line, size_t columns);
+
 }  // namespace ctl

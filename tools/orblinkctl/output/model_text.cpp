@@ -53,13 +53,19 @@ std::string CellText(const std::string& key, const Model& value)
     return list.empty() ? "-" : list;
 }
 
+// A word of bits that "phy N caps" spells out.
+bool IsOpaque(const std::string& key, const Model& value)
+{
+    return key == "capabilities" && (value.is_number() || value.is_null());
+}
+
 // Objects of one list need not know the same facts.
 std::vector<std::string> KeysOf(const Model& list)
 {
     std::vector<std::string> keys;
     for (const auto& entry : list)
         for (const auto& [name, value] : entry.items())
-            if (std::find(keys.begin(), keys.end(), name) == keys.end())
+            if (!IsOpaque(name, value) && std::find(keys.begin(), keys.end(), name) == keys.end())
                 keys.push_back(name);
     return keys;
 }
@@ -88,7 +94,7 @@ std::string NothingWord(const std::string& setting)
 void PrintObjects(const std::string& key, const Model& list, std::string& out)
 {
     if (list.empty())
-        return Line(out, {"no ", key});
+        return Paragraph(out, {"no ", key});
     const std::vector<std::string> keys = KeysOf(list);
     std::vector<std::string> headings;
     for (const auto& name : keys)
@@ -111,7 +117,7 @@ void PrintModel(const Model& model, std::string& out)
         if (value.is_array() && (value.empty() || value.front().is_object()))
             PrintObjects(key, value, out);
         else
-            Line(out, {key, ": ", CellText(key, value)});
+            Paragraph(out, {key, ": ", CellText(key, value)});
     }
 }
 
@@ -123,8 +129,8 @@ void PrintChanges(const Model& model, std::string& out)
         const char* how = change["applied"].get<bool>() ? "" : " (stored for the next bring-up)";
         const std::string setting = Text(change["setting"]);
         const Model& value = change["value"];
-        Line(out, {Text(change["object"]), ": ", WordOfSetting(setting), " ",
-                   value.is_null() ? NothingWord(setting) : CellText(setting, value), how});
+        Paragraph(out, {Text(change["object"]), ": ", WordOfSetting(setting), " ",
+                        value.is_null() ? NothingWord(setting) : CellText(setting, value), how});
     }
 }
 

@@ -15,8 +15,44 @@ constexpr int kDeviceX = kSocWidth + kWireWidth;
 constexpr int kPortWidth = 13;
 constexpr int kPortHeight = 6;
 constexpr int kPortsPerRow = 4;
-constexpr int kDeviceWidth = kPortsPerRow * kPortWidth + 2;
 constexpr size_t kPortText = kPortWidth - 2;
+
+// Where the devices stand, and how wide they are.
+struct Room {
+    bool wired;
+    int x;
+    int portsPerRow;
+    int width;
+};
+
+int WidthOf(int portsPerRow)
+{
+    return portsPerRow * kPortWidth + 2;
+}
+
+Room RoomWithin(size_t columns)
+{
+    if (columns >= static_cast<size_t>(kDeviceX + WidthOf(kPortsPerRow)))
+        return {true, kDeviceX, kPortsPerRow, WidthOf(kPortsPerRow)};
+    int ports = kPortsPerRow;
+    while (ports > 1 && static_cast<size_t>(WidthOf(ports)) > columns)
+        --ports;
+    return {false, 0, ports, WidthOf(ports)};
+}
+
+// The text of a box, cut where it is wider.
+std::vector<std::string> Within(const Room& room, std::vector<std::string> lines)
+{
+    for (auto& line : lines)
+        line = CutTo(line, static_cast<size_t>(room.width - 2));
+    return lines;
+}
+
+std::string LaneText(const Model& board)
+{
+    return "lane " + Text(board["lane"]) + " " + Text(board["interface"]) + " " +
+           Text(board["interface_speed"]);
+}
 
 std::string LinkText(const Model& object)
 {
@@ -74,73 +110,88 @@ Wire LaneWire(const Model& board, int y)
             Text(board["interface"]) + " " + Text(board["interface_speed"])};
 }
 
-// Height of the drawing of one switch.
-int AddSwitch(Picture& picture, const Model& device, const Model& ports, int y)
+// What stands above the ports of a switch.
+std::vector<std::string> SwitchText(const Room& room, const Model& device)
 {
-    const std::string wide = "mtu " + Text(device["mtu"]) + ", aging " + Text(device["aging"]) +
-                             ", IGMP " + OnOff(device["igmp"]) + ", bridging " +
-                             Text(device["bridge_mode"]);
+    const std::string head = "switch " + Text(device["switch"]) + ": " + Text(device["state"]);
+    const std::string sizes = "mtu " + Text(device["mtu"]) + ", aging " + Text(device["aging"]);
+    const std::string modes =
+        "IGMP " + OnOff(device["igmp"]) + ", bridging " + Text(device["bridge_mode"]);
+    if (room.wired)
+        return {head, sizes + ", " + modes};
+    const std::string lane = device["board"].is_null() ? "" : LaneText(device["board"]);
+    return {head, lane, sizes, modes};
+}
+
+// Height of the drawing of one switch.
+int AddSwitch(Picture& picture, const Room& room, const Model& device, const Model& ports, int y)
+{
     const size_t outer = picture.boxes.size();
     const Style style = device["state"] == "enabled" ? Style::kPlain : Style::kOff;
     picture.boxes.push_back(
-        {kDeviceX,
-         y,
-         kDeviceWidth,
-         0,
-         style,
-         {"switch " + Text(device["switch"]) + ": " + Text(device["state"]), wide}});
+        {room.x, y, room.width, 0, style, Within(room, SwitchText(room, device))});
+    const int top = y + 1 + static_cast<int>(picture.boxes[outer].lines.size());
     int count = 0;
     for (const auto& port : ports) {
         if (port["switch"] != device["switch"])
             continue;
-        const int column = count % kPortsPerRow;
-        const int row = count / kPortsPerRow;
+        const int column = count % room.portsPerRow;
+        const int row = count / room.portsPerRow;
         picture.boxes.push_back(
-            PortBox(port, kDeviceX + 1 + column * kPortWidth, y + 3 + row * kPortHeight));
+            PortBox(port, room.x + 1 + column * kPortWidth, top + row * kPortHeight));
         ++count;
     }
-    const int rows = (count + kPortsPerRow - 1) / kPortsPerRow;
-    picture.boxes[outer].height = 4 + rows * kPortHeight;
-    if (!device["board"].is_null())
+    const int rows = (count + room.portsPerRow - 1) / room.portsPerRow;
+    picture.boxes[outer].height = top - y + 1 + rows * kPortHeight;
+    if (room.wired && !device["board"].is_null())
         picture.wires.push_back(LaneWire(device["board"], y + 2));
     return picture.boxes[outer].height;
 }
 
-int AddPhy(Picture& picture, const Model& phy, int y)
+std::vector<std::string> PhyText(const Room& room, const Model& phy)
+{
+    const std::string label = phy["label"].is_null() ? "" : " " + Text(phy["label"]);
+    const std::string head = "PHY " + Text(phy["phy"]) + label + ": " + Text(phy["state"]);
+    const std::string admin = "admin " + OnOff(phy["admin"]);
+    if (room.wired)
+        return {head + ", " + admin, LinkText(phy)};
+    const std::string lane = phy["board"].is_null() ? "" : LaneText(phy["board"]);
+    return {head, lane, admin, LinkText(phy)};
+}
+
+int AddPhy(Picture& picture, const Room& room, const Model& phy, int y)
 {
     const bool on = phy["state"] == "enabled";
     const Style style = !phy["error"].is_null() ? Style::kError
                         : !on                   ? Style::kOff
                         : phy["link"] == true   ? Style::kUp
                                                 : Style::kPlain;
-    const std::string label = phy["label"].is_null() ? "" : " " + Text(phy["label"]);
-    picture.boxes.push_back({kDeviceX,
-                             y,
-                             kDeviceWidth,
-                             4,
-                             style,
-                             {"PHY " + Text(phy["phy"]) + label + ": " + Text(phy["state"]) +
-                                  ", admin " + OnOff(phy["admin"]),
-                              LinkText(phy)}});
-    if (!phy["board"].is_null())
+    auto lines = Within(room, PhyText(room, phy));
+    const int height = 2 + static_cast<int>(lines.size());
+    picture.boxes.push_back({room.x, y, room.width, height, style, std::move(lines)});
+    if (room.wired && !phy["board"].is_null())
         picture.wires.push_back(LaneWire(phy["board"], y + 1));
-    return 4;
+    return height;
 }
 
 }  // namespace
 
-Picture DrawBoard(const Model& board)
+Picture DrawBoard(const Model& board, size_t columns)
 {
+    const Room room = RoomWithin(columns);
     Picture picture;
-    picture.boxes.push_back({0, 0, kSocWidth, 0, Style::kPlain, {" SoC"}});
+    if (room.wired)
+        picture.boxes.push_back({0, 0, kSocWidth, 0, Style::kPlain, {" SoC"}});
     int y = 0;
     for (const auto& device : board["switches"])
-        y += AddSwitch(picture, device, board["ports"], y);
+        y += AddSwitch(picture, room, device, board["ports"], y);
     for (const auto& phy : board["phys"])
-        y += AddPhy(picture, phy, y);
-    picture.height = std::max(y, 3);
-    picture.width = y == 0 ? kSocWidth : kDeviceX + kDeviceWidth;
-    picture.boxes.front().height = picture.height;
+        y += AddPhy(picture, room, phy, y);
+    const int least = room.wired ? 3 : 0;
+    picture.height = std::max(y, least);
+    picture.width = y == 0 ? kSocWidth : room.x + room.width;
+    if (room.wired)
+        picture.boxes.front().height = picture.height;
     return picture;
 }
 

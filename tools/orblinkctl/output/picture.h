@@ -1,6 +1,7 @@
 // The board as a drawing: laid out once, in character cells, for the terminal and for SVG alike.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -35,8 +36,9 @@ struct Picture {
     std::vector<Wire> wires;
 };
 
-// Of a model with switches, ports and phys and their links.
-Picture DrawBoard(const Model& board);
+// Of a model with switches, ports and phys and their links. What is narrower than the whole drawing
+// gets the devices alone, with fewer ports in a row.
+Picture DrawBoard(const Model& board, size_t columns = SIZE_MAX);
 
 std::string PictureText(const Picture& picture, bool lineCharacters, bool colour);
 std::string PictureSvg(const Picture& picture);

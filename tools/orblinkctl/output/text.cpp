@@ -135,13 +135,13 @@ void Table::PrintCards(std::string& out, size_t columns) const
             const std::string fact = rows_.front()[i] + " " + (*row)[i];
             if (line.find_last_not_of(' ') != std::string::npos &&
                 ColumnsOf(line) + 2 + ColumnsOf(fact) > columns) {
-                out += line + "\n";
+                out += Wrapped(line, columns) + "\n";
                 line = std::string(kIndent, ' ') + fact;
             } else {
                 line += (line.empty() ? "" : "  ") + fact;
             }
         }
-        out += line + "\n";
+        out += Wrapped(line, columns) + "\n";
     }
 }
 
@@ -150,6 +150,16 @@ void Line(std::string& out, std::initializer_list<std::string_view> pieces)
     for (const auto piece : pieces)
         out += piece;
     out += "\n";
+}
+
+void Paragraph(std::string& out, std::initializer_list<std::string_view> pieces)
+{
+    std::string line;
+    for (const auto piece : pieces)
+        line += piece;
+    // No screen is asked for when it would have to be that narrow.
+    constexpr size_t kShort = 40;
+    Line(out, {ColumnsOf(line) <= kShort ? line : Wrapped(line, ScreenColumns())});
 }
 
 std::string Cell(const Model& object, const char* key)

@@ -36,6 +36,9 @@ private:
 
 void Line(std::string& out, std::initializer_list<std::string_view> pieces);
 
+// A sentence: on a terminal that is too narrow it goes on, indented, on the next line.
+void Paragraph(std::string& out, std::initializer_list<std::string_view> pieces);
+
 // A value when there is one, else a dash.
 std::string Cell(const Model& object, const char* key);
 

@@ -119,7 +119,7 @@ TEST(Board, FamiliesAreInitialisedOneByOne)
     EXPECT_THAT(r[0].out, StartsWith("schema=2\nfamilies.0.family=switch\n"
                                      "families.0.devices=1\nmac_addresses.0=02:00:5e:00:01:01\n"));
     EXPECT_THAT(r[1], Prints("PHY family: not initialised\n"));
-    const char* unknown = "the capabilities of switch 0 are not known yet: bring it up first";
+    const char* unknown = "the capabilities of switch 0 are not known yet: orblinkctl up 0";
     EXPECT_THAT(r[2], Refuses(4, unknown));
     EXPECT_THAT(r[3], Prints("phy family: 0 found: the board data name none\n"));
     EXPECT_THAT(r[4], Refuses(4, unknown));

@@ -81,12 +81,14 @@ TEST(Monitor, PrintsTheStateAndThenEveryChange)
             continue;
         EXPECT_EQ(line["schema"], 2);
         EXPECT_EQ(line["sequence"], ++sequence);
+        const unsigned flaps = line.value("flaps", 0U);
         changes.push_back(line["object"].get<std::string>() + " " +
-                          line["setting"].get<std::string>() + " " + line["value"].dump());
+                          line["setting"].get<std::string>() + " " + line["value"].dump() +
+                          (flaps == 0 ? "" : " flap " + std::to_string(flaps)));
     }
     using testing::Contains;
     EXPECT_THAT(changes, Contains("port 0:1 link true"));
-    EXPECT_THAT(changes, Contains("port 0:1 link false"));
+    EXPECT_THAT(changes, Contains("port 0:1 link false flap 1"));
     EXPECT_THAT(changes, Contains("port 0:1 link_speed null"));
     EXPECT_THAT(changes, Contains("board battery 1"));
     EXPECT_THAT(changes, Contains("switch 0 mac 00:00:5e:00:53:01 vlan 1 \"port 2\""));
@@ -106,6 +108,40 @@ TEST(Top, ShowsRatesBetweenTwoSamples)
     EXPECT_LE(ports[1]["receive_bytes_per_second"], 170000);
     EXPECT_EQ(ports[2]["receive_bytes_per_second"], 0);
     EXPECT_THAT(r[1].out, StartsWith("PORT  LABEL  LINK  SPEED  RX BYTES/S"));
+}
+
+// The link goes between two looks.
+TEST(Top, CountsFlaps)
+{
+    const auto r = OnBoardUp("one_switch",
+                             {"(sleep 0.5; board link sw0:1 down) & ctl top --interval 2 --json; "
+                              "wait"});
+    const auto ports = Json(r[0])["ports"];
+    EXPECT_EQ(ports[1]["flaps"], 1);
+    EXPECT_TRUE(ports[1]["last_change"].is_string());
+    EXPECT_EQ(ports[2]["flaps"], 0);
+    EXPECT_TRUE(ports[2]["last_change"].is_null());
+}
+
+TEST(Watch, ShowsWhatOnePortCounts)
+{
+    const auto r = OnBoardUp(
+        "one_switch",
+        {"(sleep 0.3; board counter sw0:1 etherStatsOctets 100000; board link sw0:1 down) & "
+         "ctl watch 0:1 --interval 2 --json; wait",
+         "ctl watch 0:1 --interval 0.01", "ctl watch 0:9", "ctl watch 1:1"});
+    const auto ports = Json(r[0])["ports"];
+    ASSERT_EQ(ports.size(), 1U);
+    EXPECT_EQ(ports[0]["port"], 1);
+    EXPECT_EQ(ports[0]["flaps"], 1);
+    EXPECT_EQ(ports[0]["counters"]["etherStatsOctets"], 100000);
+    EXPECT_GT(ports[0]["counters_per_second"]["etherStatsOctets"], 1000);
+    EXPECT_EQ(ports[0]["counters_per_second"]["etherStatsPkts"], 0);
+    EXPECT_THAT(r[1].out, testing::MatchesRegex("port 0:1: link no, flaps 0\n"
+                                                "COUNTER +VALUE  PER SECOND\n"
+                                                "etherStatsOctets +100000 +0\n"));
+    EXPECT_EQ(r[2].code, 3);
+    EXPECT_EQ(r[3].code, 3);
 }
 
 TEST(Top, GivesTheTerminalBack)

@@ -50,6 +50,46 @@ TEST(Phy, SettingsReachThePhy)
     EXPECT_THAT(r[14], Prints("PHY 0: poll done\n"));
 }
 
+// The partner of the first PHY is a modern one.
+TEST(Phy, SaysWhatItAndItsPartnerOffer)
+{
+    const auto r =
+        OnBoard("phy", {"ctl init >/dev/null; for n in 0 1; do ctl phy $n up; done >/dev/null",
+                        kUntilLink, "ctl phy 0 speed", "ctl phy 0 speed --json", "ctl phy 0 eee",
+                        "ctl phy 0 eee on >/dev/null", kUntilLink, "ctl phy 0 eee",
+                        "ctl phy 1 caps", "ctl phy 0 down >/dev/null; ctl phy 0 speed"});
+    EXPECT_THAT(r[2], Prints("PHY 0: speed auto, link 2500 full\n"
+                             "  offers: 10/half 10/full 100/half 100/full 1000/half 1000/full "
+                             "2500/full\n"
+                             "  the partner offers: 100/full 1000/full 2500/full\n"));
+    const auto phy = Json(r[3])["phys"][0];
+    EXPECT_EQ(phy["negotiation"], true);
+    EXPECT_EQ(phy["partner_offers"], nlohmann::json({"100/full", "1000/full", "2500/full"}));
+    EXPECT_THAT(r[4], Prints("PHY 0: eee off, not in use, link 2500 full\n"
+                             "  offers it at: -\n"
+                             "  the partner offers it at: 100 1000 2500\n"));
+    EXPECT_THAT(r[7], Prints("PHY 0: eee on, in use, link 2500 full\n"
+                             "  offers it at: 100 1000 2500\n"
+                             "  the partner offers it at: 100 1000 2500\n"));
+    EXPECT_THAT(r[8], Prints("PHY 1: capabilities 0x000b30ef\n"
+                             "  it can 10/half 10/full 100/half 100/full 1000/half 1000/full "
+                             "2500/full negotiation clause-45 eee-100 eee-1000 eee-2500\n"));
+    EXPECT_THAT(r[9], Refuses(5, "PHY 0 is in reset: orblinkctl phy 0 up"));
+}
+
+// With the negotiation off, the speed and duplex of register 0 are what counts.
+TEST(Phy, AForcedSpeedOffersNothing)
+{
+    const auto r = OnBoard("phy", {"ctl init >/dev/null; ctl phy 0 up >/dev/null; "
+                                   "ctl mdio 0 0 0x2100 >/dev/null; ctl phy 0 speed --json"});
+    const auto phy = Json(r[0])["phys"][0];
+    EXPECT_EQ(phy["negotiation"], false);
+    EXPECT_EQ(phy["speed"], 100);
+    EXPECT_EQ(phy["duplex"], "full");
+    EXPECT_TRUE(phy["offers"].is_null());
+    EXPECT_TRUE(phy["partner_offers"].is_null());
+}
+
 TEST(Phy, TellsWhatItIs)
 {
     const auto r =
@@ -57,7 +97,8 @@ TEST(Phy, TellsWhatItIs)
                         "ctl phy 0 caps -o kv", "ctl phy 0 board --json", "ctl phy 0 config --json",
                         "ctl phy --json", "ctl phy 0 lane-reset", "ctl show | grep -A2 '^PHY 0'",
                         "ctl phy 0 counters", "ctl phy 0 counters reset", "ctl phy 0 reg 2-3"});
-    EXPECT_THAT(r[1], Refuses(4, "the capabilities of PHY 0 are not known yet: bring it up first"));
+    EXPECT_THAT(r[1],
+                Refuses(4, "the capabilities of PHY 0 are not known yet: orblinkctl phy 0 up"));
     EXPECT_THAT(r[3].out, StartsWith("schema=2\nphys.0.phy=0\nphys.0.capabilities="));
     EXPECT_EQ(Json(r[4])["phys"][0]["mdio_address"], 4);
     EXPECT_EQ(Json(r[4])["phys"][0]["reset_pin"], 19);

@@ -133,7 +133,10 @@ TEST(Doctor, FindsAHealthyBoardWell)
     const auto r = OnBoardUp("phy", {"for n in 0 1; do ctl phy $n up; done >/dev/null",
                                      "ctl doctor", "ctl --json doctor"});
     EXPECT_EQ(r[1].code, 0) << r[1].out << r[1].err;
-    EXPECT_THAT(r[1].out, AllOf(HasSubstr("ok: switch state: 1 found, the lock is free\n"),
+    EXPECT_THAT(r[1].out, AllOf(HasSubstr("ok: switch permissions: /dev/shm/"),
+                                HasSubstr("ok: switch lock: free\n"),
+                                HasSubstr("ok: switch initialisation: complete, 1 found\n"),
+                                HasSubstr("ok: switch region: 5740 bytes, as it should be\n"),
                                 HasSubstr("ok: switch 0 data path: the chip answers\n"),
                                 HasSubstr("ok: PHY 0 data path: the PHY answers\n"),
                                 HasSubstr("ok: PHY 1 HAL: "), HasSubstr("ok: mailbox: ")));
@@ -155,8 +158,51 @@ TEST(Doctor, NamesWhatIsWrongAndWhatMendsIt)
                                 "    next: orblinkctl down 0; orblinkctl up 0 --defaults\n"),
                       HasSubstr("not checked: switch 0 data path: it is not up\n"
                                 "    next: orblinkctl up 0\n"),
-                      HasSubstr("bad: PHY state: locked: process "),
+                      HasSubstr("bad: PHY lock: locked: process "),
                       HasSubstr("    next: orblinkctl recover --apply\n")));
+}
+
+TEST(Doctor, NamesWhoHoldsALockAndSinceWhen)
+{
+    const auto r = OnBoardUp(
+        "phy", {InBackground("phy take wait"), "ctl doctor", "cat holder", "kill $(cat holder)"});
+    EXPECT_EQ(r[1].code, 1);
+    const std::string holder = r[2].out.substr(0, r[2].out.find('\n'));
+    EXPECT_THAT(r[1].out, AllOf(HasSubstr("bad: PHY lock: busy: process " + holder +
+                                          " (lock_holder) has held the lock since 20"),
+                                HasSubstr(" s ago)\n    next: wait, or end it: kill " + holder),
+                                HasSubstr("not checked: PHY initialisation: the lock is held\n")));
+}
+
+TEST(Doctor, SaysWhoMayUseTheRegion)
+{
+    const std::string region = "/dev/shm/obos_orblink_driver";
+    const auto r =
+        OnBoardUp("one_switch", {"chmod o+w " + region + "; ctl doctor", "chmod o-w " + region,
+                                 "ctl doctor | grep 'switch permissions'"});
+    EXPECT_EQ(r[0].code, 1);
+    EXPECT_THAT(r[0].out, HasSubstr("mode 0646: everybody may name the library that is loaded\n"
+                                    "    next: chmod o-w " +
+                                    region + "\n"));
+    EXPECT_THAT(r[2].out, testing::MatchesRegex("ok: switch permissions: " + region +
+                                                " belongs to user [^ ]+, group [^ ]+, mode "
+                                                "0644\n"));
+}
+
+TEST(Doctor, BeginsWhereNothingIsInitialised)
+{
+    const auto r = OnBoard("one_switch", {"ctl doctor"});
+    EXPECT_EQ(r[0].code, 1);
+    EXPECT_THAT(r[0].out, HasSubstr("bad: switch initialisation: not initialised\n"
+                                    "    next: orblinkctl init\n"));
+}
+
+// The switch of such a board is what it has.
+TEST(Doctor, ABoardWithoutPhysIsWell)
+{
+    const auto r = OnBoardUp("one_switch", {"ctl doctor"});
+    EXPECT_EQ(r[0].code, 0) << r[0].out << r[0].err;
+    EXPECT_THAT(r[0].out, HasSubstr("ok: PHY initialisation: complete, the board has none\n"));
 }
 
 TEST(SharedState, ATooShortRegionIsNeverTouched)

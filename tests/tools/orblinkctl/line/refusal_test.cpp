@@ -114,6 +114,7 @@ const Refusal kRefusals[] = {
     {"show --defaults", "option --defaults does not belong to 'show'"},
     {"port 1 vlan 5 --lock", "option --lock does not belong to 'port PORT vlan VID'"},
     {"show --nonsense", "unknown option '--nonsense'"},
+    {"show --jsno", "unknown option '--jsno'; did you mean '--json'?"},
     {"show more", "unexpected 'more' after 'show': expected nothing"},
     {"mac-vlan add 0:1", "incomplete after 'mac-vlan add 0:1': expected MAC"},
     {"init --phy --no-defaults", "--no-defaults is for the switch family"},

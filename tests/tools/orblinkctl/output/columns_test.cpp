@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <sstream>
+
 namespace ctl {
 namespace {
 
@@ -34,6 +36,29 @@ TEST(Columns, ACutTextIsNeverWiderAndHoldsWholeCharacters)
     EXPECT_EQ(CutTo("会議室", 1), "");
     EXPECT_EQ(CutTo("büro", 2), "bü");
     EXPECT_EQ(CutTo("e\u0301x", 1), "e\u0301");
+}
+
+TEST(Columns, ALineIsBrokenBetweenWords)
+{
+    EXPECT_EQ(Wrapped("next: orblinkctl up 0", 40), "next: orblinkctl up 0");
+    EXPECT_EQ(Wrapped("bad: switch 0 data path: it is not up", 20),
+              "bad: switch 0 data\n    path: it is not\n    up");
+    EXPECT_EQ(Wrapped("  next: orblinkctl down 0; up 0", 20),
+              "  next: orblinkctl\n      down 0; up 0");
+}
+
+TEST(Columns, NoBrokenPartIsTooWide)
+{
+    for (size_t columns = 16; columns < 60; ++columns) {
+        const std::string text = Wrapped(
+            "  会議室 /dev/shm/a-name-without-any-blank-that-is-longer-than-it 📡 has e\u0301",
+            columns);
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LE(ColumnsOf(line), columns) << text;
+            EXPECT_FALSE(line.ends_with(" ")) << text;
+        }
+    }
 }
 
 // Bytes that are no UTF-8 are not read past their end.

@@ -141,7 +141,8 @@ const std::vector<std::string> kQueries = {"",
                                            "recover",
                                            "help"};
 
-const std::vector<std::string> kOfOneSwitch = {"switch 0",
+const std::vector<std::string> kOfOneSwitch = {"doctor",
+                                               "switch 0",
                                                "switch 0 caps",
                                                "switch 0 config",
                                                "switch 0 service",
@@ -196,6 +197,8 @@ const std::vector<std::string> kOfOneSwitch = {"switch 0",
                                                "port 0:1-2,0:3 vlan 7 pcp 1",
                                                "qos 0 reserve 1 2",
                                                "reg 0 1 0-5",
+                                               "reg 0 1 0-5 --decode",
+                                               "watch 0:1 --interval 0.01",
                                                "reg 0 1 3 7",
                                                "smi 0 0-2",
                                                "ioctl 0 16",
@@ -226,6 +229,9 @@ const std::vector<std::string> kOfPhys = {"phy 0",
                                           "mdio 0 0-3 --decode",
                                           "mdio 0 4 0x0de1",
                                           "mmd 0 7 60 --decode",
+                                          "phy 0 speed",
+                                          "phy 0 eee",
+                                          "phy 0 caps",
                                           "phy 0 reg 2",
                                           "phy 0 down"};
 
@@ -264,6 +270,10 @@ TEST(Schema, HoldsForOneSwitch)
 {
     for (const auto& outcome : OnBoardUp("one_switch", AsJson(kQueries)))
         ExpectValid(outcome);
+}
+
+TEST(Schema, HoldsForTheCommandsOfASwitch)
+{
     for (const auto& outcome : OnBoardUp("one_switch", AsJson(kOfOneSwitch)))
         ExpectValid(outcome);
 }
@@ -272,6 +282,10 @@ TEST(Schema, HoldsForManyDevices)
 {
     for (const auto& outcome : OnBoardUp("two_switches", AsJson(kQueries)))
         ExpectValid(outcome);
+}
+
+TEST(Schema, HoldsForPhys)
+{
     auto commands = AsJson(kOfPhys);
     for (const auto& query : AsJson(kQueries))
         commands.push_back(query);
