@@ -28,6 +28,7 @@ namespace ctl {
 namespace {
 
 constexpr int kMailboxFamily = 43;
+constexpr char kLibraryNext[] = "install it, or LD_LIBRARY_PATH=ITS-DIRECTORY orblinkctl doctor";
 
 // The findings, in the order in which they were made.
 class Findings {
@@ -243,7 +244,7 @@ void CheckHal(Findings& findings, const Record& record, const std::string& objec
         findings.Ok(subject, Printable(name));
     else
         findings.Bad(subject, Printable(name) + ": " + Printable(reason ? reason : "no name"),
-                     "install it, or LD_LIBRARY_PATH=ITS-DIRECTORY orblinkctl doctor");
+                     kLibraryNext);
 }
 
 // An operation that reaches the chip, and the lines that it left.
@@ -324,8 +325,13 @@ void Attempt(Findings& findings, const char* subject, Run run)
     try {
         run();
     } catch (const Failure& failure) {
+        // Without its library not even the records of a family can be read.
+        const std::string library = LineWith("dlopen");
         DropHeldLogLines();
-        findings.Bad(subject, failure.text, "orblinkctl recover");
+        if (library.empty())
+            findings.Bad(subject, failure.text, "orblinkctl recover");
+        else
+            findings.Bad(subject, library, kLibraryNext);
     }
 }
 

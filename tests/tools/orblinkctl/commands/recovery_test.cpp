@@ -205,6 +205,18 @@ TEST(Doctor, ABoardWithoutPhysIsWell)
     EXPECT_THAT(r[0].out, HasSubstr("ok: PHY initialisation: complete, the board has none\n"));
 }
 
+TEST(Doctor, SaysWhyALibraryCannotBeLoaded)
+{
+    const auto r =
+        OnBoard("one_switch",
+                {"ctl init >/dev/null; s=/dev/shm/obos_orblink_driver; "
+                 "at=$(grep -aob liborblink_velmar.so $s | head -1 | cut -d: -f1); "
+                 "printf libabsent | dd of=$s bs=1 seek=$at conv=notrunc status=none; ctl doctor"});
+    EXPECT_EQ(r[0].code, 1);
+    EXPECT_THAT(r[0].out, AllOf(HasSubstr("cannot open shared object file"),
+                                HasSubstr("    next: install it, or LD_LIBRARY_PATH=")));
+}
+
 TEST(SharedState, ATooShortRegionIsNeverTouched)
 {
     const auto r = OnBoardUp("one_switch", {"truncate -s 100 /dev/shm/obos_orblink_driver",
