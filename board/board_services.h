@@ -27,6 +27,10 @@ extern "C" {
 /* A pin number that means that there is no pin. */
 #define OB_NO_GPIO_PIN 0xFFFFFFFFU
 
+/* The first word, in network byte order, of the messages in which the board data come. */
+#define OB_MESSAGE_SWITCH_DATA 10U
+#define OB_MESSAGE_PHY_DATA 11U
+
 /* One switch's wiring, as in the board data (there in network byte order). */
 struct SwitchBoardEntry {
     char halLibName[OB_HAL_NAME_SIZE]; /* file name of the switch HAL library */

@@ -11,8 +11,8 @@
 
 namespace orblink {
 
-constexpr uint32_t kMsgSwitchBsd = 10;
-constexpr uint32_t kMsgPhyBsd = 11;
+constexpr uint32_t kMsgSwitchBsd = OB_MESSAGE_SWITCH_DATA;
+constexpr uint32_t kMsgPhyBsd = OB_MESSAGE_PHY_DATA;
 constexpr uint32_t kMsgAck = 12;
 
 constexpr uint16_t kBsdAppid = 12;

@@ -2,10 +2,12 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <optional>
 
 #include "tools/orblinkctl/commands/initialise.h"
 #include "tools/orblinkctl/commands/recovery.h"
 #include "tools/orblinkctl/commands/tables.h"
+#include "tools/orblinkctl/facts/board_data_sorter.h"
 #include "tools/orblinkctl/facts/board_model.h"
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
@@ -70,6 +72,10 @@ Model Initialise(Call& call)
     for (const Family family : wanted)
         RequireFirstTime(family);
     Model families = Model::array();
+    // Where one family alone is wanted nobody would get what was kept for the other.
+    std::optional<BoardDataSorter> sorter;
+    if (both)
+        sorter.emplace();
     for (const Family family : wanted) {
         auto found = InitialiseFamily(family, !call.Has("--no-defaults"));
         families.push_back(found ? std::move(*found) : WithoutAnswer(family));

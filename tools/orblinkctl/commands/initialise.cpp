@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "tools/orblinkctl/commands/recovery.h"
+#include "tools/orblinkctl/facts/board_data_sorter.h"
 #include "tools/orblinkctl/facts/board_model.h"
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/library.h"
@@ -84,7 +85,10 @@ bool RunLibrary(Family family, bool defaults)
     const bool bad = LogSaid("Bad message") || LogSaid("Unsupported message type");
     RequireHals(family);
     Check(result, "board", family == Family::kSwitch ? "ORBLINK_InitOnce" : "ETHPHY_InitOnce");
-    return story.find("successfully received") != std::string::npos && !bad;
+    const BoardDataSorter* const sorter = CurrentSorter();
+    const bool came = story.find("successfully received") != std::string::npos ||
+                      (sorter != nullptr && sorter->HandedOver());
+    return came && !bad;
 }
 
 Model RunHere(Family family, bool defaults)
@@ -120,6 +124,8 @@ std::string Report(Family family, bool defaults)
     // The parent decides about the end.
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         std::signal(number, SIG_IGN);
+    if (BoardDataSorter* const sorter = CurrentSorter())
+        sorter->SortFor(family);
     const std::string report = Report(family, defaults);
     for (size_t done = 0; done < report.size();) {
         const ssize_t count = write(output, report.data() + done, report.size() - done);

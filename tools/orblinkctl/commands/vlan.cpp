@@ -183,7 +183,7 @@ void RequireMapped(const PortTarget& target, const MacAddress& mac, uint16_t mas
             std::equal(wanted.begin(), wanted.end(), entry.Mac))
             return;
     throw Failure{kNoSuchObject, target.object + ": no MAC-to-VLAN entry " + MacWord(mac.data()) +
-                                     ", mask " + Hex(mask, 3)};
+                                     ", mask " + Hex(mask, 3) + ": orblinkctl mac-vlan"};
 }
 
 Model MapMac(Call& call, uint16_t vid, bool add)

@@ -176,7 +176,8 @@ const SwitchDeviceRecord& SwitchOf(const SwitchDeviceRegion& region, unsigned de
 {
     if (device >= region.NumOfSwitches)
         throw Failure{kNoSuchObject, "no " + SwitchObject(device) + ": the board has " +
-                                         std::to_string(region.NumOfSwitches)};
+                                         std::to_string(region.NumOfSwitches) +
+                                         ": orblinkctl switch"};
     return region.device[device];
 }
 
@@ -231,7 +232,7 @@ const PhyDeviceRecord& PhyOf(const PhyDeviceRegion& region, unsigned device)
 {
     if (device >= region.NumOfPhys)
         throw Failure{kNoSuchObject, "no " + PhyObject(device) + ": the board has " +
-                                         std::to_string(region.NumOfPhys)};
+                                         std::to_string(region.NumOfPhys) + ": orblinkctl phy"};
     return region.phy[device];
 }
 

@@ -181,15 +181,65 @@ TEST(Board, WithoutDevicesIsEmptyAndNotAFailure)
     EXPECT_THAT(r[1], Prints("no switches\nno PHYs\n"));
     EXPECT_THAT(r[2], Prints("no ports\n"));
     EXPECT_EQ(Json(r[3])["switches"], nlohmann::json::array());
-    EXPECT_THAT(r[4], Refuses(3, "no switch 0: the board has 0"));
-    EXPECT_THAT(r[5], Refuses(3, "no PHY 0: the board has 0"));
+    EXPECT_THAT(r[4], Refuses(3, "no switch 0: the board has 0: orblinkctl switch"));
+    EXPECT_THAT(r[5], Refuses(3, "no PHY 0: the board has 0: orblinkctl phy"));
+}
+
+// A board of PHYs alone, whose data come in this order, or not at all.
+std::string PhyBoard(const Scratch& scratch, const std::string& order, const std::string& more = "")
+{
+    scratch.Write("phys.toml", "mailbox_order = " + order +
+                                   "\n[[phy]]\nhal = \"libphyk20.so\"\nchip = \"ieee8023\"\n"
+                                   "serdes = 1\nmdio_bus = 0\nmdio_address = 4\n" +
+                                   more);
+    return scratch.Path("phys.toml");
+}
+
+TEST(Board, OfPhysAloneIsInitialisedWithoutKnowingThat)
+{
+    const Scratch scratch;
+    const auto r = OnBoard(PhyBoard(scratch, R"(["phy", "switch"])"),
+                           {"ctl init --json", "ctl phy 0 up", "ctl doctor"});
+    const auto families = Json(r[0])["families"];
+    ASSERT_EQ(families.size(), 2U);
+    EXPECT_EQ(families[0]["devices"], 0);
+    EXPECT_EQ(families[1]["devices"], 1);
+    EXPECT_EQ(r[1].code, 0) << r[1].err;
+    EXPECT_EQ(r[2].code, 0) << r[2].out;
+}
+
+TEST(Board, WhoseSwitchDataNeverComeHasItsPhysAllTheSame)
+{
+    const Scratch scratch;
+    const auto r = OnBoard(PhyBoard(scratch, R"(["phy"])"), {"ctl --wait 0.3 init --json"});
+    const auto families = Json(r[0])["families"];
+    ASSERT_EQ(families.size(), 2U);
+    EXPECT_EQ(families[0]["failure"],
+              "no board data came from the application CPU within 0.3 s; what was made is undone");
+    EXPECT_EQ(families[1]["devices"], 1);
+}
+
+TEST(Board, TakesTheDataOfItsFamiliesInEitherOrder)
+{
+    const Scratch scratch;
+    const std::string board =
+        PhyBoard(scratch, R"(["phy", "switch"])",
+                 "[[switch]]\nhal = \"liborblink_velmar.so\"\nchip = \"vswitch\"\nserdes = 0\n"
+                 "reset_pin = 18\nmdio_bus = 0\nmdio_address = 16\ninternal_port = 0\n"
+                 "internal_mode = \"SGMII\"\ninternal_speed = \"1G\"\n");
+    const auto r = OnBoard(board, {"ctl init --json", "ctl up 0"});
+    const auto families = Json(r[0])["families"];
+    ASSERT_EQ(families.size(), 2U);
+    EXPECT_EQ(families[0]["devices"], 1);
+    EXPECT_EQ(families[1]["devices"], 1);
+    EXPECT_EQ(r[1].code, 0) << r[1].err;
 }
 
 TEST(Board, ObjectsThatAreNotThereAreNamed)
 {
     const auto r = OnBoardUp("one_switch", {"ctl switch 1", "ctl port 1:2", "ctl mtu 1 1500"});
     for (const auto& outcome : r)
-        EXPECT_THAT(outcome, Refuses(3, "no switch 1: the board has 1"));
+        EXPECT_THAT(outcome, Refuses(3, "no switch 1: the board has 1: orblinkctl switch"));
 }
 
 TEST(Board, ServicesAnswer)

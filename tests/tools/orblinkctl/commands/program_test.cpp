@@ -29,7 +29,7 @@ TEST(Batch, StopsAtTheFirstFailureAndNamesTheLine)
     EXPECT_THAT(r[2], Prints("ports.0.pcp=3\n"));
     EXPECT_EQ(r[3].code, 3);
     EXPECT_EQ(r[3].err,
-              "orblinkctl: stdin:1: no switch 1: the board has 1\n"
+              "orblinkctl: stdin:1: no switch 1: the board has 1: orblinkctl switch\n"
               "orblinkctl: stdin:2: a batch cannot run another one\n");
     EXPECT_THAT(r[4], Prints("port 0:1: vlan 7\n"));
     EXPECT_THAT(r[5], Refuses(2, "absent: No such file or directory"));

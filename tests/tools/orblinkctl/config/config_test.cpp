@@ -294,7 +294,7 @@ TEST(Config, WhatTheBoardCannotHaveIsRefusedBeforeAnyChange)
          "printf '[switch.1]\\nmtu = 1500\\n' >x.toml; ctl config apply x.toml",
          "printf '[phy.0]\\nadmin = true\\n' >x.toml; ctl config apply x.toml", "ctl config diff"});
     EXPECT_THAT(r[0], Refuses(5, "switch.0.port.7.speed: the port has no such setting"));
-    EXPECT_THAT(r[1], Refuses(3, "no switch 1: the board has 1"));
+    EXPECT_THAT(r[1], Refuses(3, "no switch 1: the board has 1: orblinkctl switch"));
     EXPECT_THAT(r[2], Refuses(3, "phy.0.admin: the board has no such object"));
     EXPECT_THAT(r[3], Prints("no differences\n"));
 }

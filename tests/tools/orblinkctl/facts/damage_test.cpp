@@ -112,7 +112,8 @@ TEST(Guarded, MacVlanTakesStationsAndRemovesWhatIsThere)
     EXPECT_THAT(r[0],
                 Refuses(2, "ff:ff:ff:ff:ff:ff is the broadcast address: no frame comes from it"));
     EXPECT_THAT(r[1], Refuses(2, "01:00:5e:00:00:01 is a group address: no frame comes from it"));
-    const std::string none = "no MAC-to-VLAN entry 00:00:5e:00:53:01, mask 0xfff";
+    const std::string none =
+        "no MAC-to-VLAN entry 00:00:5e:00:53:01, mask 0xfff: orblinkctl mac-vlan";
     EXPECT_THAT(r[2], Refuses(3, "port 0:1: " + none));
     EXPECT_EQ(r[3].code, 0) << r[3].err;
     EXPECT_THAT(r[4], Refuses(3, "port 0:2: " + none));
