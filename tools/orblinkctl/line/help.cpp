@@ -9,6 +9,7 @@
 #include "tools/orblinkctl/line/command.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/vocabulary.h"
+#include "tools/orblinkctl/output/columns.h"
 
 namespace ctl {
 
@@ -136,6 +137,42 @@ void AddGroups(std::string& out, const std::vector<const Command*>& commands)
     }
 }
 
+// A line that is too wide goes on below its explanation, or begins that on a line of its own.
+std::string Fitted(const std::string& line, size_t columns)
+{
+    constexpr size_t kNarrowest = 24;
+    if (ColumnsOf(line) <= columns)
+        return line;
+    const size_t start = line.find_first_not_of(' ');
+    const size_t gap = line.rfind("  ");
+    if (gap == std::string::npos || gap < start)
+        return Wrapped(columns < start + kNarrowest ? "      " + line.substr(start) : line,
+                       columns);
+    const std::string explanation = line.substr(gap + 2);
+    const std::string head = line.substr(0, line.find_last_not_of(' ', gap) + 1);
+    if (columns < gap + 2 + kNarrowest)
+        return Wrapped(head, columns) + "\n" + Wrapped("      " + explanation, columns);
+    std::string out = line.substr(0, gap + 2);
+    for (const char c : Wrapped(explanation, columns - gap - 2)) {
+        out += c;
+        if (c == '\n')
+            out.append(gap + 2, ' ');
+    }
+    return out;
+}
+
+std::string ForTheScreen(const std::string& text)
+{
+    const size_t columns = ScreenColumns();
+    std::string out;
+    for (size_t at = 0; at < text.size();) {
+        const size_t end = std::min(text.find('\n', at), text.size());
+        out += Fitted(text.substr(at, end - at), columns) + "\n";
+        at = end + 1;
+    }
+    return out;
+}
+
 }  // namespace
 
 std::string VersionText()
@@ -146,19 +183,20 @@ std::string VersionText()
 std::string HelpText(const std::vector<std::string>& words)
 {
     if (words.empty())
-        return OverviewHelp();
+        return ForTheScreen(OverviewHelp());
     const auto commands = CommandsNamed(words);
     if (commands.empty())
         MatchWords(words);
     std::string out;
     if (commands.size() > kMostInFull) {
         AddGroups(out, commands);
-        return out + "\nMore of one of them: orblinkctl help " + words.front() + " WORD...\n";
+        return ForTheScreen(out + "\nMore of one of them: orblinkctl help " + words.front() +
+                            " WORD...\n");
     }
     for (const auto* command : commands)
         AddCommand(out, *command);
     AddGlobalOptions(out);
-    return out;
+    return ForTheScreen(out);
 }
 
 Model CommandModel(const std::vector<std::string>& words)

@@ -102,9 +102,8 @@ size_t Characters(const std::string& text)
         std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-// On a terminal of these widths no line is longer, and nothing that a port has is lost but empty
-// columns.
-// One terminal of so many columns for all the views.
+// One terminal of so many columns for all the views: no line is longer, and nothing that a port has
+// is lost but empty columns.
 class Terminal : public testing::TestWithParam<size_t> {};
 
 TEST_P(Terminal, HoldsEveryView)
@@ -113,7 +112,7 @@ TEST_P(Terminal, HoldsEveryView)
     for (const char* words :
          {"", "port", "switch", "vlan", "phy", "counters", "show", "board", "recover", "doctor",
           "mdio", "explain 0:1 0:4", "top --rounds 1 --interval 0.01",
-          "watch 0:1 --rounds 1 --interval 0.01"})
+          "watch 0:1 --rounds 1 --interval 0.01", "help", "help port", "help mac-vlan"})
         views += std::string("orblinkctl --names n.toml ") + words + "; ";
     const auto r = OnBoardUp(
         "two_switches",
