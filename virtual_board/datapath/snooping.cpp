@@ -11,7 +11,6 @@ using vswitch::PortMask;
 constexpr nanoseconds kMembershipTime = std::chrono::seconds(260);
 constexpr nanoseconds kQuerierTime = std::chrono::seconds(255);
 constexpr nanoseconds kLastMemberTime = std::chrono::seconds(2);
-constexpr PortMask kEverywhere = 0xFF;
 
 }  // namespace
 

@@ -12,6 +12,9 @@
 
 namespace vboard::datapath {
 
+// Every port of a switch.
+constexpr vswitch::PortMask kEverywhere = 0xFF;
+
 // Until when each port of a switch belongs to something.
 using PortTimes = std::array<std::chrono::nanoseconds, vswitch::kPorts>;
 

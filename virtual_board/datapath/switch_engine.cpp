@@ -228,7 +228,6 @@ void SwitchEngine::AskLastMembers(const Frame& leave, const MulticastPacket& pac
 
 Route SwitchEngine::RouteOf(const Frame& frame, Time now) const
 {
-    constexpr PortMask kEverywhere = 0xFF;
     const uint16_t vid = frame.tag.vid;
     Route route{Route::By::kFlood, kEverywhere, view->members[vid], view->forwarding,
                 view->ports[frame.port].reaches};
