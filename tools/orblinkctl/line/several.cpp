@@ -57,7 +57,7 @@ ExitCode RunSeveral(std::vector<Call>& calls)
     std::vector<Model> before;
     ExitCode code = kDone;
     for (auto& call : calls) {
-        Model settings = Changes(call) ? SettingsNow() : Model();
+        Model earlier = Changes(call) ? SettingsNow() : Model();
         DropHeldLogLines();
         try {
             Add(whole, call.command->query(call));
@@ -66,7 +66,7 @@ ExitCode RunSeveral(std::vector<Call>& calls)
             throw;
         }
         if (Changes(call))
-            before.push_back(std::move(settings));
+            before.push_back(std::move(earlier));
         code = std::max(code, call.exitCode);
     }
     WriteOut(Rendered(calls.front(), whole));
