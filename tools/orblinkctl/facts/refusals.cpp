@@ -150,10 +150,10 @@ std::string MdioPlace(std::string_view object)
         return "MDIO bus " + std::to_string(bus) + " address " + std::to_string(address);
     };
     if (!object.starts_with("PHY")) {
-        const auto& board = SwitchOf(ReadSwitches(), device).board;
+        const auto board = SwitchOf(ReadSwitches(), device).board;
         return text(board.mdioBus, board.mdioAddr);
     }
-    const auto& board = PhyOf(ReadPhys(), device).board;
+    const auto board = PhyOf(ReadPhys(), device).board;
     return text(board.mdioBus, board.mdioAddr);
 }
 
