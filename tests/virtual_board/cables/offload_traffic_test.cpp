@@ -66,14 +66,19 @@ TEST_F(Offloading, PacketsKeepTheirWayThroughVlanTags)
     EXPECT_EQ(output, "same\n");
 }
 
-TEST_F(Offloading, ACaptureAndABadCableShowFrames)
+TEST_F(Offloading, ACaptureShowsFrames)
 {
     EXPECT_EQ(Run("orblink-vboard control capture sw0:2 -w $S/port.pcapng --count 100 & look=$!\n"
                   "until test -s $S/port.pcapng; do sleep 0.05; done\n" +
-                  Transfer("10.0.0.2") + "wait $look; longest $S/port.pcapng\n" +
-                  "orblink-vboard control wire sw0:1 --delay 1ms\n" +
+                  Transfer("10.0.0.2") + "wait $look; longest $S/port.pcapng\n"),
+              "same\n1514\n");
+}
+
+TEST_F(Offloading, ABadCableShowsFrames)
+{
+    EXPECT_EQ(Run("orblink-vboard control wire sw0:1 --delay 1ms\n" +
                   Transfer("10.0.0.2", "hear b\n") + "heard b; longest $S/b.pcap\n"),
-              "same\n1514\nsame\n1514\n");
+              "same\n1514\n");
 }
 
 TEST_F(Offloading, AMirrorShowsFrames)
