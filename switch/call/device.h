@@ -38,6 +38,7 @@ public:
     }
 
     uint8_t Idx() const { return idx_; }
+    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): idx was found below the bound
     [[gnu::always_inline]] SwitchDeviceRecord& Record() const { return *record_; }
     [[gnu::always_inline]] SwitchProvConfig& Config() const { return record_->config; }
     SwitchVendorRecord& Vendor() const { return region_->vendor[idx_]; }
