@@ -118,6 +118,9 @@ if [ $only_presets -eq 0 ]; then
     tests/container/run.sh "$builds/release" "$builds/container" $([ $full = yes ] || echo --short)
     stage "clang-tidy over the library"
     logged "$builds/tidy.log" scripts/analyse.sh "$builds/clang-i386-library" --library
+    stage "fuzzers over library and HALs"
+    logged "$builds/fuzz.log" tests/robustness/fuzz.sh --seconds 1 --build-dir "$builds/fuzz" \
+        dump mailbox board_data_switch board_data_phy switch_api phy_api hal_phy hal_vswitch
 fi
 if [ $full = yes ]; then
     stage "analysis of the whole tree"
