@@ -9,7 +9,7 @@ status=0
 sources()
 {
     find . -name .git -prune -o -path './build*' -prune -o \
-        -regex '.*\.\(c\|h\|cpp\)' -print0 | sort -z
+        -regex '.*\.\(c\|h\|cpp\|hpp\)' -print0 | sort -z
 }
 sources | xargs -0 -n 40 -P "$(nproc)" clang-format --dry-run --Werror || status=1
 scripts/check-commits.sh || status=1

@@ -28,7 +28,9 @@ packages="
     librsvg2-bin
     libtomlplusplus-dev
     lldpd
+    mandoc
     musl-tools
+    mypy
     net-tools
     netsniff-ng
     ninja-build

@@ -10,7 +10,7 @@ import re
 import sys
 
 INCLUDE = re.compile(r'\s*#\s*include\s*"([^"]+)"')
-SOURCES = (".c", ".cpp", ".h")
+SOURCES = (".c", ".cpp", ".h", ".hpp")
 
 
 def folders(root):
@@ -67,7 +67,13 @@ def includes(root):
                 for number, line in enumerate(lines, 1):
                     match = INCLUDE.match(line)
                     if match:
-                        yield f"{path}:{number}", folder, match.group(1)
+                        yield f"{path}:{number}", folder, from_the_top(root, folder, match.group(1))
+
+
+def from_the_top(root, folder, header):
+    """A header that is named from beside the file that includes it."""
+    beside = os.path.normpath(os.path.join(folder, header))
+    return beside if os.path.isfile(os.path.join(root, beside)) else header
 
 
 def cycle(graph):
