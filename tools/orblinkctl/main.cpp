@@ -18,8 +18,6 @@ int Complete(const std::vector<std::string>& words)
     return std::fflush(stdout) == 0 ? 0 : 1;
 }
 
-}  // namespace
-
 // A descriptor that is closed would be given to the next file that is opened, and what is printed
 // would go there.
 void OpenStandardStreams()
@@ -29,6 +27,8 @@ void OpenStandardStreams()
             // The lowest closed descriptor is this one.
             (void)open("/dev/null", O_RDWR);
 }
+
+}  // namespace
 
 int main(int argc, char** argv)
 {

@@ -48,6 +48,15 @@ TEST(Run, SaysWhyACommandDoesNotStart)
     EXPECT_EQ(directory.status, 126);
 }
 
+TEST(Run, ClosedStandardStreamsAreNoRoomForTheBoardsOwnFiles)
+{
+    const std::string streams = "readlink /proc/self/fd/0 /proc/self/fd/2";
+    const std::string file = TemporaryPath("streams");
+    auto closed = Shell("$RUN --board $BOARDS/no_devices.toml -- sh -c '" + streams + " >" + file +
+                        "; exit 0' <&- >&- 2>&-; cat " + file);
+    EXPECT_EQ(closed.output, "/dev/null\n/dev/null\n");
+}
+
 TEST(Run, UsageErrorsAreTwo)
 {
     EXPECT_EQ(Shell("$VBOARD").status, 2);
