@@ -126,7 +126,10 @@ Json CaptureFrames(VirtualBoard& board, const Json& command)
                           {"received", frame.received},
                           {"comment", frame.comment},
                           {"bytes", frame.bytes}});
-    return Done({{"next", captured->next}, {"lost", captured->lost}, {"frames", frames}});
+    return Done({{"next", captured->next},
+                 {"lost", captured->lost},
+                 {"kept", captured->kept},
+                 {"frames", frames}});
 }
 
 Json TraceFrame(VirtualBoard& board, const Json& command)

@@ -50,6 +50,7 @@ struct Captured {
     std::vector<CapturedFrame> frames;
     uint64_t next = 0;  // the number with which to ask again
     uint64_t lost = 0;  // frames that were not kept so long
+    uint64_t kept = 0;  // frames that the next question will get
 };
 
 class Cables {

@@ -16,15 +16,18 @@ Captured Capture::Take(unsigned port, std::optional<uint64_t> from)
     look.watched = true;
     look.asked = std::chrono::steady_clock::now();
     FollowWatching();
-    Captured captured{{}, look.next, 0};
+    Captured captured{{}, look.next, 0, 0};
     if (!from)
         return captured;
     const uint64_t oldest = look.next - look.frames.size();
     const uint64_t first = std::clamp(*from, oldest, look.next);
     captured.lost = first - std::min(*from, first);
-    look.frames.erase(look.frames.begin(), look.frames.begin() + static_cast<long>(first - oldest));
-    captured.frames.assign(look.frames.begin(), look.frames.end());
-    look.frames.clear();
+    const auto begin = look.frames.begin() + static_cast<long>(first - oldest);
+    const auto end = begin + static_cast<long>(std::min(look.next - first, kAtOnce));
+    captured.frames.assign(begin, end);
+    look.frames.erase(look.frames.begin(), end);
+    captured.kept = look.frames.size();
+    captured.next = look.next - captured.kept;
     return captured;
 }
 

@@ -19,7 +19,8 @@ public:
     {
     }
 
-    // The frames of a port from this number on, which the answer before gave; nothing: from now.
+    // Frames of a port from this number on, which the answer before gave; nothing: from now. So few
+    // at once that others who ask the board hardly wait.
     // Who has not asked for kPatience does not look any more.
     Captured Take(unsigned port, std::optional<uint64_t> from);
 
@@ -33,6 +34,7 @@ private:
     using RealTime = std::chrono::steady_clock::time_point;
     static constexpr std::chrono::seconds kPatience{5};
     static constexpr size_t kMaxFrames = 4096;
+    static constexpr uint64_t kAtOnce = 64;
 
     // One port. Numbers go on from look to look.
     struct Look {

@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <time.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
@@ -45,10 +46,11 @@ private:
     File file;
 };
 
-// Waits for a moment; true when a signal says to end.
-bool EndsNow(const sigset_t& signals)
+// Waits for a moment, if at all; true when a signal says to end.
+bool EndsNow(const sigset_t& signals, bool waits)
 {
-    return sigtimedwait(&signals, nullptr, &kPause) > 0;
+    constexpr timespec kNow{};
+    return sigtimedwait(&signals, nullptr, waits ? &kPause : &kNow) > 0;
 }
 
 sigset_t BlockSignals()
@@ -95,19 +97,24 @@ int CaptureCommand(const std::string& socketPath, const Json& command)
                               std::to_string(command.at("port").get<unsigned>())));
     uint64_t left = command.value("count", UINT64_MAX);
     uint64_t lost = 0;
-    for (bool ends = false; !ends && left > 0;) {
-        ends = EndsNow(signals);
+    uint64_t kept = 0;
+    for (bool ends = false; left > 0;) {
+        const bool endsNow = !ends && EndsNow(signals, kept == 0);
         question["from"] = answer.at("next");
         answer = Ask(socketPath, question, exitCode);
         if (exitCode != 0)
             return exitCode;
         lost += answer.at("lost").get<uint64_t>();
-        for (const Json& frame : answer.at("frames")) {
-            if (left == 0)
-                break;
-            output.Write(Record(frame));
-            --left;
-        }
+        kept = answer.at("kept");
+        const Json& frames = answer.at("frames");
+        // What has come up to the end is written, what still comes is not.
+        if (endsNow)
+            left = std::min<uint64_t>(left, frames.size() + kept);
+        ends = ends || endsNow;
+        for (size_t i = 0; i < frames.size() && left > 0; ++i, --left)
+            output.Write(Record(frames[i]));
+        if (ends && frames.empty())
+            break;
     }
     if (lost > 0)
         fprintf(stderr, "orblink-vboard: %llu frames came faster than they were written\n",
