@@ -20,9 +20,9 @@ const std::string kPending = "orblinkctl config pending | grep -q \"is taken bac
 const std::string kSettled = "orblinkctl config pending | grep -q \"no change waits\"";
 
 // Starts an apply that waits; the process is in the file "pid".
-std::string Start(const std::string& seconds)
+std::string Start(const std::string& seconds, const std::string& file = "new")
 {
-    return "orblinkctl config apply new --confirm-within " + seconds +
+    return "orblinkctl config apply " + file + " --confirm-within " + seconds +
            " >said 2>complained & echo $! >pid; " + Until(kPending);
 }
 
@@ -105,14 +105,15 @@ TEST(Guard, AClosedTerminalTakesTheChangesBack)
     EXPECT_THAT(r[5], Prints("ports.0.vlan=1\n"));
 }
 
-// Its own number comes from a caller that is long gone.
+// Its own number comes from a caller that is long gone; other tests have guards, too.
 TEST(Guard, AKilledGuardDoesNotBlockTheNextChange)
 {
-    const auto r =
-        OnBoardUp("one_switch", {kMakeFile, Start("60"),
-                                 "kill -KILL $(pgrep -f 'config apply new' | grep -vx $(cat pid))",
-                                 Until("! kill -0 $(cat pid) 2>/dev/null"), "cat complained",
-                                 "ctl config apply new", "ctl config pending"});
+    const auto r = OnBoardUp(
+        "one_switch", {kMakeFile + "; cp new $(basename $PWD)", Start("60", "$(basename $PWD)"),
+                       "kill -KILL $(pgrep -f \"config apply $(basename $PWD)\" | "
+                       "grep -vx $(cat pid))",
+                       Until("! kill -0 $(cat pid) 2>/dev/null"), "cat complained",
+                       "ctl config apply new", "ctl config pending"});
     EXPECT_THAT(r[4].out, HasSubstr("the guarding process has ended"));
     EXPECT_THAT(r[5], Prints("nothing to do\n"));
     EXPECT_THAT(r[6], Prints("no change waits for its confirmation\n"));
