@@ -38,6 +38,9 @@ if(ORBLINK_RACES)
     add_link_options(-fsanitize=thread)
 endif()
 
+# A precompiled header stays good when its sources are checked out anew: ccache may hand it out.
+add_compile_options("$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
+
 # The big headers of the programs, compiled once for a target.
 function(orblink_precompile_big_headers target)
     target_precompile_headers(${target} PRIVATE <nlohmann/json.hpp>

@@ -42,5 +42,13 @@ show_progress()
     [ ! -t 1 ] || printf '\n'
 }
 
+# What was compiled before, in this checkout or in another, is not compiled again.
+if command -v ccache >/dev/null && mkdir -p "$(ccache -k cache_dir)" 2>/dev/null; then
+    export CMAKE_C_COMPILER_LAUNCHER=${CMAKE_C_COMPILER_LAUNCHER-ccache}
+    export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
+    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1
+    export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+fi
+
 cmake --preset "$preset" -B "$directory" "${options[@]}" >"$log" 2>&1 || fail
 NINJA_STATUS='[%f of %t] ' cmake --build "$directory" "${targets[@]}" 2>&1 | show_progress || fail

@@ -7,6 +7,7 @@ set -eu
 
 packages="
     binutils
+    ccache
     clang
     clang-format
     clang-tidy
