@@ -98,7 +98,7 @@ TEST(WebProgram, IsNotHarmedByClosedStandardStreams)
 TEST(WebProgram, ManualPageNamesEveryOption)
 {
     const std::string help = RunProgram("--help").out;
-    std::ifstream file(ORBLINK_SOURCE "/tools/orblink_web/orblink-web.8");
+    std::ifstream file(ORBLINK_SOURCE "/tools/orblink_web/orblink-web.1");
     const std::string page(std::istreambuf_iterator<char>(file), {});
     std::istringstream words(help);
     int options = 0;

@@ -1,4 +1,6 @@
 // The manual page, from the command table.
+#include <sstream>
+
 #include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/line/command.h"
 #include "tools/orblinkctl/line/grammar.h"
@@ -78,13 +80,36 @@ constexpr char kTail[] =
     ".TP\n.B 8\nthe shared state is damaged: see \\fBorblinkctl recover\\fR\n"
     ".TP\n.B 9\ndifferences found\n"
     ".SH FILES\n.TP\n.I /etc/orblink/names.toml\n"
-    "labels: tables [port] with label = \"SWITCH:PORT\", [phy] with label = INDEX\n";
+    "labels: tables [port] with label = \"SWITCH:PORT\", [phy] with label = INDEX\n"
+    ".TP\n.I /etc/orblink/startup.toml\nthe configuration of \\-\\-startup\n"
+    ".SH SEE ALSO\n.BR orblink\\-config (5),\n.BR orblink (7),\n.BR orblink\\-messages (7)\n";
+
+// Requests as they are, text in lines that an editor shows whole.
+std::string Broken(const std::string& page)
+{
+    constexpr size_t kMost = 80;
+    std::string out;
+    std::istringstream lines(page);
+    for (std::string line; std::getline(lines, line);) {
+        while (line.size() > kMost && line[0] != '.') {
+            const size_t blank = line.rfind(' ', kMost);
+            if (blank == std::string::npos)
+                break;
+            out += line.substr(0, blank) + "\n";
+            line.erase(0, blank + 1);
+            if (line[0] == '.' || line[0] == '\'')
+                line.insert(0, "\\&");
+        }
+        out += line + "\n";
+    }
+    return out;
+}
 
 }  // namespace
 
 std::string ManualPage()
 {
-    std::string out = ".TH ORBLINKCTL 8 \"\" \"orblinkctl " ORBLINKCTL_VERSION "\"\n";
+    std::string out = ".TH ORBLINKCTL 1 2026-11-22 \"orblinkctl " ORBLINKCTL_VERSION "\"\n";
     out += kHead;
     out += ".SH COMMANDS\n";
     AddCommands(out);
@@ -92,7 +117,7 @@ std::string ManualPage()
     AddArguments(out);
     out += ".SH OPTIONS\n";
     AddOptions(out);
-    return out + kTail;
+    return Broken(out + kTail);
 }
 
 }  // namespace ctl
