@@ -5,9 +5,12 @@
 namespace toml_text {
 namespace {
 
+constexpr std::string_view kBlanks = " \t";
+
 // Behind a string that begins at `at`, or behind its quotes where nothing ends it.
 size_t BehindString(std::string_view text, size_t at)
 {
+    constexpr size_t kMostQuotesAtEnd = 5;  // a long string may end with two of its own
     const char quote = text[at];
     const std::string_view three = text.substr(at, 3);
     const bool many = three.size() == 3 && three[1] == quote && three[2] == quote;
@@ -16,30 +19,98 @@ size_t BehindString(std::string_view text, size_t at)
         if (text[i] == '\\' && quote == '"')
             ++i;
         else if (text.substr(i, marks) == text.substr(at, marks))
-            return i + marks;
+            return many ? std::min(
+                              {text.find_first_not_of(quote, i), i + kMostQuotesAtEnd, text.size()})
+                        : i + marks;
     }
     return at + marks;
 }
 
-// Where a dotted key gets too deep; npos: nowhere. The parser goes one call deeper for each dot.
-size_t FindDeepKey(std::string_view text)
+// An empty name is one that the parser refuses by itself.
+bool BeginsName(char c)
 {
-    constexpr std::string_view kEndsKey = "\n=,[]{}";
-    size_t dots = 0;
-    size_t at = 0;
-    while (at < text.size() && dots <= kMostDots) {
-        const char c = text[at];
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           std::string_view("-_\"']").find(c) != std::string_view::npos;
+}
+
+// Through the text up to what the parser must not be given.
+class Scanner {
+public:
+    explicit Scanner(std::string_view text) : text_(text)
+    {
+        constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+        if (text.starts_with(kByteOrderMark))
+            at_ = kByteOrderMark.size();
+    }
+
+    // What is expected where At() is; null: nothing is wrong.
+    const char* FindFault()
+    {
+        while (at_ < text_.size() && fault_ == nullptr)
+            Step(text_[at_]);
+        return fault_;
+    }
+
+    size_t At() const { return at_; }
+
+private:
+    void Step(char c)
+    {
         if (c == '#') {
-            at = std::min(text.find('\n', at), text.size());
+            at_ = std::min(text_.find('\n', at_), text_.size());
         } else if (c == '"' || c == '\'') {
-            at = BehindString(text, at);
+            at_ = BehindString(text_, at_);
+            lineIsBlank_ = false;
+        } else if (c == '[' && lineIsBlank_ && arrays_ == 0) {
+            TakeHeading();
         } else {
-            dots = kEndsKey.find(c) != std::string_view::npos ? 0 : dots + (c == '.' ? 1 : 0);
-            ++at;
+            TakePlain(c);
         }
     }
-    return dots > kMostDots ? at - 1 : std::string_view::npos;
-}
+
+    // The parser takes it for granted that a name begins there.
+    void TakeHeading()
+    {
+        dots_ = 0;
+        lineIsBlank_ = false;
+        ++at_;
+        SkipBlanks();
+        if (at_ < text_.size() && text_[at_] == '[') {
+            ++at_;
+            SkipBlanks();
+        }
+        if (at_ < text_.size() && !BeginsName(text_[at_]))
+            fault_ = "expected the name of a table";
+    }
+
+    // The parser goes one call deeper for each dot of a key.
+    void TakePlain(char c)
+    {
+        constexpr std::string_view kEndsKey = "\n=,[]{}";
+        if (c == '[')
+            ++arrays_;
+        else if (c == ']' && arrays_ > 0)
+            --arrays_;
+        if (c == '\n')
+            lineIsBlank_ = true;
+        else if (kBlanks.find(c) == std::string_view::npos)
+            lineIsBlank_ = false;
+        dots_ = kEndsKey.find(c) != std::string_view::npos ? 0 : dots_ + (c == '.' ? 1 : 0);
+        if (dots_ > kMostDots)
+            fault_ = "expected at most 16 dots in a key";
+        else
+            ++at_;
+    }
+
+    void SkipBlanks() { at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size()); }
+
+    std::string_view text_;
+    size_t at_ = 0;
+    size_t dots_ = 0;
+    size_t arrays_ = 0;  // that have begun and not ended
+    bool lineIsBlank_ = true;
+    const char* fault_ = nullptr;
+};
 
 }  // namespace
 
@@ -47,13 +118,13 @@ std::optional<Complaint> Check(std::string_view text)
 {
     if (text.size() > kLongestFile)
         return Complaint{1, 1, "expected a file of at most 64 KiB"};
-    const size_t deep = FindDeepKey(text);
-    if (deep == std::string_view::npos)
+    Scanner scanner(text);
+    const char* const expected = scanner.FindFault();
+    if (expected == nullptr)
         return std::nullopt;
-    const std::string_view before = text.substr(0, deep);
+    const std::string_view before = text.substr(0, scanner.At());
     return Complaint{static_cast<uint32_t>(std::ranges::count(before, '\n') + 1),
-                     static_cast<uint32_t>(deep - (before.rfind('\n') + 1) + 1),
-                     "expected at most 16 dots in a key"};
+                     static_cast<uint32_t>(scanner.At() - (before.rfind('\n') + 1) + 1), expected};
 }
 
 }  // namespace toml_text

@@ -1,5 +1,5 @@
 // What is no file of this project whatever it says, found before the TOML parser reads it: it would
-// take seconds, or more stack than there is.
+// take seconds or more stack than there is, or go astray.
 #pragma once
 
 #include <cstddef>

@@ -53,6 +53,23 @@ TEST(TextCheck, LeavesDotsOfTextsAlone)
         EXPECT_EQ(Said(text), "") << text;
 }
 
+TEST(TextCheck, WantsANameInAHeading)
+{
+    constexpr const char* kNoName = ": expected the name of a table";
+    EXPECT_EQ(Said("[&]"), std::string("1:2") + kNoName);
+    EXPECT_EQ(Said("\xEF\xBB\xBF[&]"), std::string("1:5") + kNoName);
+    EXPECT_EQ(Said("a = 1\n \t[ [ {"), std::string("2:7") + kNoName);
+    EXPECT_EQ(Said("[[\n"), std::string("1:3") + kNoName);
+    EXPECT_EQ(Said("[\xC3\xA9]"), std::string("1:2") + kNoName);
+    EXPECT_EQ(Said("a = [\n[1],\n]\n[&]"), std::string("4:2") + kNoName);
+    EXPECT_EQ(Said("a = ['[', \"[\"] # [\n[&]"), std::string("2:2") + kNoName);
+    // A long string may end with a quote of its own.
+    EXPECT_EQ(Said("a = [\"\"\"b\"\"\"\", \"[\"]\n[&]"), std::string("2:2") + kNoName);
+    for (const char* good : {"[a]", "[[a]]", "[ 1 ]", "[-]", "[_]", "['&']", "[[ \"&\" ]]", "[",
+                             "[[", "[]", "a = [\n[{}, [+1]],\n[\n]]", "a = '''\n[&]'''"})
+        EXPECT_EQ(Said(good), "") << good;
+}
+
 TEST(TextCheck, StringsWithoutAnEndHideNothing)
 {
     const std::string deep = Repeated("a.", 17) + "a = 1";
