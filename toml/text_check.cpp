@@ -26,6 +26,27 @@ size_t BehindString(std::string_view text, size_t at)
     return at + marks;
 }
 
+bool IsAscii(char c)
+{
+    return static_cast<unsigned char>(c) < 0x80;
+}
+
+// Where a long string that ends at `end` goes on behind a backslash, and the blanks and ends of
+// lines behind it, with a letter that the parser may take for a blank; npos: nowhere.
+size_t FindLostLetter(std::string_view text, size_t at, size_t end)
+{
+    if (!text.substr(at).starts_with("\"\"\""))
+        return std::string_view::npos;
+    for (size_t i = at; i < end; ++i) {
+        if (text[i] != '\\')
+            continue;
+        const size_t next = text.find_first_not_of(" \t\r\n", ++i);
+        if (next < end && !IsAscii(text[next]))
+            return next;
+    }
+    return std::string_view::npos;
+}
+
 // An empty name is one that the parser refuses by itself.
 bool BeginsName(char c)
 {
@@ -59,13 +80,23 @@ private:
         if (c == '#') {
             at_ = std::min(text_.find('\n', at_), text_.size());
         } else if (c == '"' || c == '\'') {
-            at_ = BehindString(text_, at_);
-            lineIsBlank_ = false;
+            TakeString();
         } else if (c == '[' && lineIsBlank_ && arrays_ == 0) {
             TakeHeading();
         } else {
             TakePlain(c);
         }
+    }
+
+    void TakeString()
+    {
+        const size_t end = BehindString(text_, at_);
+        const size_t lost = FindLostLetter(text_, at_, end);
+        lineIsBlank_ = false;
+        last_ = text_[at_];
+        at_ = std::min(end, lost);
+        if (lost < end)
+            fault_ = "expected no letter beyond ASCII behind a backslash";
     }
 
     // The parser takes it for granted that a name begins there.
@@ -83,7 +114,6 @@ private:
             fault_ = "expected the name of a table";
     }
 
-    // The parser goes one call deeper for each dot of a key.
     void TakePlain(char c)
     {
         constexpr std::string_view kEndsKey = "\n=,[]{}";
@@ -96,10 +126,24 @@ private:
         else if (kBlanks.find(c) == std::string_view::npos)
             lineIsBlank_ = false;
         dots_ = kEndsKey.find(c) != std::string_view::npos ? 0 : dots_ + (c == '.' ? 1 : 0);
-        if (dots_ > kMostDots)
-            fault_ = "expected at most 16 dots in a key";
-        else
+        fault_ = FaultOf(c);
+        if (fault_ == nullptr)
             ++at_;
+        if (kBlanks.find(c) == std::string_view::npos && c != '\n' && c != '\r')
+            last_ = c;
+    }
+
+    // The parser goes one call deeper for each dot of a key. It may go astray while it tells letters
+    // from blanks, and where a table ends in place of a value.
+    const char* FaultOf(char c) const
+    {
+        if (dots_ > kMostDots)
+            return "expected at most 16 dots in a key";
+        if (!IsAscii(c))
+            return "expected quotes around letters beyond ASCII";
+        if (c == '}' && (last_ == '[' || last_ == ','))
+            return "expected no '}' behind '[' or ','";
+        return nullptr;
     }
 
     void SkipBlanks() { at_ = std::min(text_.find_first_not_of(kBlanks, at_), text_.size()); }
@@ -109,6 +153,7 @@ private:
     size_t dots_ = 0;
     size_t arrays_ = 0;  // that have begun and not ended
     bool lineIsBlank_ = true;
+    char last_ = '\n';  // that is no blank, no end of a line and no comment
     const char* fault_ = nullptr;
 };
 

@@ -70,6 +70,31 @@ TEST(TextCheck, WantsANameInAHeading)
         EXPECT_EQ(Said(good), "") << good;
 }
 
+TEST(TextCheck, TakesLettersBeyondAsciiInTextsOnly)
+{
+    constexpr const char* kOutside = ": expected quotes around letters beyond ASCII";
+    constexpr const char* kJoined = ": expected no letter beyond ASCII behind a backslash";
+    EXPECT_EQ(Said("a = 1\n[b.\xD0\xA1]"), std::string("2:4") + kOutside);
+    EXPECT_EQ(Said("a = \xC3\xA9"), std::string("1:5") + kOutside);
+    EXPECT_EQ(Said("\xC3\xA9 = 1"), std::string("1:1") + kOutside);
+    EXPECT_EQ(Said("a = \"\"\"b\\\n \n \xC3\xA9\"\"\""), std::string("3:2") + kJoined);
+    EXPECT_EQ(Said("a = \"\"\"\\\xC3\xA9\"\"\""), std::string("1:9") + kJoined);
+    for (const char* good :
+         {"# \xC3\xA9", "a = \"\xC3\xA9\"", "a = '\\\xC3\xA9'", "'\xC3\xA9' = 1",
+          "a = \"\"\"\n\xC3\xA9 \\\\\xC3\xA9 \\\n b\"\"\" # \xC3\xA9", "a = '''\\\n\xC3\xA9'''"})
+        EXPECT_EQ(Said(good), "") << good;
+}
+
+TEST(TextCheck, WantsNoEndOfATableInPlaceOfAValue)
+{
+    constexpr const char* kNoValue = ": expected no '}' behind '[' or ','";
+    EXPECT_EQ(Said("a = [}"), std::string("1:6") + kNoValue);
+    EXPECT_EQ(Said("a = [1, # b\n \r\n }"), std::string("3:2") + kNoValue);
+    for (const char* good : {"a = {}", "a = [{}, { }]", "a = {b = [1]}", "a = {b = [1,\n]\n}",
+                             "a = [{b = '['}]", "a = '['\n}", "#[\n}"})
+        EXPECT_EQ(Said(good), "") << good;
+}
+
 TEST(TextCheck, StringsWithoutAnEndHideNothing)
 {
     const std::string deep = Repeated("a.", 17) + "a = 1";
