@@ -18,6 +18,9 @@ namespace {
 
 constexpr size_t kControlPacket = 32768;
 constexpr unsigned kCallsInARow = 16;  // then the rest of the board has its turn
+// A frame is often followed by its answer, or by the next one.
+constexpr std::chrono::microseconds kEager{50};
+constexpr std::chrono::microseconds kNoTime{0};
 
 // What becomes ready.
 enum Kind : uint32_t { kWake, kListener, kSession, kBackground, kCable };
@@ -245,10 +248,10 @@ bool BoardServer::ServeCall()
 }
 
 // True when the one that may stop the loop is ready.
-bool BoardServer::ServeReady()
+bool BoardServer::ServeReady(std::chrono::nanoseconds eager)
 {
     bool woken = false;
-    const auto ready = poller.Wait(awaitsCall ? Poller::Limit{0} : Limit());
+    const auto ready = poller.Wait(awaitsCall ? Poller::Limit{0} : Limit(), eager);
     if (!ready.empty())
         AwaitCall(false);
     callsInARow = 0;
@@ -271,8 +274,9 @@ bool BoardServer::ServeReady()
 
 bool BoardServer::Round()
 {
+    const auto eager = readyCables.empty() ? kNoTime : kEager;
     readyCables.clear();
-    const bool woken = !ServeCall() && ServeReady();
+    const bool woken = !ServeCall() && ServeReady(eager);
     // One that has nothing to do is not asked: it would cost each frame a system call.
     for (Background* background : backgrounds) {
         const auto wait = background->Wait();

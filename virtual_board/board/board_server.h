@@ -1,6 +1,7 @@
 // The board process's socket and its clients, in one loop without threads.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -54,7 +55,7 @@ private:
     Poller::Limit Limit() const;
     void AwaitCall(bool await);
     bool ServeCall();
-    bool ServeReady();
+    bool ServeReady(std::chrono::nanoseconds eager);
     void ServeSession(Session& session, uint32_t events);
     bool Round();
 

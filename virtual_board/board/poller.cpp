@@ -1,6 +1,7 @@
 #include "virtual_board/board/poller.h"
 
 #include <poll.h>
+#include <sched.h>
 
 #include <cerrno>
 
@@ -62,9 +63,28 @@ void Poller::Forget(int fd)
     static_cast<void>(epoll_ctl(epoll.Get(), EPOLL_CTL_DEL, fd, nullptr));
 }
 
-std::span<const Poller::Ready> Poller::Wait(Limit limit)
+bool Poller::IsReadyWithin(std::chrono::nanoseconds time) const
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + time;
+    pollfd any{epoll.Get(), POLLIN, 0};
+    do {
+        if (poll(&any, 1, 0) != 0)
+            return true;
+        sched_yield();  // to whoever has something to send
+    } while (Clock::now() < end);
+    return false;
+}
+
+std::span<const Poller::Ready> Poller::Wait(Limit limit, std::chrono::nanoseconds eager)
 {
     std::array<epoll_event, kAtOnce> events;
+    if (eager.count() > 0 && (!limit || *limit > eager)) {
+        if (IsReadyWithin(eager))
+            limit = Limit{0};
+        else if (limit)
+            *limit -= eager;
+    }
     const Timeout timeout{limit};
     int count = epoll_pwait2(epoll.Get(), events.data(), kAtOnce, timeout.Get(), nullptr);
     if (count < 0 && errno != EINTR) {

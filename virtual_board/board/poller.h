@@ -36,8 +36,9 @@ public:
     void WatchFor(int fd, Mark mark, uint32_t events);  // from now on
     void Forget(int fd);
 
-    // Until something is ready or the time is over; nullopt: however long that takes.
-    std::span<const Ready> Wait(Limit limit);
+    // Until something is ready or the time is over; nullopt: however long that takes. For the eager
+    // time it looks again and again instead of sleeping: to be woken takes longer than that.
+    std::span<const Ready> Wait(Limit limit, std::chrono::nanoseconds eager = {});
 
     // Waits for one of the descriptors at itself, or for any; true: this one is readable. Who makes
     // it readable may have the waiting thread woken on his own processor, which is lost on the way
@@ -46,6 +47,8 @@ public:
 
 private:
     static constexpr size_t kAtOnce = 64;
+
+    bool IsReadyWithin(std::chrono::nanoseconds time) const;
 
     UniqueFd epoll;
     std::array<Ready, kAtOnce> ready;

@@ -20,6 +20,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
+using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
 constexpr Poller::Limit kAtOnce{0};
@@ -52,6 +53,15 @@ protected:
     UniqueFd second{eventfd(0, EFD_CLOEXEC)};
     Poller poller;
 };
+
+TEST_F(PollerTest, LooksEagerlyAtFirstAndWaitsForTheRestOfTheTime)
+{
+    poller.Watch(first.Get(), {7, 1});
+    EXPECT_TRUE(TakesAMoment([&] { EXPECT_THAT(poller.Wait(kMoment, kMoment / 2), IsEmpty()); }));
+    EXPECT_TRUE(TakesAMoment([&] { EXPECT_THAT(poller.Wait(kMoment, kMoment * 2), IsEmpty()); }));
+    MakeReady(first);
+    EXPECT_THAT(poller.Wait(std::nullopt, std::chrono::hours{1}), SizeIs(1));
+}
 
 TEST_F(PollerTest, TellsWhatIsReadyByItsMark)
 {
