@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """include_directions.py SOURCE_DIR PUBLIC_HEADER...
 
-The tables in the README files whose last column is "May include" say what a folder may include: what
+The tables in CONTRIBUTING.md and in the README files whose last column is "May include" say what a folder may include: what
 is in its own row and in those of the folders around it, and these folders themselves. No folder
 includes another one that includes it, directly or over others."""
 
@@ -26,10 +26,11 @@ def allowed_by_readmes(root):
     """Of each folder that has a row: the folders that its last cell names, and other words."""
     allowed = {}
     for folder, files in folders(root):
-        if "README.md" not in files:
+        name = "CONTRIBUTING.md" if folder == "." else "README.md"
+        if name not in files:
             continue
         around = None
-        for line in open(os.path.join(root, folder, "README.md"), encoding="utf-8"):
+        for line in open(os.path.join(root, folder, name), encoding="utf-8"):
             cells = [cell.strip() for cell in line.strip().strip("|").split("|")]
             if not line.startswith("|"):
                 around = None

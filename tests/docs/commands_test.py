@@ -1,0 +1,163 @@
+#!/usr/bin/env python3
+"""commands_test.py SOURCE_DIR BUILD_DIR
+
+Every command that README and the guides show works: on a virtual board what the programs do, and of the
+longer ones (builds, test runs, measurements) that what they name is there. The blocks of docs/tour.md
+and docs/virtual-board.md have tests of their own."""
+
+import json
+import re
+import subprocess
+import sys
+import tempfile
+import tomllib
+from pathlib import Path
+
+root, build = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
+GUIDES = ["README.md", "CONTRIBUTING.md", "SECURITY.md", "bench/README.md",
+          *sorted(str(path.relative_to(root)) for path in (root / "docs").glob("*.md"))]
+ELSEWHERE = ("docs/tour.md", "docs/virtual-board.md")
+PROGRAMS = ("orblinkctl", "orblink-vboard", "orblink-web")
+# Words in capitals, for the board of this test.
+MEANT = {"PORT": "0:1", "SWITCH": "0", "N": "0", "PHY": "0", "ADDRESS": "00:00:5e:00:53:01",
+         "VLAN": "1", "REGISTERS": "0x2", "FILE": "out.file", "SECONDS": "1", "WORDS": "port",
+         "COMMAND": "true", "WORD": "port", "MODE": "link"}
+# What does not end with 0 there, and with what; the rest of the reason is in the command.
+ENDS_WITH = {"orblinkctl init": 4,  # it was before
+              "orblinkctl config confirm": 3}
+# Until they are told to end.
+ENDLESS = re.compile(r"^orblinkctl (log follow|monitor|top|watch)|orblink-web")
+complaints, board_lines, looked_at = [], [], 0
+
+
+def blocks_and_spans(guide):
+    text = (root / guide).read_text(encoding="utf-8")
+    blocks = [(language, body) for language, body in
+              re.findall(r"^```(\w*)\n(.*?)^```$", text, re.M | re.S)]
+    text = re.sub(r"^```.*?^```$", "", text, flags=re.M | re.S)
+    blocks += [("", re.sub(r"^    ", "", body, flags=re.M)) for body in
+               re.findall(r"(?:^\n)((?:^    \S.*\n(?:^    .*\n)*))", text, re.M)]
+    spans = [" ".join(span.split()) for span in re.findall(r"`([^`]+)`", text)]
+    return blocks, spans
+
+
+def filled(command):
+    """Placeholders are words of the board, optional words are given."""
+    command = re.sub(r"\[([^]|]*)\]|\.\.\.", r"\1", command)
+    command = re.sub(r"\b[A-Z]+\b", lambda word: MEANT.get(word[0], word[0]), command)
+    if command == "orblinkctl log follow":
+        command += " log"  # whatever this machine's system log is
+    if "orblink-web" in command and "--listen" not in command:
+        command += " --listen 127.0.0.1:0" if "'" not in command else ""
+    return command.replace("127.0.0.1:8080", "127.0.0.1:0")
+
+
+def on_board(guide, command):
+    board_lines.append((guide, filled(command)))
+
+
+def names_things(guide, command):
+    """Paths, presets, targets, tests and options that a longer command names."""
+    for path in re.findall(r"(?:^|\s|&& )\.?/?((?:tests|scripts|bench)/[\w/.*-]+|(?:demo|test)\.sh)", command):
+        if not list(root.glob(path.rstrip("/"))):
+            complaints.append(f"{guide}: {path} is not there")
+        elif (root / path).is_file():
+            script = (root / path).read_text(encoding="utf-8")
+            for option in re.findall(r"(--[\w-]+)", command.split(path, 1)[1].split("&&")[0]):
+                if option not in script:
+                    complaints.append(f"{guide}: {path} has no option {option}")
+    for preset in re.findall(r"--preset ([a-z][\w-]*)", command):
+        if preset not in presets:
+            complaints.append(f"{guide}: no preset {preset}")
+    for target in re.findall(r"--target (\w+)", command):
+        if not re.search(rf"(add_executable|add_custom_target|orblink_bench\w*)\({target}\b", cmake):
+            complaints.append(f"{guide}: no target {target}")
+    for tests in re.findall(r"ctest .*-R '?([\w|]+)", command):
+        for name in tests.split("|"):
+            if name != "NAME" and name not in sources:
+                complaints.append(f"{guide}: no test is called {name}")
+
+
+with open(root / "CMakePresets.json", encoding="utf-8") as file:
+    presets = {preset["name"] for preset in json.load(file)["configurePresets"]}
+cmake = "".join(path.read_text(encoding="utf-8") for path in root.rglob("CMakeLists.txt")
+                if "build" not in path.relative_to(root).parts)
+sources = "".join(path.read_text(encoding="utf-8") for path in (root / "tests").rglob("*_test.cpp"))
+
+for guide in GUIDES:
+    blocks, spans = blocks_and_spans(guide)
+    for language, body in blocks:
+        if guide in ELSEWHERE or language in ("toml", "c", "cpp", "python"):
+            continue
+        for command in re.sub(r"\\\n\s*", "", body).splitlines():
+            command = re.sub(r"\s+#.*", "", command)
+            first = command.removeprefix("build/release/bin/").split(" ")[0]
+            if first in PROGRAMS:
+                looked_at += 1
+                on_board(guide, command.replace("build/release/bin/", ""))
+            elif first.startswith(("./", "cmake", "ctest", "tests/", "scripts/", "bench/")):
+                looked_at += 1
+                names_things(guide, command)
+            elif language in ("sh", "console"):
+                complaints.append(f"{guide}: nobody runs '{command}'")
+    for span in spans:
+        # Hosts behind ports take interfaces; those commands have tests of their own.
+        if guide in ELSEWHERE and " exec " in span:
+            continue
+        if span.split(" ")[0] in PROGRAMS and " " in span:
+            looked_at += 1
+            on_board(guide, span)
+        elif span.startswith(("./", "cmake --", "ctest -", "tests/", "scripts/", "bench/")):
+            looked_at += 1
+            names_things(guide, span)
+
+with open(root / "docs/messages.toml", "rb") as file:
+    for rows in tomllib.load(file).values():
+        for word, option in re.findall(r"orblinkctl (\w[\w-]*)(?: [A-Z]+)?(?: \w+)?( --[\w-]+)?",
+                                       " ".join(row["do"] for row in rows)):
+            looked_at += 1
+            said = subprocess.run([build / "bin/orblinkctl", "help", word], capture_output=True,
+                                  text=True, check=False)
+            if said.returncode != 0 or option.strip() not in said.stdout:
+                complaints.append(f"docs/messages.toml: no orblinkctl {word}{option}")
+
+empty = root / "virtual_board/boards/no_devices.toml"
+if subprocess.run([build / "bin/orblink-vboard", "run", "--board", empty, "--", "true"],
+                  check=False).returncode != 0:
+    sys.exit(77)  # a machine that lends out no boards
+
+with tempfile.TemporaryDirectory() as place:
+    script = f"PATH={build}/bin:$PATH\ncd {place}\n"
+    script += "orblinkctl -q init >log 2>&1 && orblinkctl -q up 0 >>log 2>&1 || exit 1\n"
+    script += "orblinkctl -q phy 0 up >>log 2>&1; orblinkctl -q phy 1 up >>log 2>&1\n"
+    script += "orblinkctl config save saved >>log 2>&1\n"
+    for place_of_line, (guide, command) in enumerate(board_lines):
+        if "orblink-vboard run" in command:
+            continue
+        limit = "timeout --preserve-status 0.5" if ENDLESS.search(command) else "timeout 20"
+        # What the one before has put into reset or written.
+        script += "orblinkctl -q up 0 >>log 2>&1; cp saved out.file\n"
+        script += (f"{limit} sh -c '{command.replace(chr(39), chr(39) + chr(92) + chr(39) * 2)}'"
+                   f" >{place_of_line}.said 2>&1 </dev/null; echo $? >{place_of_line}.code\n")
+    board = [build / "bin/orblink-vboard", "run", "--time-scale", "0.001", "--board"]
+    subprocess.run([*board, root / "virtual_board/boards/phy.toml", "--", "sh", "-c", script],
+                   check=True, stderr=subprocess.DEVNULL)
+    for number, (guide, command) in enumerate(board_lines):
+        if "orblink-vboard run" in command:
+            limited = re.sub(r"\borblink-web\b", "timeout --preserve-status 1 orblink-web "
+                             "--listen 127.0.0.1:0", command)
+            limited = limited.replace("run --board", "run --time-scale 0.001 --board")
+            done = subprocess.run(["sh", "-c", f"PATH={build}/bin:$PATH; {limited}"], cwd=root,
+                                  capture_output=True, text=True, check=False)
+            code, said = done.returncode, done.stdout + done.stderr
+        else:
+            code = int((Path(place) / f"{number}.code").read_text())
+            said = (Path(place) / f"{number}.said").read_text()
+        wanted = (0, 143) if ENDLESS.search(command) else (ENDS_WITH.get(command, 0),)
+        if code not in wanted:
+            complaints.append(f"{guide}: '{command}' ended with {code}: {said}")
+
+if looked_at < 50:
+    complaints.append(f"only {looked_at} commands found")
+print("\n".join(complaints) or f"{looked_at} commands")
+sys.exit(1 if complaints else 0)
