@@ -3,7 +3,7 @@
 # Installs what is missing, builds for both ABIs with gcc and clang, runs every test, runs a part of
 # them as a plain container would, checks the form of the sources, prints the library's coverage.
 #   --full           also the long checks: analysis of the whole tree, branch coverage, robustness,
-#                    the page in a browser, all tests as in a plain container
+#                    the page in a browser, packages, all tests as in a plain container
 #   --build-dir DIR  where to build instead of build/
 #   PRESET...        only these builds and their tests
 set -euo pipefail
@@ -81,7 +81,7 @@ library_coverage()
 }
 
 stage "packages"
-logged "$builds/packages.log" scripts/install-packages.sh $([ $full = no ] || echo --browser)
+logged "$builds/packages.log" scripts/install-packages.sh $([ $full = no ] || echo --browser --packaging)
 
 if [ $only_presets -eq 0 ]; then
     stage "form of sources and commits"
@@ -132,6 +132,8 @@ if [ $full = yes ]; then
     library_coverage "$builds/coverage" --fail-under-branch "$minimum_branch_coverage"
     stage "the page in a browser"
     tests/tools/orblink_web/browser/run.sh "$builds/release"
+    stage "packages in a fresh Debian"
+    tests/packaging/run.sh "$builds"
     stage "robustness"
     tests/robustness/run.sh --minutes 10
 fi

@@ -1,8 +1,9 @@
 #!/bin/sh
-# install-packages.sh [--browser]
+# install-packages.sh [--browser] [--packaging]
 # Installs the Debian 12 packages that building, testing and the demo need. When all are there it
 # needs no rights and does nothing; without the rights it says what to ask an administrator for.
-#   --browser  also what the tests of the page in a browser need
+#   --browser    also what the tests of the page in a browser need
+#   --packaging  also what making and testing the Debian packages needs
 set -eu
 
 packages="
@@ -46,7 +47,14 @@ packages="
     zsh
 "
 
-[ "${1:-}" != --browser ] || packages="$packages chromium fonts-dejavu-core python3-websocket"
+for option in "$@"; do
+    case $option in
+        --browser) packages="$packages chromium fonts-dejavu-core python3-websocket" ;;
+        --packaging)
+            packages="$packages abigail-tools arch-test debhelper dh-python lintian mmdebstrap systemd-container uidmap"
+            ;;
+    esac
+done
 
 missing=""
 for package in $packages; do

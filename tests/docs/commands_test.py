@@ -3,7 +3,8 @@
 
 Every command that README and the guides show works: on a virtual board what the programs do, and of the
 longer ones (builds, test runs, measurements) that what they name is there. The blocks of docs/tour.md
-and docs/virtual-board.md have tests of their own."""
+and docs/virtual-board.md have tests of their own, and those of docs/installing.md are run in a fresh
+Debian."""
 
 import json
 import re
@@ -16,7 +17,7 @@ from pathlib import Path
 root, build = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
 GUIDES = ["README.md", "CONTRIBUTING.md", "SECURITY.md", "bench/README.md",
           *sorted(str(path.relative_to(root)) for path in (root / "docs").glob("*.md"))]
-ELSEWHERE = ("docs/tour.md", "docs/virtual-board.md")
+ELSEWHERE = ("docs/tour.md", "docs/virtual-board.md", "docs/installing.md")
 PROGRAMS = ("orblinkctl", "orblink-vboard", "orblink-web")
 # Words in capitals, for the board of this test.
 MEANT = {"PORT": "0:1", "SWITCH": "0", "N": "0", "PHY": "0", "ADDRESS": "00:00:5e:00:53:01",

@@ -1,0 +1,86 @@
+#!/bin/sh
+# In a fresh Debian with the packages in /packages and their users in /consumer. What is typed here is
+# what docs/installing.md says.
+set -eu
+
+fail()
+{
+    echo "WRONG: $*"
+    exit 1
+}
+
+# All files but what records that something was ever installed, caches and backups of them.
+all_files()
+{
+    find / -xdev \( -path /packages -o -path /consumer -o -path /tmp -o -path /dev -o -path /proc -o \
+        -path /sys -o -path /var/cache -o -path /var/log -o -path /var/lib/apt -o \
+        -path /var/lib/dpkg \) -prune -o -print |
+        grep -vxE '/etc/(ld\.so\.cache|(passwd|group|shadow|gshadow)-|\.pwd\.lock)' | LC_ALL=C sort
+}
+
+state_of_the_system()
+{
+    all_files
+    cat /etc/passwd /etc/group
+    dpkg-query -W -f '${Package}:${Architecture} ${Status}\n'
+}
+
+state_of_the_system >/tmp/before
+printf 'APT::Get::Assume-Yes "true";\nAPT::Install-Recommends "false";\n' >/tmp/apt.conf
+export APT_CONFIG=/tmp/apt.conf
+
+# documented WORD: the commands in which it stands, of the one block that has it.
+documented()
+{
+    awk -v word="$1" '/^```/ { if (inside && index(text, word)) print text
+                               inside = $0 == "```sh"; text = ""; next }
+                      inside { text = text $0 "\n" }' /consumer/installing.md >/tmp/documented
+    [ -s /tmp/documented ] || fail "no commands with $1 are documented"
+    sed -i 's/\(^\|[^a-z]\)sudo /\1/' /tmp/documented
+    cat /tmp/documented
+    sh -e /tmp/documented
+}
+
+cd /
+documented _amd64.deb
+cd /packages
+documented _i386.deb
+documented 'systemctl enable'
+useradd operator
+documented usermod
+id -Gn operator | grep -qw orblink || fail "operator is no member"
+userdel operator
+
+for bits in 64 32; do
+    triplet=$([ $bits = 64 ] && echo x86_64-linux-gnu || echo i386-linux-gnu)
+    export PKG_CONFIG_LIBDIR=/usr/lib/$triplet/pkgconfig:/usr/share/pkgconfig
+    strict="-Wall -Wextra -Werror -m$bits"
+    mkdir /tmp/$bits
+    cd /tmp/$bits
+    gcc $strict /consumer/consumer.c $(pkg-config --cflags --libs orblink) -o with_pkg_config_c
+    g++ $strict -x c++ /consumer/consumer.c -x none $(pkg-config --cflags --libs orblink) \
+        -o with_pkg_config_cxx
+    gcc $strict -shared -fPIC /consumer/hal.c $(pkg-config --cflags --libs orblink-hal) -o hal.so
+    CFLAGS=-m$bits CXXFLAGS=-m$bits cmake -G Ninja -S /consumer/project -B project
+    cmake --build project
+    grep -q "/usr/lib/$triplet/cmake/OrbLink" project/CMakeCache.txt || fail "another OrbLink was found"
+    programs="./with_pkg_config_c ./with_pkg_config_cxx project/with_cmake_c project/with_cmake_cxx"
+    for program in $programs; do
+        file=$(readelf -h $program | grep Class:)
+        case $file in *ELF$bits) ;; *) fail "$program is $file" ;; esac
+    done
+    said=$(orblink-vboard run --board /usr/share/orblink/boards/phy.toml -- sh -c \
+        "orblinkctl init >&2; for program in $programs; do \$program; done")
+    [ "$(echo $said)" = "1, 2 1, 2 1, 2 1, 2" ] || fail "$bits-bit programs say: $said"
+done
+
+# What was installed for another architecture's programs does not need that architecture's tools.
+[ "$(dpkg-query -W -f '${Architecture}' orblink-tools)" = amd64 ] || fail "tools of another architecture"
+
+cd /
+rm -rf /tmp/64 /tmp/32
+documented purge
+apt-get autoremove -q -y --purge
+state_of_the_system >/tmp/after
+diff /tmp/before /tmp/after || fail "something is left"
+echo "Nothing is left"

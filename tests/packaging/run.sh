@@ -1,0 +1,46 @@
+#!/bin/bash
+# run.sh BUILD_DIR
+# Makes the packages of both architectures twice and holds that they are the same bytes and that
+# lintian finds nothing; installs them into a fresh Debian, uses them there as others would, boots it,
+# and removes everything again. What is fetched and made for it is kept in BUILD_DIR/packages.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+place=$(realpath -m "$1")/packages
+. packaging/debian_root.sh
+mkdir -p "$place"
+
+stage()
+{
+    printf '%s    %s\n' "$(date +%T)" "$*"
+}
+
+logged()
+{
+    local log=$place/$1.log
+    shift
+    "$@" >"$log" 2>&1 || {
+        tail -n 100 "$log" >&2
+        exit 1
+    }
+}
+
+stage "building both architectures"
+for number in 1 2; do
+    rm -rf "$place/$number"
+    logged "build-$number" packaging/build.sh --arch all --cache "$place/cache" --output "$place/$number"
+done
+
+stage "same bytes"
+different=$(diff <(cd "$place/1" && sha256sum *.deb) <(cd "$place/2" && sha256sum *.deb)) || {
+    echo "$different" >&2
+    exit 1
+}
+
+stage "lintian"
+logged lintian lintian --allow-root --fail-on error,warning,info --display-info --info \
+    --tag-display-limit 0 "$place"/1/*.changes
+
+stage "a fresh Debian"
+logged fresh tests/packaging/fresh_debian.sh "$place"/1 "$place/cache"
+stage "boot"
+logged boot tests/packaging/boot.sh "$place"/1 "$place/cache"
