@@ -14,6 +14,7 @@ packages="
     clang-tidy
     cmake
     cppcheck
+    doxygen
     ethtool
     fish
     g++
