@@ -28,7 +28,10 @@ ENDS_WITH = {"orblinkctl init": 4,  # it was before
               "orblinkctl config confirm": 3}
 # Until they are told to end.
 ENDLESS = re.compile(r"^orblinkctl (log follow|monitor|top|watch)|orblink-web")
-complaints, board_lines, looked_at = [], [], 0
+# What takes the files that guides show.
+EXAMPLES = {"docs/configuration.md": "orblinkctl config apply {} --dry-run",
+            "docs/orblinkctl.md": "orblinkctl --names {} port lan1"}
+complaints, board_lines, files, looked_at = [], [], {}, 0
 
 
 def blocks_and_spans(guide):
@@ -88,6 +91,11 @@ sources = "".join(path.read_text(encoding="utf-8") for path in (root / "tests").
 for guide in GUIDES:
     blocks, spans = blocks_and_spans(guide)
     for language, body in blocks:
+        if language == "toml" and guide in EXAMPLES:
+            looked_at += 1
+            name = f"example{len(files)}.toml"
+            files[name] = body
+            on_board(guide, EXAMPLES[guide].format(name))
         if guide in ELSEWHERE or language in ("toml", "c", "cpp", "python"):
             continue
         for command in re.sub(r"\\\n\s*", "", body).splitlines():
@@ -128,6 +136,8 @@ if subprocess.run([build / "bin/orblink-vboard", "run", "--board", empty, "--", 
     sys.exit(77)  # a machine that lends out no boards
 
 with tempfile.TemporaryDirectory() as place:
+    for name, body in files.items():
+        (Path(place) / name).write_text(body, encoding="utf-8")
     script = f"PATH={build}/bin:$PATH\ncd {place}\n"
     script += "orblinkctl -q init >log 2>&1 && orblinkctl -q up 0 >>log 2>&1 || exit 1\n"
     script += "orblinkctl -q phy 0 up >>log 2>&1; orblinkctl -q phy 1 up >>log 2>&1\n"

@@ -41,6 +41,13 @@ with tempfile.TemporaryDirectory() as folder:
                 re.findall(r"^\.BR (\S+) \((\d)\)", text.replace("\\-", "-"), re.M)]:
             if other not in pages:
                 complaints.append(f"{name} refers to {other}, which is not there")
+    for verb in ("run", "serve", "attach", "exec", "control"):
+        usage = subprocess.run([build / "bin/orblink-vboard", verb, "--help"], check=True,
+                               capture_output=True, text=True).stdout
+        options = set(re.findall(r"--[a-z][\w-]+", usage)) - {"--help"}
+        lines = texts["orblink-vboard.1"].replace("\\-", "-")
+        complaints += [f"orblink-vboard.1 has no {option} of {verb}" for option in options
+                       if option not in lines]
     whole = [pages[name] for name, text in sorted(texts.items()) if not text.startswith(".so ")]
     said = subprocess.run(["mandoc", "-T", "lint", "-W", "all", *whole], capture_output=True,
                           text=True).stdout
