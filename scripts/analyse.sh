@@ -1,8 +1,9 @@
 #!/bin/bash
-# analyse.sh BUILD_DIR --library | --whole
+# analyse.sh BUILD_DIR --library | --whole [FOLDER...]
 # --library: clang-tidy over the library, with the commands of a clang build without tests.
 # --whole: clang-tidy and cppcheck over everything, with commands of its own, which know no
-# precompiled header: so what a source forgets to include is seen, too.
+# precompiled header: so what a source forgets to include is seen, too. With folders: clang-tidy
+# over these alone.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=$1
@@ -54,12 +55,17 @@ case ${2:-} in
         ;;
     --whole)
         cmake --preset clang -B "$build" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
+        shift 2
+        if [ $# -gt 0 ]; then
+            tidy "/($(IFS='|' && echo "$*"))/.*\.cpp$" 1
+            exit
+        fi
         cmake --build "$build"
         tidy '.*\.cpp$' 300
         check_with_cppcheck
         ;;
     *)
-        sed -n '2,5s/^# //p' "$0" >&2
+        sed -n '2,6s/^# //p' "$0" >&2
         exit 2
         ;;
 esac

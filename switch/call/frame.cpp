@@ -41,6 +41,7 @@ SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
 
 }  // namespace
 
+// cppcheck-suppress uninitMemberVar ; the prolog sets it, where anybody asks for it
 SwitchLock::SwitchLock() : state_{_ApiProlog(semaphoreId_), {}}
 {
     for (int i = 0; i < OB_MAX_SWITCHES; ++i)

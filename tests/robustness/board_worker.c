@@ -34,7 +34,9 @@ static uint32_t Descriptors(void)
 {
     DIR* entries = opendir("/proc/self/fd");
     uint32_t count = 0;
-    while (entries != NULL && readdir(entries) != NULL)
+    if (entries == NULL)
+        exit(2);
+    while (readdir(entries) != NULL)
         ++count;
     closedir(entries);
     return count;
@@ -100,17 +102,27 @@ static void Step(struct State* state, unsigned field, uint32_t value)
     state->calls += 2;
 }
 
+/* NULL when it cannot be had. */
+static struct State* MapState(const char* path)
+{
+    const int file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    void* state = MAP_FAILED;
+    if (file < 0)
+        return NULL;
+    if (ftruncate(file, sizeof(struct State)) == 0)
+        state = mmap(NULL, sizeof(struct State), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    close(file);
+    return state == MAP_FAILED ? NULL : state;
+}
+
 int main(int count, char** words)
 {
     if (count != 4)
         return 2;
     const unsigned field = (unsigned)atoi(words[1]);
     const uint64_t end = Microseconds() + (uint64_t)atoi(words[2]) * 1000000;
-    const int file = open(words[3], O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (field >= kFields || file < 0 || ftruncate(file, sizeof(struct State)) != 0)
-        return 2;
-    struct State* state = mmap(NULL, sizeof *state, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-    if (state == MAP_FAILED)
+    struct State* const state = field < kFields ? MapState(words[3]) : NULL;
+    if (state == NULL)
         return 2;
     if (state->calls != 0 && Holds(field, state->done) != 1 && Holds(field, state->writing) != 1)
         ++state->strays;

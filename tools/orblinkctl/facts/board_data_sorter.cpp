@@ -45,6 +45,7 @@ struct BoardDataSorter::Message {
 BoardDataSorter::BoardDataSorter()
 {
     void* const memory =
+        // cppcheck-suppress invalidFunctionArg ; -1 is for memory without a file
         mmap(nullptr, sizeof(Message), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
         throw Failure{kFailed, std::string("mmap: ") + std::strerror(errno)};
