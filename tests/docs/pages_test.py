@@ -15,7 +15,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(root / "scripts"))
 import public_headers  # noqa: E402
 
-WANTED = ["orblinkctl.1", "orblink-web.1", "orblink-vboard.1", "orblink-board.5",
+WANTED = ["orblinkctl.1", "orblink-web.1", "orblink-vboard.1", "orblink-hal-check.1", "orblink-board.5",
           "orblink-config.5", "orblink.7", "orblink-messages.7"]
 complaints = []
 with tempfile.TemporaryDirectory() as folder:
@@ -23,6 +23,7 @@ with tempfile.TemporaryDirectory() as folder:
     subprocess.run([root / "docs/man/make_pages.py", root, place], check=True)
     pages = {path.name: path for path in place.rglob("*.[1-8]")}
     pages["orblink-web.1"] = root / "tools/orblink_web/orblink-web.1"
+    pages["orblink-hal-check.1"] = root / "tools/orblink_hal_check/orblink-hal-check.1"
     manual = subprocess.run([build / "bin/orblinkctl", "manual"], check=True, capture_output=True)
     pages["orblinkctl.1"] = place / "orblinkctl.1"
     pages["orblinkctl.1"].write_bytes(manual.stdout)
