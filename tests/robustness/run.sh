@@ -1,19 +1,29 @@
 #!/bin/bash
-# The robustness programme for a given time, and a table of its figures:
-#   tests/robustness/run.sh [--minutes N]      10 minutes by default, builds not counted
+# run.sh [--minutes N] [--build-dir DIR]
+# The robustness programme for N minutes (10 by default), builds not counted, and a table of its
+# figures. It builds in DIR/PRESET (build/robustness by default).
 # Lines that begin with "| " in the output of the tests are the figures; docs/reliability.md shows them.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-minutes=10
-case "${1:-}" in
---minutes) minutes=${2:?minutes are missing} ;;
-"") ;;
-*)
-    echo "usage: $0 [--minutes N]" >&2
+usage()
+{
+    sed -n '2,4s/^# //p' "$0" >&2
     exit 2
-    ;;
-esac
+}
+
+minutes=10
+# Build trees of their own: nobody else's options change.
+builds_in=build/robustness
+while [ $# -gt 0 ]; do
+    [ $# -gt 1 ] || usage
+    case $1 in
+        --minutes) minutes=$2 ;;
+        --build-dir) builds_in=$2 ;;
+        *) usage ;;
+    esac
+    shift 2
+done
 [[ $minutes =~ ^[1-9][0-9]*$ ]] || { echo "$0: minutes are a whole number of 1 or more" >&2; exit 2; }
 
 # Debug builds are -O0, release builds -O2; both ABIs of each, side by side, so that their workers
@@ -22,18 +32,18 @@ builds=(gcc i386 release release-i386)
 tests=(fault_table_test kill_matrix_test signals_test threads_test hostile_region_test
        neighbours_test soak_worker soak_test board_worker)
 # What has no natural end: 6 hostile forms per build, 4 crowds and 2 on the virtual board, one race
-# detector.
-seconds=$((minutes * 60 / (6 * ${#builds[@]} + 4 + 2 + 1)))
+# detector, 13 harnesses, as many at a time as there are processors.
+seconds=$((minutes * 60 / (6 * ${#builds[@]} + 4 + 2 + 1 + 13 / $(nproc))))
 [ "$seconds" -gt 0 ] || seconds=1
-log=build/robustness/run.log
 failed=0
-mkdir -p build/robustness
+mkdir -p "$builds_in"
+builds_in=$(realpath "$builds_in")
+log=$builds_in/robustness.log
 : >"$log"
 
-# Build trees of their own: nobody else's options change.
 tree()
 {
-    echo "build/robustness/$1"
+    echo "$builds_in/$1"
 }
 
 build()
@@ -51,7 +61,7 @@ run()
 {
     local preset=$1 seconds=$2 program name
     shift 2
-    export ORBLINK_BUILD=$PWD/$(tree "$preset") ORBLINK_THOROUGH=$seconds
+    export ORBLINK_BUILD=$(tree "$preset") ORBLINK_THOROUGH=$seconds
     for program in "$@"; do
         echo "== $preset $program" >>"$log"
         for name in $(names "$ORBLINK_BUILD/tests/$program"); do
@@ -67,6 +77,12 @@ names()
     "$1" --gtest_list_tests | awk '/^[^ ]/ { suite = $1 } /^ / { print suite $1 }'
 }
 
+load()
+{
+    cut -d ' ' -f 1 /proc/loadavg
+}
+
+load=$(load)
 for preset in "${builds[@]}"; do
     echo "$(date +%T)  build $preset"
     build "$preset" "${tests[@]}" vswitch_hal ethphy_ieee8023_hal phyk20_hal
@@ -75,7 +91,9 @@ echo "$(date +%T)  build tsan"
 build tsan threads_test
 
 echo "$(date +%T)  faults, kills, signals, neighbours"
-run release 1 fault_table_test kill_matrix_test signals_test neighbours_test
+for preset in release release-i386; do
+    run "$preset" 1 fault_table_test kill_matrix_test signals_test neighbours_test
+done
 for preset in "${builds[@]}"; do
     echo "$(date +%T)  hostile region, $preset"
     run "$preset" "$seconds" hostile_region_test
@@ -90,11 +108,15 @@ done
 echo "$(date +%T)  race detector"
 run tsan "$seconds" threads_test
 
-if [ -x tests/robustness/fuzz.sh ]; then
-    echo "$(date +%T)  fuzzers"
-    tests/robustness/fuzz.sh --seconds "$seconds" || failed=1
-fi
+echo "$(date +%T)  fuzzers"
+echo "== fuzzers" >>"$log"
+tests/robustness/fuzz.sh --seconds "$seconds" --build-dir "$(tree fuzz)" >>"$log" || failed=1
 
-sed -n 's/^== \(.*\)/\n\1/p; /^| /p' "$log" | tee build/robustness/figures.md
+{
+    printf 'Commit %s, %s, %s, %d processors, %d minutes, load %s before and %s after\n' \
+        "$(git describe --always --dirty 2>/dev/null || echo unknown)" "$(gcc --version | head -n 1)" \
+        "$(clang --version | head -n 1)" "$(nproc)" "$minutes" "$load" "$(load)"
+    sed -n 's/^== \(.*\)/\n\1/p; /^| /p' "$log"
+} | tee "$builds_in/robustness.md"
 echo "skipped: $(grep -c '^\[  SKIPPED \] [^1-9]' "$log" || true)"
 exit "$failed"
