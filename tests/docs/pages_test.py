@@ -22,7 +22,7 @@ with tempfile.TemporaryDirectory() as folder:
     place = Path(folder)
     subprocess.run([root / "docs/man/make_pages.py", root, place], check=True)
     pages = {path.name: path for path in place.rglob("*.[1-8]")}
-    pages["orblink-web.1"] = root / "tools/orblink_web/orblink-web.1"
+    pages |= {path.name: path for path in (root / "tools").rglob("*.1")}
     pages["orblink-hal-check.1"] = root / "tools/orblink_hal_check/orblink-hal-check.1"
     manual = subprocess.run([build / "bin/orblinkctl", "manual"], check=True, capture_output=True)
     pages["orblinkctl.1"] = place / "orblinkctl.1"
