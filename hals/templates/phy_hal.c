@@ -4,6 +4,7 @@
  * its registers. docs/writing-a-hal.md says what each slot owes its caller; orblink-hal-check checks
  * it.
  */
+#define _DEFAULT_SOURCE /* usleep */
 #include <string.h>
 #include <unistd.h>
 

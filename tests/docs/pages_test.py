@@ -15,8 +15,8 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(root / "scripts"))
 import public_headers  # noqa: E402
 
-WANTED = ["orblinkctl.1", "orblink-web.1", "orblink-vboard.1", "orblink-hal-check.1", "orblink-board.5",
-          "orblink-config.5", "orblink.7", "orblink-messages.7"]
+WANTED = ["orblinkctl.1", "orblink-web.1", "orblink-vboard.1", "orblink-hal-check.1",
+          "orblink-board.5", "orblink-config.5", "orblink.7", "orblink-messages.7"]
 complaints = []
 with tempfile.TemporaryDirectory() as folder:
     place = Path(folder)

@@ -36,9 +36,8 @@ std::optional<Record> At(const std::string& file, uint64_t offset)
 
 std::string NameAt(const std::string& file, uint64_t offset)
 {
-    return offset < file.size() ? std::string(file.data() + offset,
-                                              strnlen(file.data() + offset, file.size() - offset))
-                                : "";
+    // What follows the last character is a NUL.
+    return offset < file.size() ? file.data() + static_cast<size_t>(offset) : "";
 }
 
 bool IsApiFunction(const std::string& name)
