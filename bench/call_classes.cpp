@@ -8,7 +8,7 @@ namespace {
 uint8_t count;
 uint32_t link, speed, duplex;
 MacTable table;
-int round;
+int vid = 1;
 int bareSemaphore;
 
 void Nothing() {}
@@ -33,7 +33,8 @@ void SetterThatIsSet()
 
 void SetterToASlot()
 {
-    ORBLINK_SetLanPortVlan(kSwitch, kPort, 1 + ++round % 2);
+    vid ^= 3;
+    ORBLINK_SetLanPortVlan(kSwitch, kPort, vid);
 }
 
 void GetPortLink()

@@ -4,6 +4,9 @@ set(orblink_map ${CMAKE_SOURCE_DIR}/cmake/liborblink.map)
 add_library(orblink SHARED)
 orblink_plain_library(orblink ${orblink_map})
 target_link_libraries(orblink PUBLIC obplatform)
+# What begins as zeroes is a segment of its own: behind what does not, the loader would clear the
+# rest of a page, which then is each process's own.
+target_link_options(orblink PRIVATE $<$<CONFIG:Release>:LINKER:--section-start=.bss=0x40000>)
 set_target_properties(orblink PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0)
 
 foreach(folder common hwmbox board switch switch_hal_services phy)

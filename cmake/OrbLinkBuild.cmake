@@ -71,7 +71,7 @@ function(orblink_plain_library target map)
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orblink>)
     target_link_libraries(${target} PRIVATE orblink_warnings)
     target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden -fno-plt
-        -fsemantic-interposition $<$<CONFIG:Release>:-Os>
+        -fsemantic-interposition $<$<CONFIG:Release>:$<IF:$<BOOL:${ORBLINK_I386}>,-Oz,-Os>>
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})

@@ -93,7 +93,10 @@ __attribute__((format(printf, 2, 0))) void SendToDaemon(uint32_t severity, const
 
 #pragma GCC visibility push(default)
 
-void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func, int, const char* Format, ...)
+// Nearly all lines end with the comparison. What a stack protector would guard here is the list of
+// arguments, which nothing is written to.
+__attribute__((no_stack_protector)) void OBPLAT_Log(const OBPLAT_LogSite* Site, const char* Func,
+                                                    int, const char* Format, ...)
 {
     if (Site->Severity > logLevel.load(std::memory_order_relaxed))
         return;

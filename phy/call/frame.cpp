@@ -6,7 +6,7 @@ namespace orblink::phy {
 
 PhyDeviceRegion* _ApiProlog(int& semaphoreId)
 {
-    semaphoreId = process.semaphoreId.load(std::memory_order_relaxed);
+    semaphoreId = process.semaphoreId.Get();
     if (semaphoreId < 0 && _InitGlobalSem(semaphoreId) != RC_OK) {
         EP_ERROR("_InitGlobalSem() failed");
         return nullptr;
@@ -32,7 +32,7 @@ PhyDeviceRegion* _ApiProlog(int& semaphoreId)
     return nullptr;
 }
 
-void _LibEpilog(int semaphoreId)
+void _LibEpilog(const int& semaphoreId)
 {
     if (_System5SemOp(semaphoreId, kRelease) != RC_OK)
         EP_ERROR_AT("%s:%d _ApiGlobalUnLock failed");
@@ -54,8 +54,10 @@ bool ValidateHwState(const PhyDeviceRecord& record)
     return false;
 }
 
+// cppcheck-suppress uninitMemberVar ; the prolog sets it, where anybody asks for it
 PhyFrame::PhyFrame() : region_(_ApiProlog(semaphoreId_)) {}
 
+// cppcheck-suppress uninitMemberVar ; the prolog sets it, where anybody asks for it
 PhyFrame::PhyFrame(LogCaller caller) : region_(_ApiProlog(semaphoreId_))
 {
     if (!Entered())

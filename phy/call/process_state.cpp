@@ -6,11 +6,10 @@ constinit ProcessState process;
 
 void ForgetAttachment(int semaphoreId)
 {
-    if (process.semaphoreId.load(std::memory_order_relaxed) != semaphoreId)
+    if (process.semaphoreId.Get() != semaphoreId)
         return;  // another thread has met the same error and attached anew
     process.attached = false;
-    process.semaphoreId.compare_exchange_strong(semaphoreId, -1, std::memory_order_release,
-                                                std::memory_order_relaxed);
+    process.semaphoreId.Forget(semaphoreId);
 }
 
 }  // namespace orblink::phy

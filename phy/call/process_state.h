@@ -3,6 +3,7 @@
 
 #include <atomic>
 
+#include "common/kept_id.h"
 #include "phy/ethphy_hal.h"
 
 namespace orblink::phy {
@@ -16,12 +17,12 @@ extern const HalTable kNoHal;
 // Written with the family's semaphore held, but for what ForgetAttachment does. Threads look at the
 // semaphore id and, in the services, at the region without it; the id orders nothing else, the
 // semaphore that it names does.
-struct ProcessState {
-    std::atomic<int> semaphoreId = -1;               // -1 until created or opened
+struct alignas(kPageSize) ProcessState {
+    KeptId semaphoreId;                              // none until created or opened
     std::atomic<bool> attached = false;              // the region and the tables are in force
     std::atomic<PhyDeviceRegion*> region = nullptr;  // the one mapped last; never unmapped
-    std::atomic<const HalTable*> halTables[EP_MAX_PHYS] = {&kNoHal, &kNoHal};
-    int socket = -1;  // of the services, which run with the semaphore held
+    std::atomic<const HalTable*> halTables[EP_MAX_PHYS] = {};  // kNoHal from the first mapping on
+    KeptId socket;  // of the services, which run with the semaphore held
 };
 
 extern constinit ProcessState process;

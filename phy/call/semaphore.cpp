@@ -28,7 +28,7 @@ int _InitGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId.store(set.id, std::memory_order_relaxed);
+    process.semaphoreId.Set(set.id);
     return RC_OK;
 }
 
@@ -46,11 +46,12 @@ int _CreateGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId.store(set.id, std::memory_order_relaxed);
+    process.semaphoreId.Set(set.id);
     return RC_OK;
 }
 
-int _System5SemOp(int semaphoreId, const sembuf& change)
+// The id by reference: what lies in memory need not be kept for the failure.
+int _System5SemOp(const int& semaphoreId, const sembuf& change)
 {
     if (OperateSemaphore(semaphoreId, change))
         return RC_OK;

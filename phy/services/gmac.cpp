@@ -33,7 +33,7 @@ int EPHAL_ReconfigureGmacPhy(uint8_t DevIdx, int SetSpeed, int Speed, int Duplex
         return EP_ERROR_AT("%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
     if (strncpy_s(gmac.IfName, sizeof(gmac.IfName), name, sizeof(gmac.IfName)) != 0)
         return EP_ERROR_AT("%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
-    if (ioctl(process.socket, SIOCDEVPRIVATE, &request) < 0) {
+    if (ioctl(process.socket.Get(), SIOCDEVPRIVATE, &request) < 0) {
         const int error = errno;
         EP_ERROR_AT("%s:%d ioctl to if=%s failed, errno=%8s cmd=%d speed=%d Duplex=%d errno=%d",
                     gmac.IfName, strerror(error), gmac.Command, gmac.Speed, gmac.Duplex, error);

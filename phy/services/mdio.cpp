@@ -52,7 +52,7 @@ int EPHAL_DirectMdioReadAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Reg
     if (strncpy_s(mii.ifr_name, sizeof(mii.ifr_name), kMdioInterface, sizeof(mii.ifr_name)) != 0)
         return EP_ERROR_AT("%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
     PutMiiWords(mii, WordsFor(MdioBus, MdioAddr, Reg, 0));
-    if (ioctl(process.socket, SIOCGMIIREG, &mii) < 0) {
+    if (ioctl(process.socket.Get(), SIOCGMIIREG, &mii) < 0) {
         EP_ERROR_AT("%s:%d ioctl failed, errno=%d", errno);
         CloseProcessSocket();
         return RC_ERROR;
@@ -71,7 +71,7 @@ int EPHAL_DirectMdioWriteAccess(uint32_t MdioBus, uint32_t MdioAddr, uint32_t Re
     if (strncpy_s(mii.ifr_name, sizeof(mii.ifr_name), kMdioInterface, sizeof(mii.ifr_name)) != 0)
         return EP_ERROR_AT("%s:%d: Runtime-constraint violation error in function kova_strncpy_s");
     PutMiiWords(mii, WordsFor(MdioBus, MdioAddr, Reg, Data));
-    if (ioctl(process.socket, SIOCSMIIREG, &mii) < 0) {
+    if (ioctl(process.socket.Get(), SIOCSMIIREG, &mii) < 0) {
         EP_ERROR_AT("%s:%d ioctl failed, errno=%d", errno);
         CloseProcessSocket();
         return RC_ERROR;

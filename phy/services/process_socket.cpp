@@ -12,15 +12,15 @@ namespace orblink::phy {
 
 bool OpenProcessSocket()
 {
-    if (process.socket < 0)
-        process.socket = KeepDescriptor(socket(AF_INET, SOCK_DGRAM, 0));
-    return process.socket >= 0;
+    if (process.socket.Get() < 0)
+        process.socket.Set(KeepDescriptor(socket(AF_INET, SOCK_DGRAM, 0)));
+    return process.socket.Get() >= 0;
 }
 
 void CloseProcessSocket()
 {
-    close(process.socket);  // result dropped: the request's failure is what is reported
-    process.socket = -1;
+    close(process.socket.Get());  // result dropped: the request's failure is what is reported
+    process.socket.Set(-1);
 }
 
 const char* InterfaceName(uint8_t lane)

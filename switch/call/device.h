@@ -17,31 +17,30 @@ namespace orblink::sw {
     return count <= OB_MAX_SWITCHES ? count : uint8_t{0};
 }
 
-// What one call works on from its prolog to its end, whatever other threads do meanwhile.
-struct CallState {
-    SwitchDeviceRegion* region = nullptr;
-    const HalTable* halTables[OB_MAX_SWITCHES] = {};
-};
+// The HAL table that a record names; null when this process has loaded none for it.
+[[gnu::always_inline]] inline const HalTable* FindTable(const SwitchDeviceRecord& record)
+{
+    const uint8_t halIdx = ReadOnce(record.halIdx);
+    return halIdx < OB_MAX_SWITCHES ? process.halTables[halIdx].load() : nullptr;
+}
 
+// What one call works on from its prolog to its end, whatever other threads do meanwhile.
 class SwitchDevice {
 public:
-    // idx must be below OB_MAX_SWITCHES before anything but Idx() is used.
-    [[gnu::always_inline]] SwitchDevice(const CallState& state, uint8_t idx)
-        : region_(state.region), idx_(idx)
+    // No switch: false, and nothing may be asked of it.
+    SwitchDevice() = default;
+
+    // idx is below OB_MAX_SWITCHES.
+    [[gnu::always_inline]] SwitchDevice(SwitchDeviceRegion& region, uint8_t idx)
+        : record_(&region.device[idx]), table_(FindTable(*record_)), idx_(idx)
     {
-        if (region_ == nullptr || idx >= OB_MAX_SWITCHES)
-            return;
-        record_ = &region_->device[idx];
-        const uint8_t halIdx = ReadOnce(record_->halIdx);
-        if (halIdx < OB_MAX_SWITCHES)
-            table_ = state.halTables[halIdx];
     }
 
+    explicit operator bool() const { return record_ != nullptr; }
+
     uint8_t Idx() const { return idx_; }
-    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): idx was found below the bound
     [[gnu::always_inline]] SwitchDeviceRecord& Record() const { return *record_; }
     [[gnu::always_inline]] SwitchProvConfig& Config() const { return record_->config; }
-    SwitchVendorRecord& Vendor() const { return region_->vendor[idx_]; }
     [[gnu::always_inline]] bool Enabled() const
     {
         return ReadOnce(Config().state) == OB_STATE_ENABLED;
@@ -101,10 +100,9 @@ private:
         return table_ != nullptr ? table_->*slot : nullptr;
     }
 
-    SwitchDeviceRegion* region_;
     SwitchDeviceRecord* record_ = nullptr;
-    const HalTable* table_ = nullptr;  // null when the record names none
-    uint8_t idx_;
+    const HalTable* table_ = nullptr;
+    uint8_t idx_ = 0;
 };
 
 }  // namespace orblink::sw

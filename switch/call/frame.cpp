@@ -6,20 +6,30 @@
 namespace orblink::sw {
 namespace {
 
-SwitchDeviceRegion* AttachedRegion()
+// What nearly every call finds done. The region, or null with the semaphore free.
+[[gnu::cold, gnu::noinline]] SwitchDeviceRegion* MapAndLoad(LogCaller caller,
+                                                            const int& semaphoreId)
 {
-    if (process.attached)
-        return process.region;
-    auto* const region = static_cast<SwitchDeviceRegion*>(OBOS_MapSwitchDevices());
-    if (region != nullptr)
-        Attach(region);
-    return region;
+    SwitchDeviceRegion* region = process.attached ? process.region.load() : nullptr;
+    if (region == nullptr) {
+        region = static_cast<SwitchDeviceRegion*>(OBOS_MapSwitchDevices());
+        if (region != nullptr)
+            Attach(region);
+    }
+    if (region == nullptr)
+        OB_ERROR_AS(caller, "OBOS_MapSwitchDevices() failed");
+    else if (_LoadHals(*region) != RC_OK)
+        OB_ERROR_AS(caller, "_LoadHals() failed");
+    else
+        return region;
+    _ApiGlobalUnLock(semaphoreId);  // result dropped: the call has failed already
+    return nullptr;
 }
 
 // The region, with the semaphore held, or null with it free.
-SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
+[[gnu::always_inline]] inline SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
 {
-    semaphoreId = process.semaphoreId.load(std::memory_order_relaxed);
+    semaphoreId = process.semaphoreId.Get();
     if (semaphoreId == -1 && _InitGlobalSem(semaphoreId) != RC_OK) {
         OB_ERROR("_InitGlobalSem() failed");
         return nullptr;
@@ -28,25 +38,33 @@ SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
         OB_ERROR("_ApiGlobalLock() failed");
         return nullptr;
     }
-    SwitchDeviceRegion* const region = AttachedRegion();
-    if (region == nullptr)
-        OB_ERROR("OBOS_MapSwitchDevices() failed");
-    else if (!HalsAreLoaded(*region) && _LoadHals(*region) != RC_OK)
-        OB_ERROR("_LoadHals() failed");
-    else
-        return region;
-    _ApiGlobalUnLock(semaphoreId);  // result dropped: the call has failed already
-    return nullptr;
+    if (process.attached) {
+        SwitchDeviceRegion* const region = process.region;
+        if (HalsAreLoaded(*region))
+            return region;
+    }
+    return MapAndLoad(OB_CALLER, semaphoreId);
+}
+
+[[gnu::always_inline]] inline SwitchDevice FindDevice(const SwitchLock& lock, LogCaller caller,
+                                                      uint8_t devIdx)
+{
+    if (!lock) {
+        OB_ERROR_AS(caller, "_ApiProlog() failed, DevIdx=%d", devIdx);
+        return {};
+    }
+    if (devIdx < SwitchCount(lock.Region()))
+        return {lock.Region(), devIdx};
+    OB_ERROR_AS(caller, "Invalid device index, DevIdx=%d", devIdx);
+    return {};
 }
 
 }  // namespace
 
 // cppcheck-suppress uninitMemberVar ; the prolog sets it, where anybody asks for it
-SwitchLock::SwitchLock() : state_{_ApiProlog(semaphoreId_), {}}
-{
-    for (int i = 0; i < OB_MAX_SWITCHES; ++i)
-        state_.halTables[i] = process.halTables[i];
-}
+[[gnu::always_inline]] inline SwitchLock::SwitchLock(InPlace) : region_(_ApiProlog(semaphoreId_)) {}
+
+SwitchLock::SwitchLock() : SwitchLock(InPlace{}) {}
 
 SwitchLock::~SwitchLock()
 {
@@ -75,18 +93,9 @@ FinishedLine::~FinishedLine()
         OB_TRACE_AS(caller_, "finished %s, DevIdx=%d", how, devIdx_);
 }
 
-SwitchCall::SwitchCall(LogCaller caller, uint8_t devIdx, FinishedLine* finished)
-    : device_(lock_.State(), devIdx), valid_(false)
+SwitchCall::SwitchCall(LogCaller caller, uint8_t devIdx)
+    : lock_(SwitchLock::InPlace{}), device_(FindDevice(lock_, caller, devIdx))
 {
-    if (!lock_) {
-        OB_ERROR_AS(caller, "_ApiProlog() failed, DevIdx=%d", devIdx);
-        return;
-    }
-    if (finished != nullptr)
-        finished->PrologDone();
-    valid_ = devIdx < SwitchCount(lock_.Region());
-    if (!valid_)
-        OB_ERROR_AS(caller, "Invalid device index, DevIdx=%d", devIdx);
 }
 
 }  // namespace orblink::sw

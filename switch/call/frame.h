@@ -23,15 +23,20 @@ public:
     SwitchLock(const SwitchLock&) = delete;
     SwitchLock& operator=(const SwitchLock&) = delete;
 
-    explicit operator bool() const { return state_.region != nullptr; }
+    explicit operator bool() const { return region_ != nullptr; }
 
-    const CallState& State() const { return state_; }
-    const SwitchDeviceRegion& Region() const { return *state_.region; }
+    SwitchDeviceRegion& Region() const { return *region_; }
 
 private:
+    friend class SwitchCall;
+
+    // The prolog as a part of the calling function: what nearly every operation goes through.
+    struct InPlace {};
+    explicit SwitchLock(InPlace);
+
     NoCancellation uncancelled_;
     int semaphoreId_;
-    CallState state_;
+    SwitchDeviceRegion* region_;
 };
 
 // "--->" at the beginning and "<---" at the end, whatever happens between.
@@ -77,10 +82,17 @@ private:
 // The lock and a valid device.
 class SwitchCall {
 public:
-    SwitchCall(LogCaller caller, uint8_t devIdx, FinishedLine* finished = nullptr);
+    SwitchCall(LogCaller caller, uint8_t devIdx);
+    SwitchCall(LogCaller caller, uint8_t devIdx, FinishedLine* finished)
+        : SwitchCall(caller, devIdx)
+    {
+        if (lock_)
+            finished->PrologDone();
+    }
 
-    explicit operator bool() const { return valid_; }
+    explicit operator bool() const { return static_cast<bool>(device_); }
 
+    SwitchDeviceRegion& Region() const { return lock_.Region(); }
     const SwitchDevice& Device() const { return device_; }
     SwitchDeviceRecord& Record() const { return device_.Record(); }
     SwitchProvConfig& Config() const { return device_.Config(); }
@@ -95,7 +107,6 @@ public:
 private:
     SwitchLock lock_;
     SwitchDevice device_;
-    bool valid_;
 };
 
 }  // namespace orblink::sw

@@ -8,12 +8,9 @@ namespace orblink::sw {
 [[gnu::always_inline]] inline bool HalsAreLoaded(const SwitchDeviceRegion& region)
 {
     const uint8_t count = SwitchCount(region);
-    for (int i = 0; i < count; ++i) {
-        const uint8_t halIdx = ReadOnce(region.device[i].halIdx);
-        if (halIdx >= OB_MAX_SWITCHES || process.halTables[halIdx] == nullptr)
-            return false;
-    }
-    return true;
+    static_assert(OB_MAX_SWITCHES == 2);
+    return (count < 1 || FindTable(region.device[0]) != nullptr) &&
+           (count < 2 || FindTable(region.device[1]) != nullptr);
 }
 
 // Loads the HAL libraries that this process still lacks.

@@ -3,6 +3,7 @@
 
 #include <atomic>
 
+#include "common/kept_id.h"
 #include "switch/orblink_hal.h"
 
 namespace orblink::sw {
@@ -13,8 +14,8 @@ using HalTable = struct OBHAL_HalFuncs;
 // Written with the family's semaphore held, but for what ForgetAttachment does. Threads look at the
 // semaphore id and, in the services, at the region without it; the id orders nothing else, the
 // semaphore that it names does.
-struct ProcessState {
-    std::atomic<int> semaphoreId = -1;                  // -1 until created or opened
+struct alignas(kPageSize) ProcessState {
+    KeptId semaphoreId;                                 // none until created or opened
     std::atomic<bool> attached = false;                 // the region and the tables are in force
     std::atomic<SwitchDeviceRegion*> region = nullptr;  // the one mapped last; never unmapped
     std::atomic<const HalTable*> halTables[OB_MAX_SWITCHES] = {};

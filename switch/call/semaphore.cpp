@@ -18,7 +18,8 @@ constexpr sembuf kRelease = {.sem_num = 0, .sem_op = +1, .sem_flg = SEM_UNDO};
 // the lock held for ever.
 constexpr sembuf kReleaseForGood = {.sem_num = 0, .sem_op = +1, .sem_flg = 0};
 
-int _System5SemOp(int semaphoreId, const sembuf& change)
+// The id by reference: what lies in memory need not be kept for the failure.
+int _System5SemOp(const int& semaphoreId, const sembuf& change)
 {
     if (OperateSemaphore(semaphoreId, change))
         return RC_OK;
@@ -30,12 +31,12 @@ int _System5SemOp(int semaphoreId, const sembuf& change)
 
 }  // namespace
 
-int _ApiGlobalLock(int semaphoreId)
+int _ApiGlobalLock(const int& semaphoreId)
 {
     return _System5SemOp(semaphoreId, kTake);
 }
 
-int _ApiGlobalUnLock(int semaphoreId)
+int _ApiGlobalUnLock(const int& semaphoreId)
 {
     return _System5SemOp(semaphoreId, kRelease);
 }
@@ -54,7 +55,7 @@ int _InitGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId.store(set.id, std::memory_order_relaxed);
+    process.semaphoreId.Set(set.id);
     return RC_OK;
 }
 
@@ -72,7 +73,7 @@ int _CreateGlobalSem(int& semaphoreId)
             break;
     }
     semaphoreId = set.id;
-    process.semaphoreId.store(set.id, std::memory_order_relaxed);
+    process.semaphoreId.Set(set.id);
     if (_System5SemOp(set.id, kReleaseForGood) != RC_OK)
         return OB_ERROR("_ApiGlobalUnLock() failed");
     return RC_OK;

@@ -20,29 +20,27 @@ struct VendorParamsView {
     uint32_t size;
 };
 
-int StoreVendorParams(LogCaller caller, const SwitchDevice& device, const VendorParamsView& given)
+int StoreVendorParams(LogCaller caller, SwitchVendorRecord& stored, const VendorParamsView& given,
+                      int devIdx)
 {
-    SwitchVendorRecord& stored = device.Vendor();
     if (given.size > sizeof(stored.vendorParams))
-        return OB_ERROR_AS(caller, "Vendor param size %d too big , DevIdx=%d", given.size,
-                           device.Idx());
+        return OB_ERROR_AS(caller, "Vendor param size %d too big , DevIdx=%d", given.size, devIdx);
     if (memcpy_s(stored.vendorParams, sizeof(stored.vendorParams), given.data, given.size) != 0)
         return OB_ERROR_AS(caller, "Runtime-constraint violation error in function kova_memcpy_s");
     stored.vendorParamSize = given.size;
     return RC_OK;
 }
 
-VendorParamsView StoredVendorParams(const SwitchDevice& device)
+VendorParamsView StoredVendorParams(const SwitchVendorRecord& stored)
 {
-    const SwitchVendorRecord& stored = device.Vendor();
     const uint32_t size = ReadOnce(stored.vendorParamSize);
     constexpr uint32_t kMax = sizeof(stored.vendorParams);
     return {stored.vendorParams, size < kMax ? size : kMax};
 }
 
 // A null pointer stands for the stored parameters only when the defaults are asked for.
-int ChooseVendorParams(LogCaller caller, const SwitchDevice& device, int setDefault,
-                       VendorParamsView& params)
+int ChooseVendorParams(LogCaller caller, const SwitchDevice& device, SwitchVendorRecord& stored,
+                       int setDefault, VendorParamsView& params)
 {
     if (setDefault == kRestore && device.Record().configValid == 0)
         return OB_ERROR_AS(caller,
@@ -50,9 +48,9 @@ int ChooseVendorParams(LogCaller caller, const SwitchDevice& device, int setDefa
                            "DevIdx=%d",
                            device.Idx());
     if (params.data != nullptr)
-        return StoreVendorParams(caller, device, params);
+        return StoreVendorParams(caller, stored, params, device.Idx());
     if (setDefault != kRestore)
-        params = StoredVendorParams(device);
+        params = StoredVendorParams(stored);
     return RC_OK;
 }
 
@@ -116,7 +114,8 @@ int ORBLINK_ResetDisable(uint8_t DevIdx, int SetDefault, uint8_t* VendorParams,
         return finished.Ok();
     }
     VendorParamsView params = {VendorParams, VendorParamSize};
-    if (ChooseVendorParams(OB_CALLER, device, SetDefault, params) != RC_OK)
+    if (ChooseVendorParams(OB_CALLER, device, call.Region().vendor[DevIdx], SetDefault, params) !=
+        RC_OK)
         return RC_ERROR;
     if (SendPreReset(OB_CALLER, device) != RC_OK)
         return RC_ERROR;

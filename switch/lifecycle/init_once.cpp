@@ -85,15 +85,6 @@ void MarkReceiveResets(SwitchDeviceRegion& region)
     }
 }
 
-CallState Loaded(SwitchDeviceRegion* region)
-{
-    CallState state;
-    state.region = region;
-    for (int i = 0; i < OB_MAX_SWITCHES; ++i)
-        state.halTables[i] = process.halTables[i];
-    return state;
-}
-
 }  // namespace
 }  // namespace orblink::sw
 
@@ -119,13 +110,12 @@ int ORBLINK_InitOnce(uint32_t Arg)
     const int halCount = AssignHalIndices(region, bsd, count);
     if (_LoadHals(region) != RC_OK)
         return OB_ERROR("_LoadHals() failed");
-    const CallState state = Loaded(&region);
     for (uint8_t halIdx = 0; halIdx < halCount; ++halIdx)
-        if (SwitchDevice(state, halIdx).InitHal(region.halPrivData[halIdx]) != RC_OK)
+        if (SwitchDevice(region, halIdx).InitHal(region.halPrivData[halIdx]) != RC_OK)
             return OB_ERROR("InitOnce() failed, HalIdx=%d", halIdx);
     const uint8_t toProvision = (Arg & 0xFF) != 0 ? SwitchCount(region) : uint8_t{0};
     for (uint8_t i = 0; i < toProvision; ++i) {
-        const SwitchDevice device{state, i};
+        const SwitchDevice device{region, i};
         // Progress, but at severity 1: operators look for it when a HAL hangs here.
         OB_ERROR("Calling GetSwitchCaps() , DevIdx=%d", i);
         if (device.Hal(&HalTable::GetSwitchCaps, &device.Record().caps) != RC_OK)

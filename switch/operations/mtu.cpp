@@ -12,7 +12,7 @@ int ORBLINK_SetMtuSize(uint8_t DevIdx, uint16_t Val)
         return OB_ERROR("_ApiProlog() failed, DevIdx=%hhu", DevIdx);
     if (DevIdx >= SwitchCount(lock.Region()))
         return OB_ERROR("Invalid device index, DevIdx=%hhu", DevIdx);
-    const SwitchDevice device{lock.State(), DevIdx};
+    const SwitchDevice device{lock.Region(), DevIdx};
     if (!device.Enabled())
         return OB_ERROR("Switch is not in enabled state, DevIdx=%hhu", DevIdx);
     if (device.Hal(&HalTable::SetMtuSize, Val) != RC_OK)

@@ -6,19 +6,14 @@ using namespace orblink::sw;
 
 namespace {
 
-const char* DuplexWord(uint32_t fullDuplex)
-{
-    return fullDuplex != 0 ? "FD" : "HD";
-}
+constexpr const char* kNoValue = "NA";
 
-const char* LinkWord(uint32_t link)
+// Apart: put into each combination of pointers it would be many times as long.
+[[gnu::noinline]] const char* WordFor(const uint32_t* value, const char* ifSet, const char* ifZero)
 {
-    return link != 0 ? "ON" : "DOWN";
-}
-
-const char* WordOrNa(const uint32_t* value, const char* (*word)(uint32_t))
-{
-    return value != nullptr ? word(*value) : "NA";
+    if (value == nullptr)
+        return kNoValue;
+    return *value != 0 ? ifSet : ifZero;
 }
 
 }  // namespace
@@ -42,7 +37,7 @@ int ORBLINK_GetPortLink(uint8_t DevIdx, uint8_t PortIdx, uint32_t* Link, uint32_
     if (down && FullDuplex != nullptr)
         *FullDuplex = call.Config().link[PortIdx].linkFullDuplex;
     OB_TRACE("DevIdx=%d, PortIdx=%d, LinkDetected=%s, LinkSpeed=%s, FullDp=%s", DevIdx, PortIdx,
-             WordOrNa(Link, LinkWord), WordOrNa(Speed, PortSpeedWord),
-             WordOrNa(FullDuplex, DuplexWord));
+             WordFor(Link, "ON", "DOWN"), Speed != nullptr ? PortSpeedWord(*Speed) : kNoValue,
+             WordFor(FullDuplex, "FD", "HD"));
     return RC_OK;
 }
