@@ -17,7 +17,8 @@ from pathlib import Path
 root, build = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
 GUIDES = ["README.md", "CONTRIBUTING.md", "SECURITY.md", "bench/README.md",
           *sorted(str(path.relative_to(root)) for path in (root / "docs").glob("*.md"))]
-ELSEWHERE = ("docs/tour.md", "docs/virtual-board.md", "docs/installing.md")
+ELSEWHERE = ("docs/tour.md", "docs/virtual-board.md", "docs/installing.md",
+             "docs/linux-switch.md")
 PROGRAMS = ("orblinkctl", "orblink-vboard", "orblink-web")
 # Words in capitals, for the board of this test.
 MEANT = {"PORT": "0:1", "SWITCH": "0", "N": "0", "PHY": "0", "ADDRESS": "00:00:5e:00:53:01",

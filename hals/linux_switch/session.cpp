@@ -1,0 +1,308 @@
+#include "hals/linux_switch/session.h"
+
+#include <arpa/inet.h>
+#include <errno.h>
+#include <linux/if_ether.h>
+
+#include "hals/linux_switch/log.h"
+#include "hals/linux_switch/vlan_plan.h"
+
+namespace linux_switch {
+namespace {
+
+const char* WordsFor(int error)
+{
+    switch (error) {
+        case ENODEV:
+            return "there is no such interface";
+        case EPERM:
+        case EACCES:
+            return "not permitted, it takes CAP_NET_ADMIN";
+        case EOPNOTSUPP:
+        case EAFNOSUPPORT:
+            return "this kernel or driver has not got it";
+        case ENOENT:
+            return "this kernel lacks a part of it";
+        case EBUSY:
+            return "it belongs to something else";
+        case ETIMEDOUT:
+            return "the kernel has not answered";
+        case EINVAL:
+            return "the kernel does not take that value";
+        default:
+            return "the kernel refused";
+    }
+}
+
+}  // namespace
+
+int Refuse(int devIdx, const char* what, const char* interface, int error, const char* reason)
+{
+    LS_ERROR("Cannot %s %s, DevIdx=%d: %s, errno=%d%s%s", what, interface, devIdx, WordsFor(error),
+             error, reason[0] ? ". " : "", reason);
+    return -1;
+}
+
+Session::Session(int deviceIndex) : devIdx(deviceIndex) {}
+
+bool Session::Recall()
+{
+    return linux_switch::Recall(devIdx, memory);
+}
+
+bool Session::Remember()
+{
+    return linux_switch::Remember(devIdx, memory);
+}
+
+// ENODEV for one that is not there is no error here: the index says it.
+int Session::FindAll()
+{
+    int error = FindLink(route, memory.bridge, memory.index, bridge);
+    for (int port = 0; port < memory.ports && (error == 0 || error == ENODEV); ++port) {
+        const PortMemory& mapped = memory.port[port];
+        if (mapped.name[0] == '\0') {
+            links[port] = bridge;
+            continue;
+        }
+        error = FindLink(route, mapped.name, mapped.index, links[port]);
+    }
+    return error == ENODEV ? 0 : error;
+}
+
+bool Session::Meet()
+{
+    if (!Recall())
+        return false;
+    const int error = FindAll();
+    if (error != 0 || !bridge) {
+        Refuse("use the bridge", memory.bridge, error != 0 ? error : ENODEV);
+        return false;
+    }
+    ReviveReturned();
+    return true;
+}
+
+bool Session::MeetPort(int port)
+{
+    if (!Meet())
+        return false;
+    if (!memory.IsPort(port)) {
+        LS_ERROR("Invalid port %d, DevIdx=%d", port, devIdx);
+        return false;
+    }
+    if (!links[port])
+        Refuse("use port interface", memory.port[port].name, ENODEV);
+    return static_cast<bool>(links[port]);
+}
+
+// An interface that went away and came back has an index of its own and none of its settings.
+void Session::ReviveReturned()
+{
+    for (int port = 0; port < memory.ports; ++port) {
+        const uint32_t last = memory.port[port].index;
+        if (memory.port[port].name[0] != '\0' && last != 0 && links[port] &&
+            links[port].index != last)
+            Revive(port);
+    }
+}
+
+void Session::Revive(int port)
+{
+    const char* name = memory.port[port].name;
+    SwitchMemory before = memory;
+    ClearSettings(before, port);
+    for (Steering& steering : before.steering) {
+        if (steering.port == port)
+            steering.used = 0;
+    }
+    before.port[port].ownsHook = memory.port[port].ownsHook = 0;
+    int error = 0;
+    if (memory.onReset == OnReset::kBuild && links[port].master == 0)
+        error = SetMaster(route, links[port].index, bridge.index);
+    else if (links[port].master != bridge.index)
+        error = EBUSY;
+    if (error == 0)
+        error = Apply(before, memory);
+    if (error == 0)
+        error = PutFiltersThatName(port);
+    if (error == 0)
+        error = SetUp(route, links[port].index, memory.port[port].enabled);
+    if (error != 0) {
+        Refuse("bring back", name, error);
+        return;
+    }
+    memory.port[port].index = links[port].index;
+    if (Remember())
+        LS_NOTICE("%s is back, port %d, DevIdx=%d", name, port, devIdx);
+}
+
+// Filters of other ports that meant the interface that went away.
+int Session::PutFiltersThatName(int port)
+{
+    for (int other = 0; other < memory.ports; ++other) {
+        if (other == port || !links[other])
+            continue;
+        const FilterList list = FiltersOf(memory, other, links);
+        for (int i = 0; i < list.count; ++i) {
+            if (list.filter[i].other != links[port].index)
+                continue;
+            DeleteFilter(route, links[other].index, list.filter[i]);  // it may be gone already
+            if (const int error = Put(other, list.filter[i]))
+                return error;
+        }
+    }
+    return 0;
+}
+
+VlanMember Session::Member(int port) const
+{
+    return {links[port].index, memory.port[port].name[0] == '\0'};
+}
+
+int Session::PutVlans(const SwitchMemory& from, const SwitchMemory& to, int port)
+{
+    const VidList wanted = VidsOf(to, port);
+    for (int i = 0; i < wanted.count; ++i) {
+        const int flags = FlagsIn(to, port, wanted.vid[i]);
+        if (flags == kNotMember || flags == FlagsIn(from, port, wanted.vid[i]))
+            continue;
+        if (!memory.filtering)
+            return EOPNOTSUPP;
+        const int error = AddVlan(route, Member(port), wanted.vid[i], static_cast<uint16_t>(flags));
+        if (error != 0)
+            return error;
+    }
+    return 0;
+}
+
+int Session::DropVlans(const SwitchMemory& from, const SwitchMemory& to, int port)
+{
+    const VidList before = VidsOf(from, port);
+    for (int i = 0; i < before.count; ++i) {
+        const uint16_t vid = before.vid[i];
+        if (FlagsIn(from, port, vid) == kNotMember || FlagsIn(to, port, vid) != kNotMember)
+            continue;
+        if (const int error = DeleteVlans(route, Member(port), vid, vid))
+            return error;
+    }
+    return 0;
+}
+
+int Session::Hook(int port)
+{
+    const int error = MakeHook(route, links[port].index);
+    if (error == 0)
+        memory.port[port].ownsHook = 1;
+    return error == EEXIST ? 0 : error;
+}
+
+int Session::PutFilters(const SwitchMemory& from, const SwitchMemory& to, int port)
+{
+    const FilterList before = FiltersOf(from, port, links);
+    const FilterList wanted = FiltersOf(to, port, links);
+    for (int i = 0; i < wanted.count; ++i) {
+        const Filter& filter = wanted.filter[i];
+        const Filter* old = before.At(filter);
+        if (old && *old == filter)
+            continue;
+        if (const int error = Put(port, filter))
+            return error;
+    }
+    return 0;
+}
+
+int Session::Put(int port, const Filter& filter)
+{
+    const uint32_t index = links[port].index;
+    if (const int error = Hook(port))
+        return error;
+    const int error = PutFilter(route, index, filter);
+    if (error != EEXIST)
+        return error;
+    // A kind that the kernel does not replace.
+    const int deleted = DeleteFilter(route, index, filter);
+    return deleted != 0 ? deleted : PutFilter(route, index, filter);
+}
+
+int Session::DropFilters(const SwitchMemory& from, const SwitchMemory& to, int port)
+{
+    const FilterList before = FiltersOf(from, port, links);
+    const FilterList wanted = FiltersOf(to, port, links);
+    for (int i = 0; i < before.count; ++i) {
+        if (wanted.At(before.filter[i]))
+            continue;
+        const int error = DeleteFilter(route, links[port].index, before.filter[i]);
+        if (error != 0 && error != ENOENT && error != EINVAL)  // EINVAL: there is no hook
+            return error;
+    }
+    if (wanted.count == 0 && before.count != 0 && memory.port[port].ownsHook) {
+        if (const int error = DeleteIdleHook(route, links[port].index))
+            return error;
+        memory.port[port].ownsHook = 0;
+    }
+    return 0;
+}
+
+int Session::SetIsolation(const SwitchMemory& from, const SwitchMemory& to, int port)
+{
+    const bool wanted = AreAllApart(to);
+    if (!memory.IsLanPort(port) || wanted == AreAllApart(from))
+        return 0;
+    return SetBridgePort(route, links[port].index, IFLA_BRPORT_ISOLATED, wanted ? 1 : 0);
+}
+
+// What is added comes first and what is taken away last, so that nothing leaks in between.
+int Session::Apply(const SwitchMemory& from, const SwitchMemory& to)
+{
+    using Step = int (Session::*)(const SwitchMemory&, const SwitchMemory&, int);
+    const Step steps[] = {&Session::PutVlans, &Session::PutFilters, &Session::SetIsolation,
+                          &Session::DropFilters, &Session::DropVlans};
+    if (from.tpid != to.tpid) {
+        if (const int error =
+                SetBridge<uint16_t>(route, bridge.index, IFLA_BR_VLAN_PROTOCOL, htons(to.tpid)))
+            return error;
+    }
+    for (const Step step : steps) {
+        for (int port = 0; port < memory.ports; ++port) {
+            const int error = links[port] ? (this->*step)(from, to, port) : 0;
+            if (error != 0 && !undoing)
+                return error;
+        }
+    }
+    return 0;
+}
+
+int Session::Start(uint8_t isolation)
+{
+    ClearSettings(memory);
+    memory.filtering = bridge.filters ? 1 : 0;
+    memory.index = bridge.index;
+    for (int port = 0; port < memory.ports; ++port)
+        memory.port[port].index = links[port].index;
+    const SwitchMemory before = memory;
+    memory.isolation = isolation;
+    return Apply(before, memory);
+}
+
+int Session::Settle(const char* what, const char* interface, const SwitchMemory& wanted)
+{
+    const SwitchMemory before = memory;
+    if (wanted.tpid != before.tpid && !memory.filtering)
+        return Refuse(what, interface, EOPNOTSUPP);
+    if (const int error = Apply(before, wanted)) {
+        Refuse(what, interface, error);
+        undoing = true;
+        Apply(wanted, before);  // result dropped: what was not there yet cannot be taken away
+        undoing = false;
+        Remember();  // whose the hooks are
+        return -1;
+    }
+    SwitchMemory settled = wanted;
+    for (int port = 0; port < kPorts; ++port)
+        settled.port[port].ownsHook = memory.port[port].ownsHook;
+    memory = settled;
+    return Remember() ? 0 : -1;
+}
+
+}  // namespace linux_switch

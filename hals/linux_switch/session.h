@@ -1,0 +1,66 @@
+// One slot at work: the memory of its switch, a socket, and the interfaces as the kernel has them now.
+#pragma once
+
+#include <linux/rtnetlink.h>
+
+#include "hals/linux_switch/filters.h"
+#include "hals/linux_switch/link.h"
+#include "hals/linux_switch/memory.h"
+
+namespace linux_switch {
+
+// Logs one line that says what cannot be done, to what, and why; -1.
+int Refuse(int devIdx, const char* what, const char* interface, int error, const char* reason);
+
+class Session {
+public:
+    explicit Session(int devIdx);
+
+    // False, with a line, when the switch has no mapping or its bridge is not there.
+    bool Meet();
+    // Meet, and a line unless this is a port whose interface is there.
+    bool MeetPort(int port);
+
+    const SwitchMemory& Memory() const { return memory; }
+    const Link& Bridge() const { return bridge; }
+    const Link& Port(int port) const { return links[port]; }
+    Netlink& Route() { return route; }
+
+    // Brings the kernel from the settings that are to those that are wanted, and remembers them.
+    // What fails is undone, and logged with what it was for.
+    int Settle(const char* what, const char* interface, const SwitchMemory& wanted);
+    int Refuse(const char* what, const char* interface, int error)
+    {
+        return linux_switch::Refuse(devIdx, what, interface, error, route.Reason());
+    }
+
+    // For a reset, which finds or makes what Meet() expects.
+    bool Recall();
+    int FindAll();
+    // Forgets all settings; what isolation comes to is put in place.
+    int Start(uint8_t isolation);
+    bool Remember();
+
+private:
+    int Apply(const SwitchMemory& from, const SwitchMemory& to);
+    void ReviveReturned();
+    void Revive(int port);
+    int PutFiltersThatName(int port);
+    int Put(int port, const Filter& filter);
+    VlanMember Member(int port) const;
+    int PutVlans(const SwitchMemory& from, const SwitchMemory& to, int port);
+    int DropVlans(const SwitchMemory& from, const SwitchMemory& to, int port);
+    int PutFilters(const SwitchMemory& from, const SwitchMemory& to, int port);
+    int DropFilters(const SwitchMemory& from, const SwitchMemory& to, int port);
+    int SetIsolation(const SwitchMemory& from, const SwitchMemory& to, int port);
+    int Hook(int port);
+
+    int devIdx;
+    bool undoing = false;
+    SwitchMemory memory{};
+    Netlink route{NETLINK_ROUTE};
+    Link bridge;
+    Link links[kPorts];
+};
+
+}  // namespace linux_switch

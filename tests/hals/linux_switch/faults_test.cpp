@@ -1,0 +1,102 @@
+// A slot that fails leaves the kernel as it was, whichever of its requests the kernel did not get.
+#include <functional>
+
+#include "tests/hals/linux_switch/kernel_bench.h"
+
+namespace {
+
+constexpr uint8_t kStation[6] = {2, 0, 0, 0, 0, 0xF1};
+
+}  // namespace
+
+class LinuxSwitchFaults : public LinuxSwitch {
+protected:
+    // Fails each request of the slot in turn; the slot itself, without a fault, ends the row.
+    void FailEachRequest(const std::function<int()>& slot)
+    {
+        const std::string before = KernelState();
+        for (int fault = 1; fault < 200; ++fault) {
+            log.clear();
+            requests = 0;
+            failAt = fault;
+            const int result = slot();
+            failAt = 0;
+            if (requests < fault) {
+                EXPECT_EQ(result, 0) << ::testing::PrintToString(log);
+                EXPECT_NE(KernelState(), before);
+                EXPECT_GT(fault, 1);
+                return;
+            }
+            ASSERT_NE(result, 0) << "request " << fault;
+            EXPECT_EQ(log.size(), 1u) << "request " << fault;
+            ASSERT_EQ(KernelState(), before) << "request " << fault;
+        }
+        FAIL() << "the slot does not come to an end";
+    }
+};
+
+TEST_F(LinuxSwitchFaults, OfAFirstReset)
+{
+    // The kernel makes an interface's queue when it comes up first, and keeps it.
+    Sh("for i in lan1 lan2 lan3; do ip link set $i up; ip link set $i down; done");
+    ASSERT_EQ(Init(), 0);
+    FailEachRequest([] { return Hal().ResetSwitch(0, nullptr, 0); });
+}
+
+TEST_F(LinuxSwitchFaults, OfTheMtu)
+{
+    BringUp();
+    FailEachRequest([] { return Hal().SetMtuSize(0, 1018); });
+}
+
+TEST_F(LinuxSwitchFaults, OfEnabling)
+{
+    BringUp();
+    FailEachRequest([] { return Hal().DisablePort(0, 1); });
+}
+
+TEST_F(LinuxSwitchFaults, OfAVlan)
+{
+    BringUp();
+    SKIP_WITHOUT_VLANS();
+    ASSERT_EQ(Hal().SetLanPortVlan(0, 1, 50), 0);
+    FailEachRequest([] { return Hal().SetLanPortVlan(0, 1, 100); });
+}
+
+TEST_F(LinuxSwitchFaults, OfProviderBridging)
+{
+    BringUp();
+    SKIP_WITHOUT_VLANS();
+    FailEachRequest([] { return Hal().EnableProviderBridgedMode(0, 0x88A8); });
+}
+
+TEST_F(LinuxSwitchFaults, OfAGroup)
+{
+    BringUp();
+    SKIP_WITHOUT_FILTERS();
+    FailEachRequest([] { return Hal().SetLanPortGroupId(0, 1, 5); });
+}
+
+TEST_F(LinuxSwitchFaults, OfAPriority)
+{
+    BringUp();
+    SKIP_WITHOUT_VLANS();
+    SKIP_WITHOUT_FILTERS();
+    FailEachRequest([] { return Hal().SetLanPortPcp(0, 1, 5); });
+}
+
+TEST_F(LinuxSwitchFaults, OfASteeredStation)
+{
+    BringUp();
+    SKIP_WITHOUT_VLANS();
+    SKIP_WITHOUT_FILTERS();
+    FailEachRequest([] { return Hal().MapSetMacToVlan(0, 1, kStation, 0xFFF, 200, 1); });
+}
+
+TEST_F(LinuxSwitchFaults, OfAMirror)
+{
+    BringUp();
+    SKIP_WITHOUT_FILTERS();
+    ASSERT_EQ(Hal().SetPortMirror(0, 1, 2), 0);
+    FailEachRequest([] { return Hal().SetPortMirror(0, 1, 3); });
+}

@@ -1,0 +1,204 @@
+#include "tests/hals/linux_switch/kernel_bench.h"
+
+#include <arpa/inet.h>
+#include <dlfcn.h>
+#include <linux/if_packet.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+#include "platform/ob_platform.h"
+
+LinuxSwitch* LinuxSwitch::current = nullptr;
+
+void* OBHAL_GetHalPrivData(uint8_t)
+{
+    return LinuxSwitch::current->privateData + 1;
+}
+
+int OBHAL_GetInternalPortPidx(uint8_t)
+{
+    return LinuxSwitch::current->internalPort;
+}
+
+void OBPLAT_Log(const OBPLAT_LogSite* site, const char*, int, const char* format, ...)
+{
+    char line[512];
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    const std::string text = line;
+    if (site->Severity == OBPLAT_SEVERITY_ERROR)
+        LinuxSwitch::current->log.push_back(text.substr(text.find(' ') + 1));
+}
+
+extern "C" ssize_t send(int fd, const void* bytes, size_t size, int flags)
+{
+    using Send = ssize_t (*)(int, const void*, size_t, int);
+    static const Send next = reinterpret_cast<Send>(dlsym(RTLD_NEXT, "send"));
+    LinuxSwitch& test = *LinuxSwitch::current;
+    if (++test.requests == test.failAt) {
+        errno = ENOBUFS;
+        return -1;
+    }
+    return next(fd, bytes, size, flags);
+}
+
+namespace {
+
+void WriteFile(const std::string& path, const std::string& text)
+{
+    std::ofstream(path) << text;
+}
+
+// Root takes a namespace, anybody else one of users as well.
+bool EnterOwnNetwork()
+{
+    const uid_t uid = geteuid();
+    const gid_t gid = getegid();
+    if (unshare(CLONE_NEWNET | (uid == 0 ? 0 : CLONE_NEWUSER)) != 0)
+        return false;
+    if (uid != 0) {
+        WriteFile("/proc/self/setgroups", "deny");
+        WriteFile("/proc/self/uid_map", "0 " + std::to_string(uid) + " 1");
+        WriteFile("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1");
+    }
+    return true;
+}
+
+int RunShell(const std::string& command, std::string& output)
+{
+    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+    std::array<char, 4096> buffer;
+    for (size_t got; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+        output.append(buffer.data(), got);
+    return pclose(pipe);
+}
+
+}  // namespace
+
+void LinuxSwitch::SetUp()
+{
+    current = this;
+    std::string name = "/tmp/linux-switch-test.XXXXXX";
+    directory = mkdtemp(name.data());
+    setenv("ORBLINK_LINUX_SWITCH", directory.c_str(), 1);
+    if (!EnterOwnNetwork())
+        GTEST_SKIP() << "network namespaces are not allowed here";
+    if (!Try("ip link add lan1 type veth peer name host1"))
+        GTEST_SKIP() << "veth interfaces are not allowed here";
+    for (int port = 2; port <= kLanPorts; ++port) {
+        const std::string number = std::to_string(port);
+        Sh("ip link add lan" + number + " type veth peer name host" + number);
+    }
+    for (int port = 1; port <= kLanPorts; ++port)
+        Sh("ip link set host" + std::to_string(port) + " up");
+    WriteMapping(
+        "bridge = \"br0\"\n"
+        "cpu_port = 0\n"
+        "[ports]\n"
+        "1 = \"lan1\"\n"
+        "2 = \"lan2\"\n"
+        "3 = \"lan3\"\n");
+}
+
+void LinuxSwitch::TearDown()
+{
+    std::filesystem::remove_all(directory);
+}
+
+void LinuxSwitch::WriteMapping(const std::string& text)
+{
+    WriteFile(directory + "/linux-switch-0.toml", text);
+}
+
+void LinuxSwitch::BringUp()
+{
+    ASSERT_EQ(Init(), 0);
+    ASSERT_EQ(Hal().ResetSwitch(0, nullptr, 0), 0) << ::testing::PrintToString(log);
+}
+
+bool LinuxSwitch::HasFilters()
+{
+    return Try("ip link add probe type dummy || ip link add probe type veth peer name eborp") &&
+           Try("tc qdisc add dev probe clsact") &&
+           Try("tc filter add dev probe ingress prio 1 flower src_mac 02:00:00:00:00:01 "
+               "action vlan push id 5") &&
+           Try("tc filter add dev probe egress prio 2 matchall "
+               "action mirred egress mirror dev lan1") &&
+           Try("tc filter add dev probe egress prio 3 flower indev lan1 action drop") &&
+           Try("ip link delete probe");
+}
+
+std::string LinuxSwitch::Sh(const std::string& command)
+{
+    std::string output;
+    const int status = RunShell(command, output);
+    EXPECT_EQ(status, 0) << command << "\n" << output;
+    return output;
+}
+
+bool LinuxSwitch::Try(const std::string& command)
+{
+    std::string output;
+    return RunShell(command, output) == 0;
+}
+
+nlohmann::json LinuxSwitch::Json(const std::string& command)
+{
+    const std::string text = Sh(command);
+    return nlohmann::json::parse(text.empty() ? "[]" : text, nullptr, false);
+}
+
+std::string LinuxSwitch::KernelState()
+{
+    const std::string shown = Sh("ip -d link; bridge vlan; tc qdisc");
+    std::string state = std::regex_replace(shown, std::regex("[a-z_]+_timer +[0-9.]+"), "");
+    if (state.find("clsact") == std::string::npos)
+        return state;
+    return state + Sh("for i in lan1 lan2 lan3 br0; do\n"
+                      "tc filter show dev $i ingress; tc filter show dev $i egress\n"
+                      "done 2>/dev/null; true");
+}
+
+std::string LinuxSwitch::Vlans(const std::string& interface)
+{
+    std::string words;
+    const auto shown = Json("bridge -j vlan show dev " + interface);
+    for (const auto& of : shown) {
+        for (const auto& vlan : of["vlans"]) {
+            words += (words.empty() ? "" : ", ") + vlan["vlan"].dump();
+            if (!vlan.contains("flags"))
+                continue;
+            for (const auto& flag : vlan["flags"])
+                words += flag == "PVID" ? " pvid" : " untagged";
+        }
+    }
+    return words;
+}
+
+void LinuxSwitch::SendFrames(const char* interface, int count, size_t size)
+{
+    std::string frame("\xff\xff\xff\xff\xff\xff\x02\0\0\0\0\x01\x88\xb5", 14);
+    frame.resize(size);
+    sockaddr_ll address{};
+    address.sll_family = AF_PACKET;
+    address.sll_ifindex = static_cast<int>(if_nametoindex(interface));
+    const int fd = socket(AF_PACKET, SOCK_RAW, 0);
+    for (int i = 0; i < count; ++i)
+        EXPECT_EQ(sendto(fd, frame.data(), frame.size(), 0, reinterpret_cast<sockaddr*>(&address),
+                         sizeof address),
+                  static_cast<ssize_t>(size));
+    close(fd);
+}
