@@ -80,6 +80,9 @@ bool ReadEntry(const Session& session, const Reply& reply, LinuxSwitchMacEntry& 
         attributes.Find(NDA_MASTER).As<uint32_t>() != session.Bridge().index)
         return false;
     const auto vid = attributes.Find(NDA_VLAN).As<uint16_t>();
+    // Where VLANs are filtered, an entry of none is for what the filter never lets in.
+    if (vid == 0 && session.Memory().filtering)
+        return false;
     entry = {};
     memcpy(entry.mac, mac.data, sizeof entry.mac);
     entry.vlanId = vid != 0 ? vid : kDefaultVid;
