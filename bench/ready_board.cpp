@@ -39,7 +39,7 @@ Region* CreateRegion(const char* name)
 
 int CreateLock(key_t key)
 {
-    const int id = semget(key, 1, IPC_CREAT | (key == IPC_PRIVATE ? 0 : IPC_EXCL) | 0600);
+    const int id = semget(key, 1, IPC_CREAT | (key == IPC_PRIVATE ? 0 : IPC_EXCL) | 0700);
     if (id == -1 || semctl(id, 0, SETVAL, 1) != 0)
         GiveUp("semaphore");
     return id;
