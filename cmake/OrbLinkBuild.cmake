@@ -61,6 +61,10 @@ if(ORBLINK_FUZZ)
     add_compile_options(-O1 -fsanitize=fuzzer-no-link)
 endif()
 
+# What each call goes through is built for speed; it is little. Without the gaps that go with it.
+set(orblink_call_path_options
+    "$<$<CONFIG:Release>:-O2;-fno-align-functions;-fno-align-jumps;-fno-align-loops>")
+
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a
 # program or a preloaded library that defines the same name takes them over. Small: what it is made of

@@ -42,7 +42,8 @@ show_progress()
     [ ! -t 1 ] || printf '\n'
 }
 
-# What was compiled before, in this checkout or in another, is not compiled again.
+# What was compiled before is not compiled again. Sources that are compiled together name each other
+# by whole paths: for these that is so in a checkout at the same place only.
 if command -v ccache >/dev/null && mkdir -p "$(ccache -k cache_dir)" 2>/dev/null; then
     export CMAKE_C_COMPILER_LAUNCHER=${CMAKE_C_COMPILER_LAUNCHER-ccache}
     export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
