@@ -1,7 +1,7 @@
 #!/bin/bash
 # run.sh BUILD_DIR
-# Makes the packages of both architectures twice and holds that they are the same bytes and that
-# lintian finds nothing; installs them into a fresh Debian, uses them there as others would, boots it,
+# Compares the libraries' interfaces with those recorded; makes the packages of both architectures
+# twice and holds that they are the same bytes and that lintian finds nothing; installs them into a fresh Debian, uses them there as others would, boots it,
 # and removes everything again. What is fetched and made for it is kept in BUILD_DIR/packages.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
@@ -23,6 +23,9 @@ logged()
         exit 1
     }
 }
+
+stage "interfaces as recorded"
+logged abi tests/packaging/abi_guard.sh "$place/abi"
 
 stage "building both architectures"
 for number in 1 2; do
