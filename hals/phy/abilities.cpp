@@ -1,5 +1,6 @@
 // What a PHY can, and by which way its MMDs are reached.
 #include "hals/phy/phy.h"
+#include "hals/uninterrupted.h"
 
 namespace ieee8023 {
 namespace {
@@ -77,7 +78,8 @@ bool Phy::IsIdentified()
 // false then, unless registers 13 and 14 lead to the MMDs.
 bool Phy::LearnMmds(bool& certain)
 {
-    bool frames = EPHAL_ReadMmd(devIdx, kAn, kDevicesInPackage, &mmds) == 0;
+    bool frames =
+        hals::Uninterrupted([&] { return EPHAL_ReadMmd(devIdx, kAn, kDevicesInPackage, &mmds); });
     if (frames && IsDeviceList(mmds)) {
         caps |= ETHPHY_IEEE8023_MMD_FRAMES;
         return true;

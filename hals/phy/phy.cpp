@@ -1,5 +1,7 @@
 #include "hals/phy/phy.h"
 
+#include "hals/uninterrupted.h"
+
 namespace ieee8023 {
 
 Phy::Phy(int deviceIndex) : devIdx(static_cast<uint8_t>(deviceIndex)), memory(MemoryOf(deviceIndex))
@@ -8,7 +10,7 @@ Phy::Phy(int deviceIndex) : devIdx(static_cast<uint8_t>(deviceIndex)), memory(Me
 
 bool Phy::ReadAny(uint8_t reg, uint16_t& value)
 {
-    if (EPHAL_ReadMdio(devIdx, reg, &value) != 0)
+    if (!hals::Uninterrupted([&] { return EPHAL_ReadMdio(devIdx, reg, &value); }))
         return false;
     if (value != kNobody)
         CountClause22(reg, value);
@@ -22,7 +24,7 @@ bool Phy::Read(uint8_t reg, uint16_t& value)
 
 bool Phy::Write(uint8_t reg, uint16_t value)
 {
-    return EPHAL_WriteMdio(devIdx, reg, value) == 0;
+    return hals::Uninterrupted([&] { return EPHAL_WriteMdio(devIdx, reg, value); });
 }
 
 bool Phy::SelectMmd(uint8_t mmd, uint16_t reg)
@@ -35,7 +37,7 @@ bool Phy::ReadAnyMmd(uint8_t mmd, uint16_t reg, uint16_t& value)
 {
     bool done = false;
     if (Has(ETHPHY_IEEE8023_MMD_FRAMES))
-        done = EPHAL_ReadMmd(devIdx, mmd, reg, &value) == 0;
+        done = hals::Uninterrupted([&] { return EPHAL_ReadMmd(devIdx, mmd, reg, &value); });
     else if (Has(ETHPHY_IEEE8023_MMD_INDIRECT))
         done = SelectMmd(mmd, reg) && ReadAny(kMmdData, value);
     if (done && mmd == kPcs)
@@ -51,7 +53,7 @@ bool Phy::ReadMmd(uint8_t mmd, uint16_t reg, uint16_t& value)
 bool Phy::WriteMmd(uint8_t mmd, uint16_t reg, uint16_t value)
 {
     if (Has(ETHPHY_IEEE8023_MMD_FRAMES))
-        return EPHAL_WriteMmd(devIdx, mmd, reg, value) == 0;
+        return hals::Uninterrupted([&] { return EPHAL_WriteMmd(devIdx, mmd, reg, value); });
     return Has(ETHPHY_IEEE8023_MMD_INDIRECT) && SelectMmd(mmd, reg) && Write(kMmdData, value);
 }
 

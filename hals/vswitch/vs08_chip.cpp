@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include "hals/uninterrupted.h"
 #include "hals/wait.h"
 #include "switch/orblink_hal.h"
 
@@ -47,12 +48,16 @@ bool Chip::Valid() const
 
 bool Chip::ReadDirect(int reg, uint16_t& value) const
 {
-    return Valid() && OBHAL_ReadMdio(static_cast<uint8_t>(devIdx), reg, &value) == 0;
+    return Valid() && hals::Uninterrupted([&] {
+               return OBHAL_ReadMdio(static_cast<uint8_t>(devIdx), reg, &value);
+           });
 }
 
 bool Chip::WriteDirect(int reg, uint16_t value) const
 {
-    return Valid() && OBHAL_WriteMdio(static_cast<uint8_t>(devIdx), reg, value) == 0;
+    return Valid() && hals::Uninterrupted([&] {
+               return OBHAL_WriteMdio(static_cast<uint8_t>(devIdx), reg, value);
+           });
 }
 
 bool Chip::ReadRun(uint16_t address, uint16_t* values, int count) const

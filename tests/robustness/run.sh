@@ -30,7 +30,7 @@ done
 # meet on one board.
 builds=(gcc i386 release release-i386)
 tests=(fault_table_test kill_matrix_test signals_test threads_test hostile_region_test
-       neighbours_test soak_worker soak_test board_worker)
+       neighbours_test soak_worker soak_test board_worker board_signals)
 # What has no natural end: 6 hostile forms per build, 4 crowds and 2 on the virtual board, one race
 # detector, 13 harnesses, as many at a time as there are processors.
 seconds=$((minutes * 60 / (6 * ${#builds[@]} + 4 + 2 + 1 + 13 / $(nproc))))
@@ -105,6 +105,13 @@ for kills in "" --kills; do
     timeout $((seconds + 300)) tests/robustness/soak_on_board.py "$(tree release)" "$seconds" 15 \
         $kills >>"$log" 2>&1 || { failed=1; echo "FAILED: soak on the board, see $log" >&2; }
 done
+echo "$(date +%T)  signals on the virtual board"
+echo "== release signals on the virtual board" >>"$log"
+ORBLINK_BUILD=$(tree release)
+timeout 300 "$ORBLINK_BUILD/bin/orblink-vboard" run --time-scale 0.001 \
+    --board virtual_board/boards/phy.toml -- sh -c '"$1/bin/orblinkctl" init && exec \
+    "$1/tests/board_signals" "$2"' sh "$ORBLINK_BUILD" $((minutes * 150)) >>"$log" 2>&1 ||
+    { failed=1; echo "FAILED: signals on the board, see $log" >&2; }
 echo "$(date +%T)  race detector"
 run tsan "$seconds" threads_test
 

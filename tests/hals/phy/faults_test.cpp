@@ -56,6 +56,14 @@ protected:
     // The slot on a PHY that has a link at 1 Gb/s, freshly known.
     int Call(size_t failFrom, size_t failUntil, size_t silentFrom)
     {
+        Prepare();
+        halWorld.failFrom = failFrom;
+        halWorld.failUntil = failUntil;
+        halWorld.silentFrom = silentFrom;
+        return Call();
+    }
+    void Prepare()
+    {
         PhyConfig config;
         config.clause45 = GetParam().clause45;
         config.partner.eee = true;
@@ -63,9 +71,9 @@ protected:
         MakeUp(config);
         hal_.Init(halWorld.privateData);
         halWorld.accesses.clear();
-        halWorld.failFrom = failFrom;
-        halWorld.failUntil = failUntil;
-        halWorld.silentFrom = silentFrom;
+    }
+    int Call()
+    {
         auto start = halWorld.now;
         int result = TheSlot().call(hal_, 0);
         EXPECT_LT(halWorld.now - start, kLongest);
@@ -118,6 +126,27 @@ TEST_P(HalFaults, FailsWhenOneAccessFails)
         else
             EXPECT_NE(Call(i, i, SIZE_MAX), 0) << "access " << i;
     }
+}
+
+TEST_P(HalFaults, MakesAnAccessAgainThatASignalCutShort)
+{
+    size_t all = Undisturbed().size();
+    for (size_t i = 0; i < all; ++i) {
+        Prepare();
+        halWorld.cutFrom = i;
+        halWorld.cutUntil = i + 2;
+        EXPECT_EQ(Call(), 0) << "access " << i;
+        EXPECT_EQ(halWorld.accesses.size(), all + 3) << "access " << i;
+    }
+}
+
+TEST_P(HalFaults, GivesUpAnAccessThatIsAlwaysCutShort)
+{
+    Prepare();
+    halWorld.cutFrom = 0;
+    EXPECT_NE(TheSlot().call(hal_, 0), 0);
+    EXPECT_GT(halWorld.accesses.size(), 10U);
+    EXPECT_LT(halWorld.accesses.size(), 1000U);
 }
 
 // A PHY that vanishes between two accesses is noticed at the next read that it would answer.

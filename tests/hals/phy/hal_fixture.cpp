@@ -21,7 +21,9 @@ int Note(const HalAccess& access)
     size_t number = halWorld.accesses.size();
     halWorld.accesses.push_back(access);
     bool struck = number >= halWorld.failFrom && number <= halWorld.failUntil;
-    return struck || (halWorld.clause45Fails && access.mmd >= 0) ? -1 : 0;
+    bool cut = number >= halWorld.cutFrom && number <= halWorld.cutUntil;
+    errno = cut ? EINTR : EIO;
+    return cut || struck || (halWorld.clause45Fails && access.mmd >= 0) ? -1 : 0;
 }
 
 PhyModel* Reached(uint8_t devIdx)

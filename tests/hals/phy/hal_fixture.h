@@ -47,6 +47,8 @@ struct HalWorld {
     std::vector<HalAccess> accesses = {};
     size_t failFrom = SIZE_MAX;  // accesses that fail, counted from 0
     size_t failUntil = SIZE_MAX;
+    size_t cutFrom = SIZE_MAX;  // accesses that a signal cuts short
+    size_t cutUntil = SIZE_MAX;
     size_t silentFrom = SIZE_MAX;  // from here on reads give 0xFFFF and writes are lost
     // What a read gives instead of the model's register: {MMD or -1, register}.
     std::map<std::pair<int, uint16_t>, uint16_t> overrides = {};

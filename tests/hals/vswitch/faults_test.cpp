@@ -116,6 +116,37 @@ TEST(VswitchHalFaults, EachMdioFailureFailsTheSlotAtOnce)
     testing::internal::GetCapturedStdout();
 }
 
+TEST(VswitchHalFaults, AnAccessThatASignalCutsShortIsMadeAgain)
+{
+    testing::internal::CaptureStdout();
+    for (const SlotCall& slot : AllCalls()) {
+        HalBench reference;
+        ASSERT_NO_FATAL_FAILURE(Prepare(reference));
+        ASSERT_EQ(slot.call(0), 0) << slot.name;
+        const int total = reference.accesses;
+        for (int at = 1; at <= total; ++at) {
+            HalBench bench;
+            ASSERT_NO_FATAL_FAILURE(Prepare(bench));
+            bench.interruptFrom = at;
+            bench.interruptUntil = at + 2;
+            EXPECT_EQ(slot.call(0), 0) << slot.name << ", access " << at;
+            EXPECT_GE(bench.accesses, at + 3) << slot.name;
+        }
+    }
+    testing::internal::GetCapturedStdout();
+}
+
+TEST(VswitchHalFaults, AnAccessThatIsAlwaysCutShortIsGivenUp)
+{
+    HalBench bench;
+    ASSERT_NO_FATAL_FAILURE(Prepare(bench));
+    bench.interruptFrom = 1;
+    bench.interruptUntil = 1000000;
+    EXPECT_NE(Hal().SmiWrite(0, 0x114, 1500), 0);
+    EXPECT_GT(bench.accesses, 10);
+    EXPECT_LT(bench.accesses, 1000);
+}
+
 TEST(VswitchHalFaults, AFailedSlotCanBeRepeated)
 {
     testing::internal::CaptureStdout();

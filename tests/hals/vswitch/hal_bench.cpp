@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 HalBench* HalBench::current = nullptr;
@@ -18,7 +19,10 @@ bool Begin()
     ++bench.accesses;
     if (!bench.frozen)
         bench.Wait(kFrame);
-    return bench.accesses != bench.failAt;
+    const bool cut =
+        bench.accesses >= bench.interruptFrom && bench.accesses <= bench.interruptUntil;
+    errno = cut ? EINTR : EIO;
+    return !cut && bench.accesses != bench.failAt;
 }
 
 }  // namespace

@@ -35,8 +35,10 @@ public:
     uint16_t PortRegister(unsigned port, uint16_t offset, int devIdx = 0);
 
     std::array<Device, 2> device{Device(kInternalPort[0]), Device(kInternalPort[1])};
-    int accesses = 0;     // MDIO frames that the HAL asked for
-    int failAt = 0;       // the access that fails, counted from 1; 0 = none
+    int accesses = 0;       // MDIO frames that the HAL asked for
+    int failAt = 0;         // the access that fails, counted from 1; 0 = none
+    int interruptFrom = 0;  // likewise, those that a signal cuts short
+    int interruptUntil = 0;
     bool frozen = false;  // the chips' time stands still
     std::chrono::nanoseconds now{};
     std::chrono::nanoseconds slept{};
