@@ -111,6 +111,8 @@ if [ $only_presets -eq 0 ]; then
         logged "$builds/figures.log" cmake --build "$builds/$preset" --target figures
     done
     logged "$builds/figures.txt" bench/figures.py "$builds/release" "$builds/release-i386"
+    logged "$builds/size.txt" bench/figures.py --mapped \
+        "$builds/release-i386/lib/liborblink.so.0" --at-most $((84 * 1024))
 fi
 
 if [ $only_presets -eq 0 ]; then
@@ -125,6 +127,12 @@ fi
 if [ $full = yes ]; then
     stage "analysis of the whole tree"
     logged "$builds/analysis.log" scripts/analyse.sh "$builds/analysis" --whole
+    stage "size of the library without hardening"
+    logged "$builds/unhardened-i386.log" cmake --preset release-i386 -B "$builds/unhardened-i386" \
+        -DORBLINK_HARDENING=OFF -DORBLINK_TESTS=OFF -DORBLINK_PROGRAMS=OFF
+    logged "$builds/unhardened-i386.log" cmake --build "$builds/unhardened-i386" --target orblink
+    logged "$builds/size.txt" bench/figures.py --mapped \
+        "$builds/unhardened-i386/lib/liborblink.so.0" --at-most $((80 * 1024))
     # Without sanitizers: their checks are branches that no test is to take.
     stage "branch coverage of the library"
     scripts/build.sh coverage "$builds/coverage" "$builds/coverage.log"

@@ -4,6 +4,8 @@
 Figures that are the same in each run, of optimised builds for each ABI: instructions in user space
 per call (valgrind), and what liborblink.so.0 takes. Compares them with bench/figures.txt, or writes
 that table. Ends with 1 when one has left its tolerance, in either direction.
+
+With --mapped LIBRARY --at-most BYTES: whether that is all that is mapped of this library.
 """
 import glob
 import os
@@ -96,6 +98,10 @@ def recorded():
 def main():
     arguments = sys.argv[1:]
     record = "--record" in arguments
+    if arguments[:1] == ["--mapped"]:
+        mapped = sizes(arguments[1])["bytes mapped from the file"]
+        print(f"{mapped} bytes mapped from {arguments[1]}, at most {arguments[3]}")
+        return 0 if mapped <= int(arguments[3]) else 1
     builds = [word for word in arguments if word != "--record"]
     if not builds:
         sys.exit(__doc__.splitlines()[0])

@@ -16,13 +16,21 @@ include(CheckPIESupported)
 check_pie_supported()
 foreach(language C CXX)
     set(orblink_${language}_flags_unhardened "${CMAKE_${language}_FLAGS}")
+    if(NOT ORBLINK_HARDENING)
+        continue()
+    endif()
     string(APPEND CMAKE_${language}_FLAGS " -fstack-protector-strong")
     if(NOT ORBLINK_I386)
         string(APPEND CMAKE_${language}_FLAGS " -fcf-protection")
     endif()
 endforeach()
+if(ORBLINK_HARDENING)
+    set(orblink_link_hardening " -Wl,-z,relro -Wl,-z,now")
+else()
+    set(orblink_link_hardening " -Wl,-z,norelro -Wl,-z,lazy")
+endif()
 foreach(kind EXE SHARED MODULE)
-    string(APPEND CMAKE_${kind}_LINKER_FLAGS " -Wl,-z,relro -Wl,-z,now")
+    string(APPEND CMAKE_${kind}_LINKER_FLAGS "${orblink_link_hardening}")
 endforeach()
 
 if(ORBLINK_I386)
@@ -61,9 +69,10 @@ if(ORBLINK_FUZZ)
     add_compile_options(-O1 -fsanitize=fuzzer-no-link)
 endif()
 
-# What each call goes through is built for speed; it is little. Without the gaps that go with it.
+# What each call goes through is built for speed; it is little. Without the gaps that go with it, and
+# without a stack protector: what it would guard is one integer that the C library writes.
 set(orblink_call_path_options
-    "$<$<CONFIG:Release>:-O2;-fno-align-functions;-fno-align-jumps;-fno-align-loops>")
+    "$<$<CONFIG:Release>:-O2;-fno-align-functions;-fno-align-jumps;-fno-align-loops;-fno-stack-protector>")
 
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a
@@ -75,7 +84,7 @@ function(orblink_plain_library target map)
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orblink>)
     target_link_libraries(${target} PRIVATE orblink_warnings)
     target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden -fno-plt
-        -fsemantic-interposition $<$<CONFIG:Release>:$<IF:$<BOOL:${ORBLINK_I386}>,-Oz,-Os>>
+        -fsemantic-interposition $<$<CONFIG:Release>:$<IF:$<BOOL:${ORBLINK_I386}>,-Oz,-O2>>
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})

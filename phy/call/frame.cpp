@@ -7,9 +7,12 @@ namespace orblink::phy {
 PhyDeviceRegion* _ApiProlog(int& semaphoreId)
 {
     semaphoreId = process.semaphoreId.Get();
-    if (semaphoreId < 0 && _InitGlobalSem(semaphoreId) != RC_OK) {
-        EP_ERROR("_InitGlobalSem() failed");
-        return nullptr;
+    if (semaphoreId < 0) {
+        semaphoreId = _InitGlobalSem();
+        if (semaphoreId < 0) {
+            EP_ERROR("_InitGlobalSem() failed");
+            return nullptr;
+        }
     }
     if (_System5SemOp(semaphoreId, kTake) != RC_OK) {
         EP_ERROR("_ApiGlobalLock() failed");
@@ -32,7 +35,7 @@ PhyDeviceRegion* _ApiProlog(int& semaphoreId)
     return nullptr;
 }
 
-void _LibEpilog(const int& semaphoreId)
+void _LibEpilog(int semaphoreId)
 {
     if (_System5SemOp(semaphoreId, kRelease) != RC_OK)
         EP_ERROR_AT("%s:%d _ApiGlobalUnLock failed");

@@ -16,7 +16,7 @@ namespace orblink::phy {
 // The steps, which log under their own names. The prolog gives the region with the semaphore held,
 // or null with it free.
 PhyDeviceRegion* _ApiProlog(int& semaphoreId);
-void _LibEpilog(const int& semaphoreId);
+void _LibEpilog(int semaphoreId);
 bool ValidateDevIndex(const PhyDeviceRegion& region, uint8_t devIdx);
 bool ValidateHwState(const PhyDeviceRecord& record);
 

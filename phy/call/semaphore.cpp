@@ -14,7 +14,7 @@ constexpr const char* kKeyFile = OB_PHY_KEY_FILE;
 
 }  // namespace
 
-int _InitGlobalSem(int& semaphoreId)
+int _InitGlobalSem()
 {
     const SemaphoreSet set = OpenSemaphoreSet(kKeyFile);
     switch (set.failed) {
@@ -27,12 +27,11 @@ int _InitGlobalSem(int& semaphoreId)
         case SemaphoreStep::kDone:
             break;
     }
-    semaphoreId = set.id;
     process.semaphoreId.Set(set.id);
-    return RC_OK;
+    return set.id;
 }
 
-int _CreateGlobalSem(int& semaphoreId)
+int _CreateGlobalSem()
 {
     const SemaphoreSet set = CreateSemaphoreSet(kKeyFile);
     switch (set.failed) {
@@ -45,13 +44,11 @@ int _CreateGlobalSem(int& semaphoreId)
         case SemaphoreStep::kDone:
             break;
     }
-    semaphoreId = set.id;
     process.semaphoreId.Set(set.id);
-    return RC_OK;
+    return set.id;
 }
 
-// The id by reference: what lies in memory need not be kept for the failure.
-int _System5SemOp(const int& semaphoreId, const sembuf& change)
+int _System5SemOp(int semaphoreId, const sembuf& change)
 {
     if (OperateSemaphore(semaphoreId, change))
         return RC_OK;

@@ -87,8 +87,8 @@ using namespace orblink::phy;
 int ETHPHY_InitOnce(void)
 {
     const NoCancellation uncancelled;
-    int semaphoreId = -1;
-    if (_CreateGlobalSem(semaphoreId) != RC_OK)
+    const int semaphoreId = _CreateGlobalSem();
+    if (semaphoreId < 0)
         return EP_ERROR("_CreateGlobalSem() failed");
     const HeldFromCreation held{semaphoreId};
     EthphyBsd bsd = {};

@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include "common/log.h"
-#include "common/semaphore_set.h"
 #include "common/shared_names.h"
 #include "switch/call/process_state.h"
 
@@ -12,36 +11,21 @@ namespace {
 
 constexpr const char* kKeyFile = OB_SWITCH_KEY_FILE;
 
-constexpr sembuf kTake = {.sem_num = 0, .sem_op = -1, .sem_flg = SEM_UNDO};
-constexpr sembuf kRelease = {.sem_num = 0, .sem_op = +1, .sem_flg = SEM_UNDO};
 // Without SEM_UNDO: the kernel would take this +1 back when the initialising process ends and leave
 // the lock held for ever.
 constexpr sembuf kReleaseForGood = {.sem_num = 0, .sem_op = +1, .sem_flg = 0};
 
-// The id by reference: what lies in memory need not be kept for the failure.
-int _System5SemOp(const int& semaphoreId, const sembuf& change)
+}  // namespace
+
+int _System5SemOp(int semaphoreId)
 {
-    if (OperateSemaphore(semaphoreId, change))
-        return RC_OK;
     const int error = errno;
     if (MeansSetIsGone(error))
         ForgetAttachment(semaphoreId);
     return OB_ERROR("semop() fail, errno=%d", error);
 }
 
-}  // namespace
-
-int _ApiGlobalLock(const int& semaphoreId)
-{
-    return _System5SemOp(semaphoreId, kTake);
-}
-
-int _ApiGlobalUnLock(const int& semaphoreId)
-{
-    return _System5SemOp(semaphoreId, kRelease);
-}
-
-int _InitGlobalSem(int& semaphoreId)
+int _InitGlobalSem()
 {
     const SemaphoreSet set = OpenSemaphoreSet(kKeyFile);
     switch (set.failed) {
@@ -54,12 +38,11 @@ int _InitGlobalSem(int& semaphoreId)
         case SemaphoreStep::kDone:
             break;
     }
-    semaphoreId = set.id;
     process.semaphoreId.Set(set.id);
-    return RC_OK;
+    return set.id;
 }
 
-int _CreateGlobalSem(int& semaphoreId)
+int _CreateGlobalSem()
 {
     const SemaphoreSet set = CreateSemaphoreSet(kKeyFile);
     switch (set.failed) {
@@ -72,11 +55,10 @@ int _CreateGlobalSem(int& semaphoreId)
         case SemaphoreStep::kDone:
             break;
     }
-    semaphoreId = set.id;
     process.semaphoreId.Set(set.id);
     if (_System5SemOp(set.id, kReleaseForGood) != RC_OK)
         return OB_ERROR("_ApiGlobalUnLock() failed");
-    return RC_OK;
+    return set.id;
 }
 
 }  // namespace orblink::sw

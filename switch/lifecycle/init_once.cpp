@@ -94,8 +94,8 @@ using namespace orblink::sw;
 int ORBLINK_InitOnce(uint32_t Arg)
 {
     const NoCancellation uncancelled;
-    int semaphoreId = -1;
-    if (_CreateGlobalSem(semaphoreId) != RC_OK)
+    const int semaphoreId = _CreateGlobalSem();
+    if (semaphoreId < 0)
         return OB_ERROR("_CreateGlobalSem() failed");
     if (_ApiGlobalLock(semaphoreId) != RC_OK)
         return OB_ERROR("_ApiGlobalLock() failed");

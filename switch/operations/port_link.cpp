@@ -8,8 +8,8 @@ namespace {
 
 constexpr const char* kNoValue = "NA";
 
-// Apart: put into each combination of pointers it would be many times as long.
-[[gnu::noinline]] const char* WordFor(const uint32_t* value, const char* ifSet, const char* ifZero)
+// Not in each combination of pointers where the library is to be small: it would be many times as long.
+OB_IN_EACH_CALL const char* WordFor(const uint32_t* value, const char* ifSet, const char* ifZero)
 {
     if (value == nullptr)
         return kNoValue;
