@@ -74,6 +74,12 @@ endif()
 set(orblink_call_path_options
     "$<$<CONFIG:Release>:-O2;-fno-align-functions;-fno-align-jumps;-fno-align-loops;-fno-stack-protector>")
 
+# gcc has -Oz since version 12.
+set(orblink_plain_optimising $<IF:$<BOOL:${ORBLINK_I386}>,-Oz,-O2>)
+if(ORBLINK_I386 AND CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12)
+    set(orblink_plain_optimising -Os)
+endif()
+
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a
 # program or a preloaded library that defines the same name takes them over. Small: what it is made of
@@ -84,7 +90,7 @@ function(orblink_plain_library target map)
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orblink>)
     target_link_libraries(${target} PRIVATE orblink_warnings)
     target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -fno-builtin -fvisibility=hidden -fno-plt
-        -fsemantic-interposition $<$<CONFIG:Release>:$<IF:$<BOOL:${ORBLINK_I386}>,-Oz,-O2>>
+        -fsemantic-interposition $<$<CONFIG:Release>:${orblink_plain_optimising}>
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})

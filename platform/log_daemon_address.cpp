@@ -4,7 +4,8 @@ namespace obplatform {
 
 sockaddr_un LogDaemonAddress()
 {
-    return {AF_UNIX, "/dev/log"};
+    const sockaddr_un address{AF_UNIX, "/dev/log"};
+    return address;
 }
 
 }  // namespace obplatform

@@ -30,7 +30,7 @@ bool Phy::Write(uint8_t reg, uint16_t value)
 bool Phy::SelectMmd(uint8_t mmd, uint16_t reg)
 {
     return Write(kMmdSelect, mmd) && Write(kMmdData, reg) &&
-           Write(kMmdSelect, kMmdDataFunction | mmd);
+           Write(kMmdSelect, static_cast<uint16_t>(kMmdDataFunction | mmd));
 }
 
 bool Phy::ReadAnyMmd(uint8_t mmd, uint16_t reg, uint16_t& value)

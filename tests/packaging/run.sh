@@ -1,8 +1,9 @@
 #!/bin/bash
 # run.sh BUILD_DIR
 # Compares the libraries' interfaces with those recorded; makes the packages of both architectures
-# twice and holds that they are the same bytes and that lintian finds nothing; installs them into a fresh Debian, uses them there as others would, boots it,
-# and removes everything again. What is fetched and made for it is kept in BUILD_DIR/packages.
+# twice and holds that they are the same bytes and that lintian finds nothing; builds the libraries for
+# an older C library; installs the packages into a fresh Debian, uses them there as others would, boots
+# it, and removes everything again. What is fetched and made for it is kept in BUILD_DIR/packages.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 place=$(realpath -m "$1")/packages
@@ -43,6 +44,8 @@ stage "lintian"
 logged lintian lintian --allow-root --fail-on error,warning,info --display-info --info \
     --tag-display-limit 0 "$place"/1/*.changes
 
+stage "an old Debian"
+logged old tests/packaging/old_debian.sh "$place" "$place"/1 "$place/cache"
 stage "a fresh Debian"
 logged fresh tests/packaging/fresh_debian.sh "$place"/1 "$place/cache"
 stage "boot"
