@@ -9,6 +9,7 @@ from pathlib import Path
 FOLDERS = ("board", "common", "hwmbox", "phy", "platform", "switch", "switch_hal_services")
 CALL = re.compile(r"\b(?:(?:OB|EP)_(ERROR|NOTICE|INFO|TRACE)(?:_AS|_AT|_AT_AS|_TWICE)?|(HWMB_PRINT))\(")
 SITE = re.compile(r"^(?:%s[:.]%d:? ?)+")
+DEFINITION_OR_REMARK = re.compile(r"^(?:#define|//).*(?:\\\n.*)*", re.M)
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 
 
@@ -33,8 +34,9 @@ def lines_of(root):
     """{(severity, text): [file:line, ...]}; a call whose format is no literal is an error."""
     found = {}
     for folder in FOLDERS:
-        for path in sorted((Path(root) / folder).rglob("*.cpp")):
-            text = path.read_text(encoding="utf-8")
+        for path in sorted((Path(root) / folder).rglob("*.[ch]*")):
+            text = DEFINITION_OR_REMARK.sub(lambda gone: "\n" * gone[0].count("\n"),
+                                            path.read_text(encoding="utf-8"))
             for call in CALL.finditer(text):
                 format_text = first_argument_text(text, call.end())
                 place = f"{path.relative_to(root)}:{text.count(chr(10), 0, call.start()) + 1}"
