@@ -56,8 +56,12 @@ options_of()
     case $1 in
         # Its programs are there to be met by those of the other ABI.
         release-i386) echo "-DORBLINK_TESTS=CHECKS -DORBLINK_QUICK_PROGRAMS=ON" ;;
-        # Tests that only drive programs: compiled once, run on each build.
-        asan) [ ! -d "$builds/release/tests" ] || echo "-DORBLINK_DRIVERS=$builds/release" ;;
+        # Tests that only drive programs: compiled once, run on each build. Those of the library run
+        # under the sanitizers of the other ABI; of both in the long form.
+        asan)
+            [ ! -d "$builds/release/tests" ] || echo "-DORBLINK_DRIVERS=$builds/release"
+            [ $full = yes ] || [ $only_presets -gt 0 ] || echo "-DORBLINK_TESTS=PROGRAMS"
+            ;;
     esac
 }
 
