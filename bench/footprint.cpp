@@ -134,9 +134,9 @@ size_t StackDepth(const bench::CallClass& one)
     memset(stack, kPaint, sizeof(stack));
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstack(&attributes, stack, sizeof(stack));
     pthread_t thread;
-    if (pthread_create(&thread, &attributes, CallOnPaintedStack,
+    if (pthread_attr_setstack(&attributes, stack, sizeof(stack)) != 0 ||
+        pthread_create(&thread, &attributes, CallOnPaintedStack,
                        const_cast<bench::CallClass*>(&one)) != 0)
         abort();
     pthread_join(thread, nullptr);

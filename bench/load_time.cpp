@@ -30,8 +30,8 @@ int64_t LoadInNewProcess(const char* library)
     const pid_t child = fork();
     if (child == 0) {
         const int64_t start = Now();
-        const bool loaded = dlopen(library, RTLD_NOW) != nullptr;
-        const int64_t taken = loaded ? Now() - start : -1;
+        const void* const loaded = dlopen(library, RTLD_NOW);
+        const int64_t taken = loaded != nullptr ? Now() - start : -1;
         _exit(write(ends[1], &taken, sizeof(taken)) == sizeof(taken) ? 0 : 1);
     }
     close(ends[1]);

@@ -62,7 +62,7 @@ bool FirstCallBare()
     close(open(OB_SWITCH_KEY_FILE, O_RDWR));
     const int lock = semget(ftok(OB_SWITCH_KEY_FILE, OB_KEY_NUMBER), 1, IPC_EXCL | 0777);
     sembuf change = {0, -1, SEM_UNDO};
-    semop(lock, &change, 1);
+    const bool taken = semop(lock, &change, 1) == 0;
     const int fd = shm_open(OB_SWITCH_REGION_NAME, O_RDWR, 0666);
     fcntl(fd, F_SETFD, FD_CLOEXEC);
     struct stat found = {};
@@ -71,9 +71,10 @@ bool FirstCallBare()
         mmap(nullptr, sizeof(SwitchDeviceRegion), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
     const auto* const region = static_cast<const SwitchDeviceRegion*>(at);
     void* const hal = dlopen(BENCH_HAL, RTLD_NOW);
-    const bool ready = at != MAP_FAILED && hal != nullptr &&
+    const bool ready = taken && at != MAP_FAILED && hal != nullptr &&
                        dlsym(hal, "OBHAL_HalFuncs") != nullptr && region->NumOfSwitches == 1;
     change.sem_op = 1;
+    // cppcheck-suppress resourceLeak ; as in the library, it stays
     return semop(lock, &change, 1) == 0 && ready;
 }
 

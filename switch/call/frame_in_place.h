@@ -48,7 +48,7 @@ namespace orblink::sw {
     return {};
 }
 
-// cppcheck-suppress uninitMemberVar ; the prolog sets it, where anybody asks for it
+// cppcheck-suppress uninitMemberVarPrivate ; the prolog sets it, where anybody asks for it
 [[gnu::always_inline]] inline SwitchLock::SwitchLock(InPlace) : region_(_ApiProlog(semaphoreId_)) {}
 
 OB_IN_EACH_CALL SwitchLock::SwitchLock() : SwitchLock(InPlace{}) {}

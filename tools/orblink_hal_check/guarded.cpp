@@ -27,6 +27,7 @@ Guarded::Guarded(const char* slot, size_t size, uint8_t fill, Rights rights)
     : slot_(slot), size_(size), fill_(fill), readable_(WholePages(size))
 {
     void* const memory = mmap(nullptr, readable_ + kPage, PROT_READ | PROT_WRITE,
+                              // cppcheck-suppress invalidFunctionArg ; what is mapped is no file
                               MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) {
         perror("orblink-hal-check: mmap");

@@ -23,9 +23,9 @@ constexpr char kStandardRegisters[] = "0-10";
 
 }  // namespace
 
-Schedule::Schedule(int64_t registerPeriod) : registerPeriod_(registerPeriod)
+Schedule::Schedule(int64_t registerPeriod)
+    : registerPeriod_(registerPeriod), fixed_{Entry{{}, kLinks, 0}}
 {
-    fixed_ = {{{}, kLinks, 0}};
     for (const char* word :
          {"mac", "port", "phy", "switch", "vlan", "mac-vlan", "bridge-mode", "show", "board"})
         fixed_.push_back({{word}, kTables, 0});

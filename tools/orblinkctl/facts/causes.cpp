@@ -23,7 +23,7 @@ std::string Number(uint64_t value)
 
 class Way {
 public:
-    Way(const SwitchDeviceRecord& record, ChipPort from)
+    Way(const SwitchDeviceRecord& record, const ChipPort& from)
         : record_(record), chip_(ViewChip(from.id.device)), from_(from)
     {
     }
