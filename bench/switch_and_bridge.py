@@ -36,7 +36,7 @@ class Board:
     name = "virtual switch"
     interfaces = {"a": "lan1", "b": "lan2"}
 
-    def __init__(self, build, directory):
+    def __init__(self, build, directory, options):
         self.program = os.path.join(build, "bin", "orblink-vboard")
         self.socket = os.path.join(directory, "board.sock")
         board = os.path.join(HERE, "..", "tests", "virtual_board", "cables", "lan.toml")
@@ -46,7 +46,7 @@ class Board:
                  "echo ready; read end"
         self.process = subprocess.Popen(
             [self.program, "run", "--board", board, "--socket", self.socket, "--time-scale",
-             TIME_SCALE, "--", "sh", "-c", script],
+             TIME_SCALE, *options, "--", "sh", "-c", script],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
             env={**os.environ, "PATH": path})
         for line in self.process.stdout:
@@ -202,12 +202,14 @@ def main():
     parser.add_argument("--build", default=os.path.join(HERE, "..", "build", "release"))
     parser.add_argument("--seconds", type=int, default=3, help="of each measurement")
     parser.add_argument("--rounds", type=int, default=3)
+    parser.add_argument("--low-latency", action="store_true", help="as the board's option")
     parser.add_argument("--json", help="file for the figures")
     given = parser.parse_args()
     with tempfile.TemporaryDirectory() as directory:
         sides = []
         try:
-            sides.append(Board(os.path.abspath(given.build), directory))
+            options = ["--low-latency"] if given.low_latency else []
+            sides.append(Board(os.path.abspath(given.build), directory, options))
             sides.append(Bridge())
             rounds = [{side.name: measure(side, given.seconds, directory) for side in sides}
                       for _ in range(given.rounds)]

@@ -104,6 +104,12 @@ void BoardServer::AddCallers(Background& background)
     Add(background);
 }
 
+void BoardServer::Add(AwakeProcessors& processors)
+{
+    awake = &processors;
+    Add(static_cast<Background&>(processors));
+}
+
 void BoardServer::Accept()
 {
     for (;;) {
@@ -277,6 +283,8 @@ bool BoardServer::Round()
     const auto eager = readyCables.empty() ? kNoTime : kEager;
     readyCables.clear();
     const bool woken = !ServeCall() && ServeReady(eager);
+    if (awake != nullptr && !readyCables.empty())
+        awake->FramesPass();
     // One that has nothing to do is not asked: it would cost each frame a system call.
     for (Background* background : backgrounds) {
         const auto wait = background->Wait();

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "virtual_board/board/awake_processors.h"
 #include "virtual_board/board/poller.h"
 #include "virtual_board/board/unique_fd.h"
 #include "virtual_board/board/virtual_board.h"
@@ -26,6 +27,8 @@ public:
     void Add(Background& background);
     // The same of programs whose calls the board answers, at most one.
     void AddCallers(Background& background);
+    // Told of frames; not owned.
+    void Add(AwakeProcessors& processors);
 
     // Serves until stop, called whenever `wakeFd` is readable, says true.
     void Run(int wakeFd, const std::function<bool()>& stop);
@@ -67,6 +70,7 @@ private:
     std::vector<Background*> backgrounds;
     Background* callers = nullptr;
     uint32_t callersNumber = 0;
+    AwakeProcessors* awake = nullptr;
     bool awaitsCall = false;  // and the poller does not
     unsigned callsInARow = 0;
     std::vector<uint32_t> readyCables;

@@ -10,7 +10,8 @@ namespace vboard {
 struct ServeOptions {
     std::string boardFile;
     double timeScale = 1;
-    std::string socketPath;  // empty: one of the board's own
+    bool lowLatency = false;  // see AwakeProcessors
+    std::string socketPath;   // empty: one of the board's own
 };
 
 // 0 once a signal has ended it, 2 for a board file with mistakes, 1 when the board could not be set

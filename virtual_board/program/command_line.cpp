@@ -38,6 +38,14 @@ void RequireVerb(CLI::App& app)
     });
 }
 
+void AddLowLatency(CLI::App& verb, bool& lowLatency)
+{
+    verb.add_flag(
+        "--low-latency", lowLatency,
+        "keep the machine's processors awake while frames pass: quicker round trips, more "
+        "power; root only");
+}
+
 // A range refuses no "nan", which is neither below nor above anything.
 std::string IsFinite(const std::string& word)
 {
@@ -59,6 +67,7 @@ void AddRun(CLI::App& program, Action& action)
     verb->add_option("--socket", options->socketPath, "where the board listens");
     verb->add_option("--ports", options->ports, "tap: the switch ports are TAP interfaces")
         ->check(CLI::IsMember({"tap", "none"}));
+    AddLowLatency(*verb, options->lowLatency);
     verb->add_option("command", options->command, "after --: the command and its arguments")
         ->required();
     verb->final_callback([options, &action] { action = [=] { return RunCommand(*options); }; });
@@ -73,6 +82,7 @@ void AddServe(CLI::App& program, Action& action)
                      "length of every relative sleep on the board: 0.001 = a thousandth")
         ->check(CLI::Range(0.000001, 1000.0) & CLI::Validator(IsFinite, "", ""));
     verb->add_option("--socket", options->socketPath, "where the board listens");
+    AddLowLatency(*verb, options->lowLatency);
     verb->final_callback([options, &action] { action = [=] { return ServeCommand(*options); }; });
 }
 

@@ -9,6 +9,7 @@ namespace vboard {
 struct RunOptions {
     std::string boardFile;
     double timeScale = 1;
+    bool lowLatency = false;         // see AwakeProcessors
     std::string ports;               // "tap" or "none"; empty: as the board file has it
     std::string isolation = "auto";  // or "namespaces", "names", "machine": see Isolation
     std::string socketPath;          // empty: one of the board's own

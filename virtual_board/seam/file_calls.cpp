@@ -64,11 +64,6 @@ std::optional<BoardFile> FileOfCall(const Target& target, bool privateNames)
                     privateNames);
 }
 
-Verdict Outcome(int error)
-{
-    return error != 0 ? Fail(error) : Return(0);
-}
-
 std::string Text(const Reply& reply)
 {
     return {reply.data.begin(), reply.data.end()};

@@ -31,11 +31,6 @@ struct Asked {
     uint32_t index;
 };
 
-Verdict Outcome(int error)
-{
-    return error != 0 ? Fail(error) : Return(0);
-}
-
 template <typename Value>
 Verdict AnswerWith(const Asked& asked, const Value& value)
 {

@@ -44,6 +44,12 @@ inline Verdict Fail(int error)
     return verdict;
 }
 
+// 0, or the error that is not 0.
+inline Verdict Outcome(int error)
+{
+    return error != 0 ? Fail(error) : Return(0);
+}
+
 // Returns a new descriptor of the caller.
 inline Verdict HandIn(UniqueFd descriptor, bool closeOnExec,
                       std::optional<uint32_t> number = std::nullopt)

@@ -38,6 +38,21 @@ TEST(Run, TheBoardGoesBeforeItsProgramsWhereItMay)
     EXPECT_EQ(Printed(outcome), may ? "5\n" : "0\n");
 }
 
+TEST(Run, LowLatencyIsRefusedByNameWhereTheKernelRefusesIt)
+{
+    const bool may = access("/dev/cpu_dma_latency", W_OK) == 0;
+    auto outcome = Shell("$RUN --low-latency --board $BOARDS/no_devices.toml -- sh -c 'exit 42'");
+    EXPECT_EQ(outcome.status, may ? 42 : 1);
+    if (!may)
+        EXPECT_THAT(outcome.output,
+                    HasSubstr("cannot keep processors awake: /dev/cpu_dma_latency"));
+    auto foreign = Shell(
+        "setpriv --reuid 65534 --clear-groups $RUN --low-latency --board "
+        "$BOARDS/no_devices.toml -- true");
+    if (may && geteuid() == 0)
+        EXPECT_THAT(foreign.output, HasSubstr("/dev/cpu_dma_latency: Permission denied"));
+}
+
 TEST(Run, SaysWhyACommandDoesNotStart)
 {
     auto missing = Shell("$RUN --board $BOARDS/no_devices.toml -- /no/such/program");

@@ -1,0 +1,61 @@
+#include "virtual_board/board/awake_processors.h"
+
+#include <fcntl.h>
+#include <sys/timerfd.h>
+
+#include <cstdint>
+#include <utility>
+
+#include "virtual_board/board/system_failure.h"
+
+namespace vboard {
+
+AwakeProcessors::AwakeProcessors(std::string file, std::chrono::milliseconds after)
+    : path{std::move(file)},
+      last{after},
+      timer{timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)}
+{
+    if (!timer)
+        Fail("cannot wait for the end of traffic");
+    if (!Request())
+        Fail("cannot keep processors awake: " + path);
+    request = {};
+}
+
+// The wanted latency in microseconds, as a number in the machine's own form.
+bool AwakeProcessors::Request()
+{
+    constexpr int32_t kNone = 0;
+    request = UniqueFd{open(path.c_str(), O_WRONLY | O_CLOEXEC)};
+    return request && write(request.Get(), &kNone, sizeof kNone) == ssize_t{sizeof kNone};
+}
+
+void AwakeProcessors::LookAgainAfter(std::chrono::nanoseconds time)
+{
+    itimerspec once{};
+    once.it_value.tv_sec = static_cast<time_t>(time.count() / 1'000'000'000);
+    once.it_value.tv_nsec = static_cast<long>(time.count() % 1'000'000'000);
+    // Result dropped: the timer is there, and the time is one.
+    static_cast<void>(timerfd_settime(timer.Get(), 0, &once, nullptr));
+}
+
+void AwakeProcessors::FramesPass()
+{
+    lastFrame = Clock::now();
+    if (!request && Request())
+        LookAgainAfter(last);
+}
+
+void AwakeProcessors::Serve()
+{
+    uint64_t expirations = 0;
+    if (read(timer.Get(), &expirations, sizeof expirations) != ssize_t{sizeof expirations})
+        return;
+    const auto left = lastFrame + last - Clock::now();
+    if (left.count() > 0)
+        LookAgainAfter(left);
+    else
+        request = {};
+}
+
+}  // namespace vboard
