@@ -83,11 +83,11 @@ build_in_root()
     archive=$cache/build-$1-$(printf '%s' "$requirements" | sha256sum | cut -c1-8).tar
     make_root "$archive" "$1" "$requirements"
     unpack_root "$archive" "$root"
-    as_root mkdir "$root/build"
-    tar -C "$work" -c orblink | as_root tar -C "$root/build" --no-same-owner -x
+    as_root mkdir -p "$root$work"
+    tar -C "$work" -c orblink | as_root tar -C "$root$work" --no-same-owner -x
     # What is for all architectures is made here.
-    in_root "$root" sh -c 'cd /build/orblink && dpkg-buildpackage -B -uc -us -jauto'
-    as_root tar -C "$root/build" -c --exclude=./orblink . | tar -C "$work" --no-same-owner -x
+    in_root "$root" sh -c 'cd "$1/orblink" && dpkg-buildpackage -B -uc -us -jauto' - "$work"
+    as_root tar -C "$root$work" -c --exclude=./orblink . | tar -C "$work" --no-same-owner -x
     remove_root "$root"
 }
 

@@ -19,5 +19,5 @@ root=$place/root
 unpack_root "$archive" "$root"
 as_root mkdir "$root/packages" "$root/consumer"
 as_root cp "$packages"/*.deb "$root/packages"
-as_root cp -r tests/packaging/. docs/installing.md "$root/consumer"
+as_root cp -r tests/packaging/. docs/*.md "$root/consumer"
 in_root "$root" sh /consumer/in_fresh_debian.sh

@@ -52,6 +52,7 @@ for unit in orblink-init orblink-config; do
 done
 
 headline "Already initialised is success"
+systemctl daemon-reload
 ends_with 4 orblinkctl init
 systemctl restart orblink-init.service
 systemctl is-active orblink-init.service || fail "not active"
@@ -156,6 +157,19 @@ done
 [ ! -e /dev/shm/obos_orblink_driver ] || fail "RemoveIPC has left the region"
 forget
 ends_with 1 under "RestrictAddressFamilies=AF_INET" orblinkctl --wait 3 init
+
+headline "Options that are left out, and that the virtual board cannot show"
+# It answers before the kernel looks at paths and at namespaces. What a real board would miss is seen
+# at a witness.
+touch /dev/witness
+ends_with 0 under UMask=0007 test -e /dev/witness
+ends_with 1 under PrivateDevices=yes test -e /dev/witness
+for option in PrivateDevices=yes ProtectKernelTunables=yes PrivateNetwork=yes; do
+    forget
+    ends_with 0 under $option orblinkctl init
+    ends_with 0 under $option /usr/libexec/orblink/bring-up
+    ends_with 0 under $option orblinkctl recover
+done
 
 headline "Without the exemption the key files would go"
 rm /usr/lib/tmpfiles.d/orblink.conf

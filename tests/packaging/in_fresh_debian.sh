@@ -29,16 +29,22 @@ state_of_the_system >/tmp/before
 printf 'APT::Get::Assume-Yes "true";\nAPT::Install-Recommends "false";\n' >/tmp/apt.conf
 export APT_CONFIG=/tmp/apt.conf
 
-# documented WORD: the commands in which it stands, of the one block that has it.
+# shown WORD GUIDE: the block of the guide in which the word stands.
+shown()
+{
+    awk -v word="$1" '/^```/ { if (inside && index(text, word)) { print text; exit }
+                               inside = !inside; text = ""; next }
+                      inside { text = text $0 "\n" }' "/consumer/$2" >/tmp/shown
+    [ -s /tmp/shown ] || fail "nothing with $1 is in $2"
+    cat /tmp/shown
+}
+
+# documented WORD [GUIDE]: runs these commands.
 documented()
 {
-    awk -v word="$1" '/^```/ { if (inside && index(text, word)) print text
-                               inside = $0 == "```sh"; text = ""; next }
-                      inside { text = text $0 "\n" }' /consumer/installing.md >/tmp/documented
-    [ -s /tmp/documented ] || fail "no commands with $1 are documented"
-    sed -i 's/\(^\|[^a-z]\)sudo /\1/' /tmp/documented
-    cat /tmp/documented
-    sh -e /tmp/documented
+    shown "$1" "${2:-installing.md}"
+    sed -i 's/\(^\|[^a-z]\)sudo /\1/' /tmp/shown
+    sh -ex /tmp/shown
 }
 
 cd /
@@ -77,8 +83,24 @@ done
 # What was installed for another architecture's programs does not need that architecture's tools.
 [ "$(dpkg-query -W -f '${Architecture}' orblink-tools)" = amd64 ] || fail "tools of another architecture"
 
+unset PKG_CONFIG_LIBDIR
+
+# A HAL, from its template to its report.
+mkdir /tmp/hal
+cd /tmp/hal
+for kind in switch phy; do
+    cp /usr/share/orblink/templates/${kind}_hal.c switch_hal.c
+    documented 'gcc -shared' writing-a-hal.md
+done
+
+# A test bench in Python.
+shown 'import orblink' programs.md >bench.py
+said=$(orblink-vboard run --board /usr/share/orblink/boards/one_switch.toml --time-scale 0.01 -- \
+    sh -c 'orblinkctl init >&2; orblinkctl up 0 >&2; python3 bench.py')
+[ "$said" = "Port(0, 1) up" ] || fail "Python says: $said"
+
 cd /
-rm -rf /tmp/64 /tmp/32
+rm -rf /tmp/64 /tmp/32 /tmp/hal
 documented purge
 # Also what others of this system merely suggest.
 apt-get autoremove -q -y --purge -o APT::AutoRemove::SuggestsImportant=false \

@@ -7,6 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 place=$(realpath -m "$1")/packages
+release=$(realpath -m "$1")/release
 . packaging/debian_root.sh
 mkdir -p "$place"
 
@@ -28,10 +29,12 @@ logged()
 stage "interfaces as recorded"
 logged abi tests/packaging/abi_guard.sh "$place/abi"
 
-stage "building both architectures"
+# As docs/installing.md says, but for the folder.
+documented=$(grep -x 'packaging/build\.sh .* --output packages' docs/installing.md)
+stage "building both architectures, twice"
 for number in 1 2; do
     rm -rf "$place/$number"
-    logged "build-$number" packaging/build.sh --arch all --cache "$place/cache" --output "$place/$number"
+    logged "build-$number" ${documented/%packages/$place\/$number} --cache "$place/cache"
 done
 
 stage "same bytes"
@@ -48,5 +51,9 @@ stage "an old Debian"
 logged old tests/packaging/old_debian.sh "$place" "$place"/1 "$place/cache"
 stage "a fresh Debian"
 logged fresh tests/packaging/fresh_debian.sh "$place"/1 "$place/cache"
+stage "an installation by hand"
+[ -e "$release/bin/orblink-web" ] ||
+    scripts/build.sh release "$release" "$place/release.log" -- installed
+logged by_hand tests/packaging/by_hand.sh "$release" "$place/cache"
 stage "boot"
 logged boot tests/packaging/boot.sh "$place"/1 "$place/cache"
