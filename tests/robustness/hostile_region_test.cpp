@@ -187,13 +187,17 @@ std::string LiveWithChangingReads(Family family, uint32_t seed)
     return result == 0 && count > 2 ? "a count of " + std::to_string(count) : "";
 }
 
+// Milliseconds: each of some hundred thousand instructions costs two signals, and others may have the
+// processor.
+constexpr int kPatience = 120000;
+
 TEST_P(HostileRegion, ThatChangesBetweenAnyTwoReadsCrashesNobody)
 {
     uint32_t seed = 0;
     const auto end = Clock::now() + std::chrono::seconds(Seconds(1));
     for (; Clock::now() < end || seed < 2; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        const Ended ended = InChild([&] { return LiveWithChangingReads(family, seed); });
+        const Ended ended = InChild([&] { return LiveWithChangingReads(family, seed); }, kPatience);
         ASSERT_TRUE(ended.inTime);
         ASSERT_EQ(ended.signal, 0);
         ASSERT_EQ(ended.text, "");
