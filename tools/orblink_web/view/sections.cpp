@@ -129,7 +129,8 @@ std::string CounterSection(const ctl::Model& board, const Traffic& traffic)
         columns.push_back(&counters);
         table.Heading(Escaped(PortName(port)));
         for (const auto& [name, value] : counters.items())
-            if (value != 0 && std::find(names.begin(), names.end(), name) == names.end())
+            if (value != 0 && !value.is_null() &&
+                std::find(names.begin(), names.end(), name) == names.end())
                 names.push_back(name);
     }
     for (const auto& name : names) {

@@ -27,7 +27,7 @@ void DropZeros(Model& counters)
 {
     Model rest = Model::object();
     for (const auto& [name, value] : counters.items())
-        if (value != 0)
+        if (value != 0 && !value.is_null())
             rest[name] = value;
     counters = std::move(rest);
 }
@@ -74,7 +74,7 @@ void PrintAll(const Model& model, std::string& out)
     for (const auto& port : model["ports"])
         for (const auto& [name, value] : port["counters"].items())
             table.Row({PortWord(port["switch"].get<unsigned>(), port["port"].get<unsigned>()),
-                       Text(port["label"]), name, Text(value)});
+                       Text(port["label"]), name, CounterText(value)});
     table.Print(out);
 }
 

@@ -1,7 +1,9 @@
 // The MAC table.
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
 
+#include "hals/linux_switch/linux_switch_hal.h"
 #include "hals/vswitch/vswitch_ioctl.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
@@ -108,12 +110,19 @@ Model FindMac(Call& call)
     return model;
 }
 
-// Only the chip's own commands reach these, and only those of the VS08 are known here.
+// Only the chip's own commands reach these, and of those two HALs alone they are known here.
+static_assert(LINUX_SWITCH_IOCTL_FLUSH_MAC == VSWITCH_IOCTL_FLUSH_MAC);
+static_assert(LINUX_SWITCH_IOCTL_ADD_STATIC_MAC == VSWITCH_IOCTL_ADD_STATIC_MAC);
+static_assert(LINUX_SWITCH_IOCTL_DELETE_MAC == VSWITCH_IOCTL_DELETE_MAC);
+static_assert(sizeof(LinuxSwitchStaticMac) == sizeof(VswitchStaticMac));
+static_assert(offsetof(LinuxSwitchStaticMac, vlanId) == offsetof(VswitchStaticMac, vlanId));
+static_assert(offsetof(LinuxSwitchStaticMac, port) == offsetof(VswitchStaticMac, port));
+
 void RequireOwnCommands(const SwitchDeviceRecord& record, unsigned device)
 {
     if (!IsEnabled(record))
         throw Failure{kUnsupported, DownText(record, device)};
-    if (!IsVs08(record))
+    if (!IsVs08(record) && !IsLinuxSwitch(record))
         throw Failure{kUnsupported, SwitchObject(device) +
                                         ": the commands of its chip are not known: orblinkctl "
                                         "ioctl"};

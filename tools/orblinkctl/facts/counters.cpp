@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "hals/linux_switch/linux_switch_hal.h"
 #include "hals/vswitch/vswitch_hal.h"
 #include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/words.h"
@@ -12,6 +13,7 @@ namespace ctl {
 namespace {
 
 constexpr uint16_t kVs08Id = 0x5608;
+constexpr char kLinuxHal[] = "liborblink_linux.so";
 
 constexpr const char* kNames[] = {
     "etherStatsDropEvents",
@@ -48,6 +50,9 @@ constexpr const char* kNames[] = {
 static_assert(sizeof(VswitchPortCounters) == std::size(kNames) * sizeof(uint64_t));
 static_assert(offsetof(VswitchPortCounters, ifOutDiscards) == 29 * sizeof(uint64_t));
 static_assert(offsetof(VswitchPortCounters, aFramesTransmittedOK) == 18 * sizeof(uint64_t));
+static_assert(sizeof(LinuxSwitchCounters) == sizeof(VswitchPortCounters));
+static_assert(offsetof(LinuxSwitchCounters, ifOutDiscards) == 29 * sizeof(uint64_t));
+static_assert(offsetof(LinuxSwitchCounters, aFramesTransmittedOK) == 18 * sizeof(uint64_t));
 
 // Room for the counters of any HAL.
 using Buffer = std::array<uint8_t, 8192>;
@@ -71,6 +76,11 @@ bool IsVs08(const SwitchDeviceRecord& record)
     return record.capsValid != 0 && (bytes.chipId[0] | bytes.chipId[1] << 8) == kVs08Id;
 }
 
+bool IsLinuxSwitch(const SwitchDeviceRecord& record)
+{
+    return std::strncmp(record.board.halLibName, kLinuxHal, OB_HAL_NAME_SIZE) == 0;
+}
+
 Model PortCounters(const SwitchDeviceRecord& record, PortId port)
 {
     Buffer buffer{};
@@ -78,13 +88,14 @@ Model PortCounters(const SwitchDeviceRecord& record, PortId port)
     Check(ORBLINK_GetPortCounters(static_cast<uint8_t>(port.device),
                                   static_cast<uint8_t>(port.port), buffer.data()),
           PortObject(port), "ORBLINK_GetPortCounters");
-    if (!IsVs08(record))
+    const bool isLinux = IsLinuxSwitch(record);
+    if (!isLinux && !IsVs08(record))
         return Raw(buffer);
     Model model;
     for (size_t i = 0; i < std::size(kNames); ++i) {
         uint64_t value = 0;
         std::memcpy(&value, buffer.data() + i * sizeof value, sizeof value);
-        model[kNames[i]] = value;
+        model[kNames[i]] = isLinux && value == LINUX_SWITCH_UNKNOWN ? Model() : Model(value);
     }
     return model;
 }

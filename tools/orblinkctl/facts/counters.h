@@ -6,10 +6,12 @@
 
 namespace ctl {
 
-// An object of counters by name; of a HAL with a layout of its own {"raw": bytes as hexadecimal}.
+// An object of counters by name, null for one that nobody counts; of a HAL with a layout of its own
+// {"raw": bytes as hexadecimal}.
 Model PortCounters(const SwitchDeviceRecord& record, PortId port);
 
-// Whether the switch is one whose private formats this program knows.
+// Switches whose private formats this program knows: the VS08, and what Linux drives.
 bool IsVs08(const SwitchDeviceRecord& record);
+bool IsLinuxSwitch(const SwitchDeviceRecord& record);
 
 }  // namespace ctl

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <vector>
 
+#include "hals/linux_switch/linux_switch_hal.h"
 #include "hals/vswitch/vswitch_hal.h"
 #include "tools/orblinkctl/facts/counters.h"
 #include "tools/orblinkctl/facts/json.h"
@@ -21,23 +22,30 @@ uint32_t Collect(MacEntry* entry)
     return 1;
 }
 
-}  // namespace
-
-Model MacEntryModel(const SwitchDeviceRecord& record, unsigned device, const MacEntry& entry)
+template <typename Known>
+void AddKnown(Model& model, const MacEntry& entry)
 {
-    Model model;
-    model["switch"] = device;
-    if (!IsVs08(record)) {
-        model["raw"] = BytesWord(entry.data, sizeof entry.data);
-        return model;
-    }
-    VswitchMacEntry known;
+    Known known;
     std::memcpy(&known, &entry, sizeof known);
     model["port"] = known.port;
     model["mac"] = MacWord(known.mac);
     model["vlan"] = known.vlanId;
     model["static"] = known.isStatic != 0;
     model["age_seconds"] = known.isStatic != 0 ? Model() : Model(known.ageSeconds);
+}
+
+}  // namespace
+
+Model MacEntryModel(const SwitchDeviceRecord& record, unsigned device, const MacEntry& entry)
+{
+    Model model;
+    model["switch"] = device;
+    if (IsVs08(record))
+        AddKnown<VswitchMacEntry>(model, entry);
+    else if (IsLinuxSwitch(record))
+        AddKnown<LinuxSwitchMacEntry>(model, entry);
+    else
+        model["raw"] = BytesWord(entry.data, sizeof entry.data);
     return model;
 }
 

@@ -36,10 +36,15 @@ Model Counters(const SwitchDeviceRecord& record, PortId id)
     }
 }
 
+bool HasBoth(const Model& before, const Model& after, const char* counter)
+{
+    return before.is_object() && after.is_object() && before.contains(counter) &&
+           after.contains(counter) && before[counter].is_number() && after[counter].is_number();
+}
+
 Model OneRate(const Model& before, const Model& after, const char* counter, double seconds)
 {
-    if (!before.is_object() || !after.is_object() || !before.contains(counter) ||
-        !after.contains(counter) || seconds <= 0)
+    if (!HasBoth(before, after, counter) || seconds <= 0)
         return nullptr;
     const auto first = before[counter].get<uint64_t>();
     const auto last = after[counter].get<uint64_t>();
@@ -53,8 +58,7 @@ Model OneRate(const Model& before, const Model& after, const char* counter, doub
 bool WentBack(const Model& before, const Model& after)
 {
     for (const auto& rate : kRates)
-        if (before.is_object() && after.is_object() && before.contains(rate.counter) &&
-            after.contains(rate.counter) &&
+        if (HasBoth(before, after, rate.counter) &&
             after[rate.counter].get<uint64_t>() < before[rate.counter].get<uint64_t>())
             return true;
     return false;

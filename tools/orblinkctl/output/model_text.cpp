@@ -134,13 +134,18 @@ void PrintChanges(const Model& model, std::string& out)
     }
 }
 
+std::string CounterText(const Model& value)
+{
+    return value.is_null() ? "unknown" : Text(value);
+}
+
 void PrintCounters(const Model& model, std::string& out)
 {
     for (const auto& [key, list] : model.items()) {
         for (const auto& object : list) {
             Table table({"COUNTER", "VALUE"});
             for (const auto& [name, value] : object["counters"].items())
-                table.Row({name, Text(value)});
+                table.Row({name, CounterText(value)});
             table.Print(out);
         }
     }

@@ -14,6 +14,8 @@ void PrintNothing(const Model& model, std::string& out);
 // The "changes" of a setter.
 void PrintChanges(const Model& model, std::string& out);
 
+// "unknown" for one that nobody counts.
+std::string CounterText(const Model& value);
 // The one port or PHY of a model, a counter on each line.
 void PrintCounters(const Model& model, std::string& out);
 

@@ -55,6 +55,20 @@ TEST(Rates, AreUnknownForTheWholePortWhenOneCounterWentBack)
     EXPECT_TRUE(rates[0]["receive_frames_per_second"].is_null());
 }
 
+TEST(Rates, AreUnknownForACounterThatNobodyKeeps)
+{
+    Model first = Counters(100, 10);
+    Model last = Counters(600, 12);
+    last["etherStatsOctets"] = first["etherStatsOctets"] = nullptr;
+    first["aFramesTransmittedOK"] = nullptr;
+    const Model rates = Rates(At(1000, first), At(1500, last));
+    EXPECT_TRUE(rates[0]["receive_bytes_per_second"].is_null());
+    EXPECT_TRUE(rates[0]["transmit_frames_per_second"].is_null());
+    EXPECT_EQ(rates[0]["receive_frames_per_second"], 4);
+    EXPECT_EQ(CounterRates(At(1000, first), At(1500, last), 0)["etherStatsPkts"], 4);
+    EXPECT_FALSE(CounterRates(At(1000, first), At(1500, last), 0).contains("etherStatsOctets"));
+}
+
 TEST(Rates, ComeBackWithTheNextSample)
 {
     const Model rates = Rates(At(2000, Counters(70, 1)), At(3000, Counters(170, 3)));
