@@ -7,7 +7,7 @@
 set -euo pipefail
 build=$(realpath "$1")
 logs=$2
-selection=(-E '^LinuxSwitch(Faults)?[.]')
+selection=(-E "LinuxSwitch(Faults)?[.]|/Linux\$")
 for option in "${@:3}"; do
     case $option in
         --short) selection+=(-I 1,,10) ;;

@@ -79,7 +79,7 @@ bool EnterOwnNetwork()
 
 int RunShell(const std::string& command, std::string& output)
 {
-    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+    FILE* pipe = popen(("exec 2>&1\n" + command).c_str(), "r");
     std::array<char, 4096> buffer;
     for (size_t got; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
         output.append(buffer.data(), got);
@@ -96,14 +96,14 @@ void LinuxSwitch::SetUp()
     setenv("ORBLINK_LINUX_SWITCH", directory.c_str(), 1);
     if (!EnterOwnNetwork())
         GTEST_SKIP() << "network namespaces are not allowed here";
-    if (!Try("ip link add lan1 type veth peer name host1"))
-        GTEST_SKIP() << "veth interfaces are not allowed here";
-    for (int port = 2; port <= kLanPorts; ++port) {
+    std::string cables;
+    for (int port = 1; port <= kLanPorts; ++port) {
         const std::string number = std::to_string(port);
-        Sh("ip link add lan" + number + " type veth peer name host" + number);
+        cables += "link add lan" + number + " type veth peer name host" + number + "\n";
+        cables += "link set host" + number + " up\n";
     }
-    for (int port = 1; port <= kLanPorts; ++port)
-        Sh("ip link set host" + std::to_string(port) + " up");
+    if (!Try("ip -batch - <<END\n" + cables + "END"))
+        GTEST_SKIP() << "veth interfaces are not allowed here";
     WriteMapping(
         "bridge = \"br0\"\n"
         "cpu_port = 0\n"
@@ -129,18 +129,6 @@ void LinuxSwitch::BringUp()
     ASSERT_EQ(Hal().ResetSwitch(0, nullptr, 0), 0) << ::testing::PrintToString(log);
 }
 
-bool LinuxSwitch::HasFilters()
-{
-    return Try("ip link add probe type dummy || ip link add probe type veth peer name eborp") &&
-           Try("tc qdisc add dev probe clsact") &&
-           Try("tc filter add dev probe ingress prio 1 flower src_mac 02:00:00:00:00:01 "
-               "action vlan push id 5") &&
-           Try("tc filter add dev probe egress prio 2 matchall "
-               "action mirred egress mirror dev lan1") &&
-           Try("tc filter add dev probe egress prio 3 flower indev lan1 action drop") &&
-           Try("ip link delete probe");
-}
-
 std::string LinuxSwitch::Sh(const std::string& command)
 {
     std::string output;
@@ -163,13 +151,16 @@ nlohmann::json LinuxSwitch::Json(const std::string& command)
 
 std::string LinuxSwitch::KernelState()
 {
-    const std::string shown = Sh("ip -d link; bridge vlan; tc qdisc");
-    std::string state = std::regex_replace(shown, std::regex("[a-z_]+_timer +[0-9.]+"), "");
-    if (state.find("clsact") == std::string::npos)
-        return state;
-    return state + Sh("for i in lan1 lan2 lan3 br0; do\n"
-                      "tc filter show dev $i ingress; tc filter show dev $i egress\n"
-                      "done 2>/dev/null; true");
+    std::string shows = "qdisc show\n";
+    for (const char* interface : {"lan1", "lan2", "lan3", "br0"})
+        for (const char* hook : {" ingress", " egress"})
+            shows += std::string("filter show dev ") + interface + hook + "\n";
+    // Where there is no hook, or no interface, there are no filters.
+    const std::string shown =
+        Sh("ip -d link; bridge vlan\n"
+           "tc -force -batch - 2>/dev/null <<END || true\n" +
+           shows + "END");
+    return std::regex_replace(shown, std::regex("[a-z_]+_timer +[0-9.]+"), "");
 }
 
 std::string LinuxSwitch::Vlans(const std::string& interface)

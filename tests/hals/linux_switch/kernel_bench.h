@@ -10,6 +10,7 @@
 
 #include "hals/linux_switch/linux_switch_hal.h"
 #include "switch/orblink_hal.h"
+#include "tests/support/kernel_parts.h"
 
 class LinuxSwitch : public ::testing::Test {
 public:
@@ -32,9 +33,6 @@ protected:
     int Init() { return OBHAL_HalFuncs.Init(privateData + 1); }
     // Init and ResetSwitch, which must succeed.
     void BringUp();
-    // For what not every kernel has.
-    bool HasVlans() { return Try("ip link set br0 type bridge vlan_filtering 1"); }
-    bool HasFilters();
 
     // A command of the shell, which must succeed; its output.
     std::string Sh(const std::string& command);
@@ -56,9 +54,10 @@ inline const struct OBHAL_HalFuncs& Hal()
     return OBHAL_HalFuncs;
 }
 
-#define SKIP_WITHOUT_VLANS() \
-    if (!HasVlans())         \
+// For what not every kernel has.
+#define SKIP_WITHOUT_VLANS()            \
+    if (!support::KernelFiltersVlans()) \
     GTEST_SKIP() << "this kernel's bridge has no VLAN filtering"
-#define SKIP_WITHOUT_FILTERS() \
-    if (!HasFilters())         \
+#define SKIP_WITHOUT_FILTERS()        \
+    if (!support::KernelHasFilters()) \
     GTEST_SKIP() << "this kernel lacks flower, matchall or the actions"

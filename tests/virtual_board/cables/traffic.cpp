@@ -67,9 +67,15 @@ std::string WhyNot()
     return kReasons[WEXITSTATUS(status)];
 }
 
+void Traffic::UseLinux()
+{
+    onLinux = true;
+    timeScale = "0.2";
+}
+
 void Traffic::SetUp()
 {
-    const std::string reason = WhyNot();
+    const std::string reason = onLinux ? "" : WhyNot();
     if (!reason.empty())
         GTEST_SKIP() << reason;
     std::string name = "/tmp/traffic-test.XXXXXX";
@@ -85,12 +91,20 @@ void Traffic::TearDown()
 std::string Traffic::Run(const std::string& script)
 {
     const std::string bin = std::string(std::getenv("ORBLINK_BUILD")) + "/bin";
+    const std::string hosts = onLinux ? "hosts_linux.sh" : "hosts_virtual.sh";
     std::ofstream(Path("script")) << "PATH=" << bin << ":$PATH\nS=" << directory
+                                  << "\n. " ORBLINK_LAN "/" << hosts
                                   << "\n. " ORBLINK_LAN "/traffic.sh\n"
                                   << script;
-    const std::string line =
-        bin + "/orblink-vboard run --board " ORBLINK_LAN "/lan.toml --time-scale 0.05 -- sh " +
-        Path("script") + " >" + Path("out") + " 2>" + Path("err");
+    const std::string board = onLinux ? "lan_linux.toml" : "lan.toml";
+    // A switch of the kernel is made in a network of its own.
+    const std::string network =
+        onLinux ? std::string("ORBLINK_LINUX_SWITCH=" ORBLINK_LAN "/linux_mapping unshare ") +
+                      (geteuid() == 0 ? "-n " : "-rn ")
+                : "";
+    const std::string line = network + bin + "/orblink-vboard run --board " ORBLINK_LAN "/" +
+                             board + " --time-scale " + timeScale + " -- sh " + Path("script") +
+                             " >" + Path("out") + " 2>" + Path("err");
     const int status = std::system(line.c_str());
     EXPECT_EQ(status, 0) << ReadFile(Path("out")) << ReadFile(Path("err"));
     return ReadFile(Path("out"));

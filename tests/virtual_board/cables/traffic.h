@@ -21,9 +21,13 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
+    // The hosts are at the kernel's own switch, not at a virtual one. Waits are real ones there, a
+    // fifth as long as they say.
+    void UseLinux();
     // Runs the script on the board of lan.toml with its switch brought up. It knows:
     //   ctl WORD...           orblinkctl, silently
     //   on HOST COMMAND...    runs a command on a host
+    //   $(at HOST) COMMAND... runs it as well, and may do so in the background
     //   send HOST HEX [N]     sends a raw frame from a host
     //   hear HOST, heard HOST begin and end a capture of what arrives at a host
     //   reach HOST ADDRESS    "yes" or "no": whether a ping is answered
@@ -35,6 +39,10 @@ protected:
     std::string Path(const std::string& file) const { return directory + "/" + file; }
 
     std::string directory;
+    std::string timeScale = "0.05";
+
+private:
+    bool onLinux = false;
 };
 
 // As a script writes them: "ffffffffffff" + source + tags + the test's type and some data.
