@@ -125,6 +125,8 @@ int Netlink::Exchange(Request& request, Taker take, void* taker)
     reason[0] = '\0';
     if (fd < 0)
         return EBADF;
+    if (silent)
+        return ETIMEDOUT;
     if (!request.Valid())
         return EMSGSIZE;
     nlmsghdr& header = *request.Message();
@@ -146,8 +148,9 @@ int Netlink::Receive(uint32_t sequence, Taker take, void* taker)
         const ssize_t got = recv(fd, buffer, sizeof buffer, MSG_TRUNC);
         if (got < 0 && errno == EINTR)
             continue;
+        silent = got < 0 && errno == EAGAIN;
         if (got < 0)
-            return errno == EAGAIN ? ETIMEDOUT : errno;
+            return silent ? ETIMEDOUT : errno;
         if (static_cast<size_t>(got) > sizeof buffer)
             return EMSGSIZE;
         size_t left = static_cast<size_t>(got);

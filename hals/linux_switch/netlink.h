@@ -2,6 +2,7 @@
 // closed within one, so that neither a fork nor a change of the network namespace meets an old one.
 #pragma once
 
+#include <errno.h>
 #include <linux/netlink.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -115,7 +116,8 @@ public:
     Netlink(const Netlink&) = delete;
     Netlink& operator=(const Netlink&) = delete;
 
-    // Each of these gives 0 or an error number. A kernel that does not answer ends with ETIMEDOUT.
+    // Each of these gives 0 or an error number. A kernel that does not answer ends with ETIMEDOUT,
+    // and is asked nothing more: the caller is waiting, and the library's lock is held.
     int Do(Request& request) { return Exchange(request, nullptr, nullptr); }
 
     template <typename Take>
@@ -127,7 +129,7 @@ public:
     }
 
     // Asks for a list. One that changed meanwhile is asked for again: again() takes back what has
-    // been taken.
+    // been taken. EAGAIN: it has changed each time.
     template <typename Take, typename Again>
     int Dump(Request& request, Take take, Again again)
     {
@@ -136,7 +138,7 @@ public:
             again();
             error = Ask(request, take);
         }
-        return error;
+        return error == kChangedMeanwhile ? EAGAIN : error;
     }
 
     // The kernel's own words about the last failure, or nothing.
@@ -154,6 +156,7 @@ private:
     void KeepReason(const nlmsghdr& message, size_t size);
 
     int fd;
+    bool silent = false;
     uint32_t lastSequence = 0;
     char reason[96] = {};
 };

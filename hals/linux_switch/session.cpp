@@ -25,6 +25,8 @@ const char* WordsFor(int error)
             return "this kernel lacks a part of it";
         case EBUSY:
             return "it belongs to something else";
+        case EAGAIN:
+            return "it has changed each time it was read";
         case ETIMEDOUT:
             return "the kernel has not answered";
         case EINVAL:

@@ -7,6 +7,14 @@ namespace {
 
 constexpr uint8_t kStation[6] = {2, 0, 0, 0, 0, 0xF1};
 
+int stations = 0;
+
+uint32_t CountStation(MacEntry* entry)
+{
+    stations += entry->data[5] == 0x11 ? 1 : 0;
+    return 1;
+}
+
 }  // namespace
 
 class LinuxSwitchFaults : public LinuxSwitch {
@@ -34,6 +42,44 @@ protected:
         FAIL() << "the slot does not come to an end";
     }
 };
+
+TEST_F(LinuxSwitchFaults, AListThatChangesWhileItIsReadIsReadAgain)
+{
+    BringUp();
+    Sh("bridge fdb add 02:00:00:00:00:11 dev lan1 master static");
+    interruptedLists = 2;
+    stations = 0;
+    EXPECT_EQ(Hal().ForEachMacEntry(0, CountStation, nullptr), 0);
+    EXPECT_EQ(interruptedLists, 0);
+    EXPECT_EQ(stations, 1);
+    interruptedLists = 100;
+    EXPECT_NE(Hal().ForEachMacEntry(0, CountStation, nullptr), 0);
+    EXPECT_EQ(interruptedLists, 95);
+    EXPECT_EQ(stations, 1);
+    EXPECT_THAT(log, ::testing::ElementsAre("Cannot read the MAC table of br0, DevIdx=0: it has "
+                                            "changed each time it was read, errno=11"));
+}
+
+TEST_F(LinuxSwitchFaults, AKernelThatDoesNotAnswerIsWaitedForOnce)
+{
+    BringUp();
+    int silent = 0;
+    do {
+        log.clear();
+        requests = waitsInVain = 0;
+        silentFrom = ++silent;
+        Hal().SetMtuSize(0, silent % 2 != 0 ? 1018 : 1518);
+        silentFrom = 0;
+        if (requests < silent)
+            break;
+        ASSERT_EQ(waitsInVain, 1) << "request " << silent;
+        ASSERT_EQ(log.size(), 1u);
+        ASSERT_THAT(log[0], ::testing::HasSubstr("the kernel has not answered, errno=110"));
+    } while (silent < 100);
+    EXPECT_GT(silent, 5);
+    EXPECT_LT(silent, 100);
+    EXPECT_TRUE(log.empty());
+}
 
 TEST_F(LinuxSwitchFaults, OfAFirstReset)
 {

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <dlfcn.h>
 #include <linux/if_packet.h>
+#include <linux/netlink.h>
 #include <net/if.h>
 #include <sched.h>
 #include <sys/socket.h>
@@ -52,7 +53,27 @@ extern "C" ssize_t send(int fd, const void* bytes, size_t size, int flags)
         errno = ENOBUFS;
         return -1;
     }
+    if (test.silentFrom != 0 && test.requests >= test.silentFrom)
+        return static_cast<ssize_t>(size);
     return next(fd, bytes, size, flags);
+}
+
+extern "C" ssize_t recv(int fd, void* bytes, size_t size, int flags)
+{
+    using Recv = ssize_t (*)(int, void*, size_t, int);
+    static const Recv next = reinterpret_cast<Recv>(dlsym(RTLD_NEXT, "recv"));
+    LinuxSwitch& test = *LinuxSwitch::current;
+    const ssize_t got = next(fd, bytes, size, flags);
+    if (got < 0 && errno == EAGAIN)
+        ++test.waitsInVain;
+    int left = static_cast<int>(got);
+    for (auto* at = static_cast<nlmsghdr*>(bytes); NLMSG_OK(at, left); at = NLMSG_NEXT(at, left)) {
+        if (at->nlmsg_type == NLMSG_DONE && test.interruptedLists > 0) {
+            --test.interruptedLists;
+            at->nlmsg_flags |= NLM_F_DUMP_INTR;
+        }
+    }
+    return got;
 }
 
 namespace {

@@ -23,6 +23,9 @@ public:
     int internalPort = kCpuPort;
     int failAt = 0;  // the request to the kernel that is not sent, counted from 1; 0: none
     int requests = 0;
+    int silentFrom = 0;        // the first request that the kernel does not answer; 0: none
+    int waitsInVain = 0;       // for an answer
+    int interruptedLists = 0;  // how many of the next lists have changed while they were read
     uint8_t privateData[1 + OB_HAL_PRIV_DATA_SIZE + 1] = {};  // from byte 1 on, as in the region
 
 protected:
