@@ -15,7 +15,7 @@ as_root()
     if [ "$(id -u)" -eq 0 ]; then
         "$@"
     else
-        mmdebstrap --unshare-helper "$@"
+        unshare --map-root-user --map-auto "$@"
     fi
 }
 

@@ -67,6 +67,10 @@ for bits in 64 32; do
     g++ $strict -x c++ /consumer/consumer.c -x none $(pkg-config --cflags --libs orblink) \
         -o with_pkg_config_cxx
     gcc $strict -shared -fPIC /consumer/hal.c $(pkg-config --cflags --libs orblink-hal) -o hal.so
+    shown 'int main(void)' programs.md >shown.c
+    gcc $strict shown.c $(pkg-config --cflags --libs orblink) -o shown_c
+    shown '"orblink.hpp"' programs.md >shown.cpp
+    g++ -std=c++20 $strict shown.cpp $(pkg-config --cflags --libs orblink) -o shown_cxx
     CFLAGS=-m$bits CXXFLAGS=-m$bits cmake -G Ninja -S /consumer/project -B project
     cmake --build project
     grep -q "/usr/lib/$triplet/cmake/OrbLink" project/CMakeCache.txt || fail "another OrbLink was found"
@@ -78,6 +82,9 @@ for bits in 64 32; do
     said=$(orblink-vboard run --board /usr/share/orblink/boards/phy.toml -- sh -c \
         "orblinkctl init >&2; for program in $programs; do \$program; done")
     [ "$(echo $said)" = "1, 2 1, 2 1, 2 1, 2" ] || fail "$bits-bit programs say: $said"
+    said=$(orblink-vboard run --board /usr/share/orblink/boards/one_switch.toml --time-scale 0.01 -- \
+        sh -c 'orblinkctl init >&2; orblinkctl up 0 >&2; ./shown_c; ./shown_cxx')
+    [ "$(echo $said)" = "up up at 1 Gb/s" ] || fail "$bits-bit programs of the guide say: $said"
 done
 
 # What was installed for another architecture's programs does not need that architecture's tools.
