@@ -8,7 +8,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <initializer_list>
 
 #include "common/shared_names.h"
@@ -60,12 +59,12 @@ ReadyBoard::ReadyBoard()
     record.configValid = 1;
     record.config.state = OB_STATE_ENABLED;
     record.bsdValid = 1;
-    strcpy(record.board.halLibName, kHalLibrary);
+    snprintf(record.board.halLibName, sizeof(record.board.halLibName), "%s", kHalLibrary);
     switches_->NumOfSwitches = 1;
     PhyDeviceRecord& phy = phys_->phy[kPhy];
     phy.config.hwState = EP_HW_STATE_ENABLED;
     phy.bsdValid = 1;
-    strcpy(phy.board.halLibName, kHalLibrary);
+    snprintf(phy.board.halLibName, sizeof(phy.board.halLibName), "%s", kHalLibrary);
     phys_->NumOfPhys = 1;
 }
 

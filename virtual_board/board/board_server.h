@@ -22,6 +22,8 @@ public:
     // Listens at the path, which goes with the server. Throws std::system_error.
     BoardServer(VirtualBoard& served, std::string socketPath);
     ~BoardServer();
+    BoardServer(const BoardServer&) = delete;
+    BoardServer& operator=(const BoardServer&) = delete;
 
     // Something else to serve in the same loop; not owned.
     void Add(Background& background);

@@ -11,6 +11,8 @@ class UniqueFd {
 public:
     UniqueFd() = default;
     explicit UniqueFd(int owned) : fd{owned} {}
+    UniqueFd(const UniqueFd&) = delete;
+    UniqueFd& operator=(const UniqueFd&) = delete;
     UniqueFd(UniqueFd&& other) noexcept : fd{std::exchange(other.fd, -1)} {}
     UniqueFd& operator=(UniqueFd&& other) noexcept
     {

@@ -21,6 +21,8 @@ public:
     // Makes the interfaces and namespaces of every VS08 on the board. Throws std::system_error.
     Lans(const BoardDescription& spec, const std::vector<Device>& devices, const BoardClock& clock);
     ~Lans() override;
+    Lans(const Lans&) = delete;
+    Lans& operator=(const Lans&) = delete;
 
     void Watch(Poller& poller, uint32_t kind) override;
     std::optional<std::chrono::nanoseconds> Wait() const override;

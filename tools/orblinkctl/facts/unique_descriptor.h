@@ -12,6 +12,8 @@ public:
     UniqueDescriptor() = default;
     explicit UniqueDescriptor(int descriptor) : descriptor_(descriptor) {}
     ~UniqueDescriptor() { Close(); }
+    UniqueDescriptor(const UniqueDescriptor&) = delete;
+    UniqueDescriptor& operator=(const UniqueDescriptor&) = delete;
     UniqueDescriptor(UniqueDescriptor&& other) noexcept
         : descriptor_(std::exchange(other.descriptor_, -1))
     {
