@@ -52,15 +52,18 @@ work=$(mktemp -d)
 root=$work/root
 trap '[ ! -d "$root" ] || remove_root "$root"; rm -rf "$work"' EXIT
 
-# The files of a checkout, or all of a tree that is none; no build folders.
+# The files of a checkout, or all of a tree that is none; no build folders. As old as the entry of the
+# changelog: files go into packages with their times, and a checkout has others.
 copy_tree()
 {
+    local time
+    time=--mtime=@$(dpkg-parsechangelog -S Timestamp)
     mkdir -p "$1"
     if git rev-parse --git-dir >/dev/null 2>&1; then
         git ls-files -z --cached --others --exclude-standard | xargs -0 ls -d 2>/dev/null |
-            tar -c -T - | tar -C "$1" -x
+            tar -c "$time" -T - | tar -C "$1" -x
     else
-        tar -c --exclude=./build --exclude=./.git . | tar -C "$1" -x
+        tar -c "$time" --exclude=./build --exclude=./.git . | tar -C "$1" -x
     fi
 }
 
