@@ -29,6 +29,7 @@ failed=0
 "$bin/orblink-vboard" run --board tools/demo_board.toml -- \
     tools/demo_steps.sh "$bin" "$builds/release-i386/bin" || failed=1
 tools/demo_two_hosts.sh "$bin" || failed=1
+tools/demo_linux_switch.sh "$bin" || failed=1
 
 echo
 if [ $failed -ne 0 ]; then

@@ -1,6 +1,8 @@
 #!/bin/sh
-# Run inside the virtual board of demo_hosts.toml by demo_two_hosts.sh: what a VLAN does to two hosts. The exit code is not 0 when something went wrong.
+# Run on the board of demo_two_hosts.sh or demo_linux_switch.sh: what a VLAN does to two hosts. ALICE is
+# what a command on the first begins with. The exit code is not 0 when something went wrong.
 set -u
+alice=${ALICE:-orblink-vboard exec alice --}
 failures=0
 
 complain() {
@@ -14,8 +16,8 @@ run() {
 }
 
 ping_bob() {
-    echo "\$ orblink-vboard exec alice -- ping -c 2 -W 1 10.0.0.2"
-    orblink-vboard exec alice -- ping -c 2 -i 0.2 -W 1 10.0.0.2
+    echo "\$ $alice ping -c 2 -W 1 10.0.0.2"
+    $alice ping -c 2 -i 0.2 -W 1 10.0.0.2
 }
 
 answered() {

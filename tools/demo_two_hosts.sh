@@ -1,5 +1,5 @@
 #!/bin/sh
-# The last step of demo.sh: two hosts on a board of their own. Argument: directory of the programs.
+# A step of demo.sh: two hosts on a board of their own. Argument: directory of the programs.
 set -u
 PATH=$1:$PATH
 tools=$(dirname "$0")
