@@ -3,7 +3,8 @@
 # Installs what is missing, builds for both ABIs with gcc and clang, runs every test, runs a part of
 # them as a plain container would, checks the form of the sources, prints the library's coverage.
 #   --full           also the long checks: analysis of the whole tree, branch coverage, robustness,
-#                    the page in a browser, packages, all tests as in a plain container
+#                    the page in a browser, packages, all tests as in a plain container, a virtual
+#                    machine with Debian's own kernel
 #   --build-dir DIR  where to build instead of build/
 #   PRESET...        only these builds and their tests
 set -euo pipefail
@@ -22,11 +23,11 @@ while [ $# -gt 0 ]; do
     case $1 in
         --full) full=yes ;;
         --build-dir)
-            [ $# -gt 1 ] || { sed -n '2,9s/^# //p' "$0" >&2; exit 2; }
+            [ $# -gt 1 ] || { sed -n '2,10s/^# //p' "$0" >&2; exit 2; }
             builds=$(realpath -m "$2")
             shift
             ;;
-        -*) sed -n '2,9s/^# //p' "$0" >&2; exit 2 ;;
+        -*) sed -n '2,10s/^# //p' "$0" >&2; exit 2 ;;
         *) break ;;
     esac
     shift
@@ -85,7 +86,7 @@ library_coverage()
 }
 
 stage "packages"
-logged "$builds/packages.log" scripts/install-packages.sh $([ $full = no ] || echo --browser --packaging)
+logged "$builds/packages.log" scripts/install-packages.sh $([ $full = no ] || echo --browser --packaging --vm)
 
 if [ $only_presets -eq 0 ]; then
     stage "form of sources and commits"
@@ -144,6 +145,8 @@ if [ $full = yes ]; then
     library_coverage "$builds/coverage" --fail-under-branch "$minimum_branch_coverage"
     stage "the page in a browser"
     tests/tools/orblink_web/browser/run.sh "$builds/release"
+    stage "virtual machine"
+    tests/vm/run.sh --i386 "$builds/release-i386" "$builds/release" "$builds/vm"
     stage "packages in a fresh Debian"
     tests/packaging/run.sh "$builds"
     stage "robustness"

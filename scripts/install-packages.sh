@@ -52,7 +52,7 @@ packages="
 for option in "$@"; do
     case $option in
         --browser) packages="$packages chromium fonts-dejavu-core python3-websocket" ;;
-        --vm) packages="$packages busybox-static cpio qemu-system-x86" ;;
+        --vm) packages="$packages busybox-static cpio qemu-system-x86 systemd" ;;
         --packaging)
             packages="$packages abigail-tools arch-test debhelper dh-python lintian mmdebstrap systemd-container uidmap"
             ;;

@@ -1,13 +1,16 @@
 #!/bin/bash
 # boot.sh [--seconds N] DIRECTORY COMMAND...
-# Runs a command as root under Debian's own kernel in a virtual machine, and ends with its status.
-# DIRECTORY keeps the kernel's package between runs. What the command needs is named by
-#   VM_FILES     files and directories of this machine that are there at the same place, programs
-#                with the libraries that they are linked to
+# Boots Debian's own kernel and systemd in a virtual machine, runs a command there as root, prints
+# what it prints and ends with its status. DIRECTORY keeps the kernel's package between runs, and
+# what the kernel has said. What the command needs is named by
+#   VM_FILES     files and directories of this machine that are there at the same place
+#   VM_PACKAGES  packages of this machine that are there
+#   VM_INSTALL   a build that is installed there
 #   VM_MODULES   modules of the kernel, in the order in which they are loaded
 # A machine that takes longer than N seconds (600) is ended: 124. The processor is emulated, which
 # works everywhere; VM_ACCEL=kvm takes the real one.
 set -euo pipefail
+here=$(dirname "$(realpath "$0")")
 
 seconds=600
 if [ "${1:-}" = --seconds ]; then
@@ -33,61 +36,75 @@ fetch_kernel()
     [ ! -e "$kernel/complete" ] || return 0
     rm -rf "$kernel"
     mkdir -p "$kernel"
-    (cd "$kernel" && apt-get download -q "$package" && dpkg-deb -x ./*.deb . && rm ./*.deb)
+    (cd "$kernel" && apt-get download -q "$package" && dpkg-deb -x ./*.deb . && rm ./*.deb) >&2
     touch "$kernel/complete"
 }
 
-with_libraries()
+add_modules()
 {
-    local file
-    for file in "$@"; do
-        find "$file" \( -type f -o -type l \)
-        # The links on the way are taken along as what they lead to.
-        find "$file" -type f -perm /111 -exec ldd {} + 2>/dev/null |
-            grep -o '/[^ ]*\.so[^ :]*' || true
-    done | sort -u
-}
-
-build_root()
-{
-    local root=$directory/root
-    rm -rf "$root"
-    mkdir -p "$root"/{bin,proc,sys,dev,tmp,run,etc,root,modules,var/tmp,usr/bin,usr/sbin,usr/lib}
-    ln -s bin "$root/sbin"
-    # shellcheck disable=SC2046 # names of files without blanks
-    (cd / && with_libraries /bin/sh ${VM_FILES:-} | sed 's|^/||' | cpio -pdmL --quiet "$root")
-    cp /bin/busybox "$root/bin/busybox"
-    local name module
-    for name in $("$root/bin/busybox" --list); do
-        [ -e "$root/bin/$name" ] || [ -e "$root/usr/bin/$name" ] ||
-            [ -e "$root/usr/sbin/$name" ] || ln -s busybox "$root/bin/$name"
-    done
+    local root=$1 name module
+    mkdir "$root/modules"
     for name in ${VM_MODULES:-}; do
         module=$(find "$kernel/lib/modules" -name "$name.ko*")
         [ -n "$module" ] || { echo "left out, not in this kernel: module $name" >&2; continue; }
         cp "$module" "$root/modules/"
         echo "$name" >>"$root/modules/order"
     done
-    cp "$(dirname "$0")/init" "$root/init"
+}
+
+add_installation()
+{
+    [ -n "${VM_INSTALL:-}" ] || return 0
+    DESTDIR=$1 cmake --install "$VM_INSTALL" >"$directory/install.log"
+    ldconfig -r "$1"
+}
+
+build_root()
+{
+    local root=$directory/root name
+    rm -rf "$root"
+    mkdir -p "$root"/{proc,sys,dev,tmp,run,root,var/tmp,etc/systemd/system}
+    # shellcheck disable=SC2046,SC2086 # names without blanks
+    "$here/make_root.py" "$root" $(printf -- '--package %s ' systemd ${VM_PACKAGES:-}) \
+        /bin/busybox /bin/sh /bin/bash /etc/ld.so.conf /etc/ld.so.conf.d ${VM_FILES:-}
+    for name in $(busybox --list); do
+        [ -e "$root/usr/bin/$name" ] || [ -e "$root/usr/sbin/$name" ] ||
+            ln -s busybox "$root/usr/bin/$name"
+    done
+    add_modules "$root"
+    add_installation "$root"
+    cp "$here/init" "$root/init"
+    cp "$here/command.service" "$root/etc/systemd/system/"
     printf '%q ' "$@" >"$root/command"
+    # What this machine has in /tmp stays there, nobody is asked anything, and nothing is kept.
+    rm "$root/usr/lib/tmpfiles.d/tmp.conf"
+    for name in systemd-firstboot.service systemd-repart.service systemd-journal-flush.service \
+        systemd-random-seed.service systemd-update-utmp.service \
+        systemd-update-utmp-runlevel.service getty.target; do
+        ln -s /dev/null "$root/etc/systemd/system/$name"
+    done
+    echo "0123456789abcdef0123456789abcdef" >"$root/etc/machine-id"
     echo "root:x:0:0:root:/root:/bin/sh" >"$root/etc/passwd"
     echo "root:x:0:" >"$root/etc/group"
-    (cd "$root" && find . | cpio -o -H newc --quiet | gzip -1) >"$directory/root.gz"
+    (cd "$root" && find . | cpio -o -H newc --quiet) >"$directory/root.cpio"
 }
 
 boot()
 {
-    timeout --foreground "$seconds" qemu-system-x86_64 -accel "$1" -cpu max -m 1024 -smp 2 \
-        -nodefaults -nographic -serial mon:stdio -no-reboot -kernel "$kernel"/boot/vmlinuz-* \
-        -initrd "$directory/root.gz" -append "console=ttyS0 quiet panic=-1 no_timer_check net.ifnames=0" \
-        </dev/null | stdbuf -oL tr -d '\r' | tee "$directory/console" | sed -n '/vm: begins$/,/^vm: ends/p' |
-        sed '1d; /^vm: ends/d'
+    # One processor: on a busy machine two wait for each other.
+    timeout --foreground -k 5 "$seconds" qemu-system-x86_64 -accel "${VM_ACCEL:-tcg}" \
+        -cpu "${VM_CPU:-qemu64}" -m 2048 -smp 1 -nodefaults -nographic -no-reboot \
+        -serial file:"$directory/console" -serial stdio -kernel "$kernel"/boot/vmlinuz-* \
+        -initrd "$directory/root.cpio" \
+        -append "console=ttyS0 panic=-1 no_timer_check mitigations=off net.ifnames=0 \
+            systemd.unit=command.service" \
+        </dev/null | stdbuf -oL tr -d '\r' | tee "$directory/said" | sed -u '/^vm: ends/d'
 }
 
 fetch_kernel
 build_root "$@"
-boot "${VM_ACCEL:-tcg,thread=multi}" || true
-status=$(sed -n 's/^vm: ends with \([0-9]*\)$/\1/p' "$directory/console")
+boot || true
+status=$(sed -n 's/^vm: ends with \([0-9]*\)$/\1/p' "$directory/said")
 if [ -z "$status" ]; then
     echo "boot.sh: the machine did not come to its end; its last words:" >&2
     tail -n 20 "$directory/console" >&2

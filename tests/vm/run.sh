@@ -1,33 +1,44 @@
 #!/bin/bash
-# run.sh BUILD_DIR DIRECTORY
-# The tests of the HAL for Linux's own switches under Debian's kernel, in a virtual machine: one
-# boot runs them all. Shows each case with its outcome, and their numbers; ends with
-# 1 when one failed or none ran. DIRECTORY keeps the kernel's package.
+# run.sh [--only PATTERN] [--i386 BUILD_DIR] BUILD_DIR DIRECTORY
+# What needs Debian's own kernel, systemd or other users, in a virtual machine: one boot runs all
+# cases (cases.sh). Shows each case with its outcome, why some were skipped, and their numbers; ends
+# with 1 when one failed, hung or was not come to. DIRECTORY keeps the kernel's package.
+#   --only PATTERN    only these cases, in GoogleTest's words
+#   --i386 BUILD_DIR  a build for i386, whose programs use the same board
+# VM_SECONDS: how long the machine may take (3600).
 set -euo pipefail
-build=$(realpath "$1")
-directory=$2
 here=$(dirname "$(realpath "$0")")
-
-tools=(/bin/sh /usr/bin/sed /usr/bin/seq /usr/bin/mkdir)
-for tool in ip bridge tc; do
-    tools+=("$(PATH=$PATH:/usr/sbin:/sbin command -v $tool)")
+source=$(realpath "$here/../..")
+only='*'
+i386=
+while [ $# -gt 2 ]; do
+    case $1 in
+        --only) only=$2 ;;
+        --i386) i386=$(realpath "$2") ;;
+        *) sed -n '2,8s/^# //p' "$0" >&2; exit 2 ;;
+    esac
+    shift 2
 done
-export VM_FILES="$build/tests/linux_switch_test ${tools[*]}"
-[ ! -d /etc/iproute2 ] || VM_FILES+=" /etc/iproute2"
-export VM_MODULES="llc stp bridge mrp garp 8021q veth dummy sch_ingress cls_flower cls_matchall
-    act_gact act_vlan act_mirred"
+build=$(realpath "$1")
+directory=$(realpath -m "$2")
+mkdir -p "$directory"
+
+files=("$here" "$source/tests/virtual_board/cables" "$source/virtual_board/boards"
+    "$source/tests/hals/linux_switch/hal_check.sh" "$source"/tools/demo_{hosts,linux_switch}.sh
+    "$source/docs/linux-switch.md" /etc/iproute2
+    "$build"/tests/{linux_switch_test,vboard_traffic_test} "$build"/lib/*.so*
+    "$build"/bin/{orblinkctl,orblink-vboard,orblink-hal-check})
+for tool in bridge cmp ip iperf3 mausezahn nsenter ping sed seq setpriv socat ss tc tcpdump unshare; do
+    files+=("$(PATH=$PATH:/usr/sbin:/sbin command -v $tool)")
+done
+[ -z "$i386" ] || files+=("$i386/bin/orblinkctl" "$i386"/lib/*.so*)
+export VM_FILES="${files[*]}" VM_PACKAGES="coreutils procps"
+export VM_MODULES="llc stp bridge mrp garp 8021q veth dummy tun sch_ingress cls_flower
+    cls_matchall act_gact act_vlan act_mirred dsa_loop rocker netdevsim"
 
 status=0
-"$here/boot.sh" "$directory" "$build/tests/linux_switch_test" --gtest_brief=0 >"$directory/cases" ||
-    status=$?
-grep -E '^\[ *(OK|FAILED|SKIPPED) *\] [A-Za-z]+\.' "$directory/cases" | sort -u || true
-count()
-{
-    grep -cE "^\[ *$1 *\] [A-Za-z]+\..* \(" "$directory/cases" || true
-}
-passed=$(count OK)
-echo "virtual machine: $passed passed, $(count FAILED) failed, $(count SKIPPED) skipped"
-if [ "$status" -ne 0 ] || [ "$passed" -eq 0 ]; then
-    cat "$directory/cases"
-    exit 1
-fi
+"$here/boot.sh" --seconds "${VM_SECONDS:-3600}" "$directory" \
+    "$here/cases.sh" "$only" "$build" "$source" "$i386" |
+    tee "$directory/cases" | "$here/results.awk" || status=$?
+[ $status -eq 0 ] || echo "virtual machine: see $directory/cases and $directory/console" >&2
+exit $status
