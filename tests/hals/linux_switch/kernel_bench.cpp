@@ -181,7 +181,8 @@ std::string LinuxSwitch::KernelState()
         Sh("ip -d link; bridge vlan\n"
            "tc -force -batch - 2>/dev/null <<END || true\n" +
            shows + "END");
-    return std::regex_replace(shown, std::regex("[a-z_]+_timer +[0-9.]+"), "");
+    // What runs by itself, and the numbers that the kernel gives to actions one after the other.
+    return std::regex_replace(shown, std::regex("[a-z_]+_timer +[0-9.]+|index [0-9]+ (?=ref)"), "");
 }
 
 std::string LinuxSwitch::Vlans(const std::string& interface)
