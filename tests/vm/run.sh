@@ -25,7 +25,8 @@ mkdir -p "$directory"
 
 files=("$here" "$source/tests/virtual_board/cables" "$source/virtual_board/boards"
     "$source/tests/hals/linux_switch/hal_check.sh" "$source"/tools/demo_{hosts,linux_switch}.sh
-    "$source/docs/linux-switch.md" /etc/iproute2
+    "$source/docs/linux-switch.md" "$source/packaging/boot/bring-up" /etc/iproute2
+    "$build"/packaging/boot/orblink-{init,config}.service
     "$build"/tests/{linux_switch_test,vboard_traffic_test} "$build"/lib/*.so*
     "$build"/bin/{orblinkctl,orblink-vboard,orblink-hal-check})
 for tool in bridge cmp ip iperf3 mausezahn nsenter ping sed seq setpriv socat ss tc tcpdump unshare; do

@@ -52,6 +52,35 @@ unit_brings_the_bridge_up()
     on_board orblinkctl -o kv port 0:1 | grep -x 'ports.0.link=true'
 }
 
+# The units that are shipped, on this board: joining it takes what programs of the board need not.
+boot_units_find_it_initialised_and_bring_it_up()
+{
+    mkdir -p /usr/local/libexec/orblink
+    cp "$source/packaging/boot/bring-up" /usr/local/libexec/orblink/
+    cp "$build"/packaging/boot/orblink-*.service /etc/systemd/system/
+    for unit in orblink-init orblink-config; do
+        command=$(sed -n 's/^ExecStart=//p' /etc/systemd/system/$unit.service)
+        mkdir -p /etc/systemd/system/$unit.service.d
+        cat >/etc/systemd/system/$unit.service.d/gateway.conf <<UNIT
+[Unit]
+Requires=gateway.service
+After=gateway.service
+[Service]
+ExecStart=
+ExecStart=orblink-vboard attach --socket $socket -- $command
+CapabilityBoundingSet=~
+RestrictNamespaces=no
+SystemCallFilter=
+UNIT
+    done
+    systemctl daemon-reload
+    systemctl start orblink-config.service || {
+        journalctl -q --no-pager -u orblink-init -u orblink-config | tail -n 30
+        return 1
+    }
+    systemctl is-active orblink-init.service orblink-config.service
+}
+
 group_owns_regions_and_keys()
 {
     [ "$(on_board stat -c '%U:%G %a' $regions | uniq)" = "root:orblink 660" ]
@@ -99,6 +128,7 @@ both_abis_use_one_board()
 }
 
 a_case Gateway.UnitBringsTheBridgeUp unit_brings_the_bridge_up
+a_case Gateway.BootUnitsFindItInitialisedAndBringItUp boot_units_find_it_initialised_and_bring_it_up
 a_case Gateway.GroupOwnsRegionsAndKeys group_owns_regions_and_keys
 a_case Gateway.MembersAttachAndOthersDoNot members_attach_and_others_do_not
 a_case Gateway.MembersChangeNothingWithoutTheCapability members_change_nothing_without_the_capability
