@@ -7,8 +7,6 @@
 namespace obtest {
 namespace {
 
-using testing::IsEmpty;
-
 const std::string kSubject = "out HWMB_Subject:# ";
 const std::string kSubjectRecv = "out HWMB_recvMsg:# ";
 const std::string kSubjectSend = "out HWMB_sendMsg:# ";

@@ -3,7 +3,6 @@
 #include "tests/support/switch_fixture.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 
 namespace {
 

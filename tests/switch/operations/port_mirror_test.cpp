@@ -1,7 +1,6 @@
 #include "tests/switch/operations/enabled_switch.h"
 
 using namespace obtest;
-using testing::ElementsAre;
 
 namespace {
 

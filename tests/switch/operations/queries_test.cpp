@@ -5,7 +5,6 @@
 
 using namespace obtest;
 using testing::Each;
-using testing::ElementsAre;
 
 namespace {
 

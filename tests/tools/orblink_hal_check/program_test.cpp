@@ -9,7 +9,6 @@
 using namespace checked;
 using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 namespace {

@@ -9,7 +9,6 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 struct Refusal {
     const char* number;

@@ -7,9 +7,7 @@
 namespace vboard_test {
 namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 // Board time runs a thousand times faster, so that the chips are up after the first call or two.
 constexpr char kFast[] = "--time-scale 0.001";

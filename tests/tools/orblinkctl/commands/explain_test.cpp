@@ -8,7 +8,6 @@ namespace traffic {
 namespace {
 
 using testing::Contains;
-using testing::IsEmpty;
 using testing::Not;
 
 const std::string kEverybody = "ffffffffffff";
