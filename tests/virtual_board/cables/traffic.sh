@@ -28,7 +28,7 @@ reach() {
     if on "$1" ping -c 1 -W 1 "$2" >/dev/null 2>&1; then echo yes; else echo no; fi
 }
 
-ctl init
+ctl --wait 60 init
 ctl up 0 --defaults
 ctl aging 0 5
 begin
