@@ -11,8 +11,6 @@ using ::testing::ElementsAre;
 
 namespace {
 
-const std::string kAll = "ffffffffffff";
-const std::string kFromA = "020000000001";
 const std::string kFromB = "020000000002";
 
 // General queries, from a router behind port 4.

@@ -12,6 +12,9 @@ namespace traffic {
 
 using Octets = std::vector<uint8_t>;
 
+inline const std::string kAll = "ffffffffffff";
+inline const std::string kFromA = "020000000001";
+
 // Why this machine lets nobody make network namespaces and TAP interfaces; empty when it does.
 std::string WhyNot();
 

@@ -6,13 +6,6 @@
 using namespace traffic;
 using ::testing::ElementsAre;
 
-namespace {
-
-const std::string kAll = "ffffffffffff";
-const std::string kFromA = "020000000001";
-
-}  // namespace
-
 TEST_F(Traffic, ProviderBridgingAddsAServiceTagToAServiceTag)
 {
     Run("ctl bridge-mode 0 on 0x88a8; ctl port 0:2 tagging 1\n"
