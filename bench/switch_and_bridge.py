@@ -4,7 +4,8 @@
 Between two hosts of each: TCP in Gb/s (iperf3), frames of 64 octets per second (trafgen, counted
 where they arrive), round trips each after a rest of 5 ms and one right after the other (ping), and
 the processor time of the board process. A bridge of Linux answers within the sender's own system call
-and wakes nobody; a frame through the board wakes the board and then the host that waits. Both are
+and wakes nobody; a frame through the board wakes the board and then the host that waits, for which
+--low-latency keeps processors awake while frames pass the board, and only then. Both are
 measured in turn, several times; the best of each counts, and the rest says how busy the machine is.
 """
 import argparse

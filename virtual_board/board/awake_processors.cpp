@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/timerfd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -46,13 +47,18 @@ void AwakeProcessors::FramesPass()
         LookAgainAfter(last);
 }
 
+std::chrono::nanoseconds AwakeProcessors::Left() const
+{
+    constexpr std::chrono::nanoseconds kNone{0};
+    return request ? std::max(kNone, lastFrame + last - Clock::now()) : kNone;
+}
+
 void AwakeProcessors::Serve()
 {
     uint64_t expirations = 0;
     if (read(timer.Get(), &expirations, sizeof expirations) != ssize_t{sizeof expirations})
         return;
-    const auto left = lastFrame + last - Clock::now();
-    if (left.count() > 0)
+    if (const auto left = Left(); left.count() > 0)
         LookAgainAfter(left);
     else
         request = {};

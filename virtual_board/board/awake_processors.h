@@ -19,6 +19,8 @@ public:
                              std::chrono::milliseconds after = std::chrono::milliseconds{20});
 
     void FramesPass();
+    // How much longer, unless another frame comes; zero: they may sleep.
+    std::chrono::nanoseconds Left() const;
 
     int Fd() const override { return timer.Get(); }
     std::optional<std::chrono::nanoseconds> Wait() const override { return std::nullopt; }

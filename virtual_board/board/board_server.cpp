@@ -280,7 +280,9 @@ bool BoardServer::ServeReady(std::chrono::nanoseconds eager)
 
 bool BoardServer::Round()
 {
-    const auto eager = readyCables.empty() ? kNoTime : kEager;
+    std::chrono::nanoseconds eager = readyCables.empty() ? kNoTime : kEager;
+    if (awake != nullptr)
+        eager = std::max(eager, awake->Left());
     readyCables.clear();
     const bool woken = !ServeCall() && ServeReady(eager);
     if (awake != nullptr && !readyCables.empty())

@@ -63,36 +63,42 @@ void Poller::Forget(int fd)
     static_cast<void>(epoll_ctl(epoll.Get(), EPOLL_CTL_DEL, fd, nullptr));
 }
 
-bool Poller::IsReadyWithin(std::chrono::nanoseconds time) const
+int Poller::LookFor(std::chrono::nanoseconds time, Events& events) const
 {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + time;
-    pollfd any{epoll.Get(), POLLIN, 0};
     do {
-        if (poll(&any, 1, 0) != 0)
-            return true;
+        const int count = epoll_wait(epoll.Get(), events.data(), kAtOnce, 0);
+        if (count != 0)
+            return count;
         sched_yield();  // to whoever has something to send
     } while (Clock::now() < end);
-    return false;
+    return 0;
+}
+
+int Poller::SleepFor(Limit limit, Events& events) const
+{
+    const Timeout timeout{limit};
+    const int count = epoll_pwait2(epoll.Get(), events.data(), kAtOnce, timeout.Get(), nullptr);
+    if (count >= 0 || errno == EINTR)
+        return count;
+    // Kernels before 5.11, and sandboxes of their time, take two calls.
+    pollfd any{epoll.Get(), POLLIN, 0};
+    ppoll(&any, 1, timeout.Get(), nullptr);
+    return epoll_wait(epoll.Get(), events.data(), kAtOnce, 0);
 }
 
 std::span<const Poller::Ready> Poller::Wait(Limit limit, std::chrono::nanoseconds eager)
 {
-    std::array<epoll_event, kAtOnce> events;
+    Events events;
+    int count = 0;
     if (eager.count() > 0 && (!limit || *limit > eager)) {
-        if (IsReadyWithin(eager))
-            limit = Limit{0};
-        else if (limit)
+        count = LookFor(eager, events);
+        if (limit)
             *limit -= eager;
     }
-    const Timeout timeout{limit};
-    int count = epoll_pwait2(epoll.Get(), events.data(), kAtOnce, timeout.Get(), nullptr);
-    if (count < 0 && errno != EINTR) {
-        // Kernels before 5.11, and sandboxes of their time, take two calls.
-        pollfd any{epoll.Get(), POLLIN, 0};
-        ppoll(&any, 1, timeout.Get(), nullptr);
-        count = epoll_wait(epoll.Get(), events.data(), kAtOnce, 0);
-    }
+    if (count == 0)
+        count = SleepFor(limit, events);
     for (int i = 0; i < count; ++i) {
         const uint64_t mark = events[i].data.u64;
         ready[i] = {{static_cast<uint32_t>(mark >> 32), static_cast<uint32_t>(mark)},

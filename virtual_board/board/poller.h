@@ -48,7 +48,11 @@ public:
 private:
     static constexpr size_t kAtOnce = 64;
 
-    bool IsReadyWithin(std::chrono::nanoseconds time) const;
+    using Events = std::array<epoll_event, kAtOnce>;
+
+    // How many are ready, or below 0.
+    int LookFor(std::chrono::nanoseconds time, Events& events) const;
+    int SleepFor(Limit limit, Events& events) const;
 
     UniqueFd epoll;
     std::array<Ready, kAtOnce> ready;
