@@ -98,7 +98,7 @@ def recorded():
 def main():
     arguments = sys.argv[1:]
     record = "--record" in arguments
-    if arguments[:1] == ["--mapped"]:
+    if len(arguments) == 4 and arguments[::2] == ["--mapped", "--at-most"]:
         mapped = sizes(arguments[1])["bytes mapped from the file"]
         print(f"{mapped} bytes mapped from {arguments[1]}, at most {arguments[3]}")
         return 0 if mapped <= int(arguments[3]) else 1

@@ -82,9 +82,10 @@ endif()
 
 # A shared library that needs nothing but the C library at run time and exports what its map names.
 # No fortified or folded calls: the platform functions are called by their own names, so that a
-# program or a preloaded library that defines the same name takes them over. Small: what it is made of
-# is mapped into each process that calls. No unwind tables: an exception cannot pass through it with a
-# lock held, but ends the program; debuggers read .debug_frame. No start-up files: nothing to start.
+# program or a preloaded library that defines the same name takes them over. Small on i386: what it
+# is made of is mapped into each process that calls. No unwind tables: an exception cannot pass
+# through it with a lock held, but ends the program; debuggers read .debug_frame. No start-up files:
+# nothing to start.
 function(orblink_plain_library target map)
     target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orblink>)

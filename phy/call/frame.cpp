@@ -7,12 +7,11 @@ namespace orblink::phy {
 PhyDeviceRegion* _ApiProlog(int& semaphoreId)
 {
     semaphoreId = process.semaphoreId.Get();
-    if (semaphoreId < 0) {
+    if (semaphoreId < 0)
         semaphoreId = _InitGlobalSem();
-        if (semaphoreId < 0) {
-            EP_ERROR("_InitGlobalSem() failed");
-            return nullptr;
-        }
+    if (semaphoreId < 0) {
+        EP_ERROR("_InitGlobalSem() failed");
+        return nullptr;
     }
     if (_System5SemOp(semaphoreId, kTake) != RC_OK) {
         EP_ERROR("_ApiGlobalLock() failed");

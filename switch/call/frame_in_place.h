@@ -14,12 +14,11 @@ namespace orblink::sw {
 [[gnu::always_inline]] inline SwitchDeviceRegion* _ApiProlog(int& semaphoreId)
 {
     semaphoreId = process.semaphoreId.Get();
-    if (semaphoreId < 0) {
+    if (semaphoreId < 0)
         semaphoreId = _InitGlobalSem();
-        if (semaphoreId < 0) {
-            OB_ERROR("_InitGlobalSem() failed");
-            return nullptr;
-        }
+    if (semaphoreId < 0) {
+        OB_ERROR("_InitGlobalSem() failed");
+        return nullptr;
     }
     if (_ApiGlobalLock(semaphoreId) != RC_OK) {
         OB_ERROR("_ApiGlobalLock() failed");

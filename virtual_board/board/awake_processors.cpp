@@ -28,7 +28,9 @@ bool AwakeProcessors::Request()
 {
     constexpr int32_t kNone = 0;
     request = UniqueFd{open(path.c_str(), O_WRONLY | O_CLOEXEC)};
-    return request && write(request.Get(), &kNone, sizeof kNone) == ssize_t{sizeof kNone};
+    if (request && write(request.Get(), &kNone, sizeof kNone) != ssize_t{sizeof kNone})
+        request = {};
+    return static_cast<bool>(request);
 }
 
 void AwakeProcessors::LookAgainAfter(std::chrono::nanoseconds time)

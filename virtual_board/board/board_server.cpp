@@ -104,10 +104,9 @@ void BoardServer::AddCallers(Background& background)
     Add(background);
 }
 
-void BoardServer::Add(AwakeProcessors& processors)
+void BoardServer::KeepProcessorsAwake()
 {
-    awake = &processors;
-    Add(static_cast<Background&>(processors));
+    Add(awake.emplace());
 }
 
 void BoardServer::Accept()
@@ -281,11 +280,11 @@ bool BoardServer::ServeReady(std::chrono::nanoseconds eager)
 bool BoardServer::Round()
 {
     std::chrono::nanoseconds eager = readyCables.empty() ? kNoTime : kEager;
-    if (awake != nullptr)
+    if (awake)
         eager = std::max(eager, awake->Left());
     readyCables.clear();
     const bool woken = !ServeCall() && ServeReady(eager);
-    if (awake != nullptr && !readyCables.empty())
+    if (awake && !readyCables.empty())
         awake->FramesPass();
     // One that has nothing to do is not asked: it would cost each frame a system call.
     for (Background* background : backgrounds) {

@@ -6,6 +6,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -29,8 +30,8 @@ public:
     void Add(Background& background);
     // The same of programs whose calls the board answers, at most one.
     void AddCallers(Background& background);
-    // Told of frames; not owned.
-    void Add(AwakeProcessors& processors);
+    // While frames pass. Throws std::system_error where the kernel refuses it.
+    void KeepProcessorsAwake();
 
     // Serves until stop, called whenever `wakeFd` is readable, says true.
     void Run(int wakeFd, const std::function<bool()>& stop);
@@ -69,10 +70,10 @@ private:
     UniqueFd listener;
     Poller poller;
     std::map<int, Session> sessions;  // by descriptor
+    std::optional<AwakeProcessors> awake;
     std::vector<Background*> backgrounds;
     Background* callers = nullptr;
     uint32_t callersNumber = 0;
-    AwakeProcessors* awake = nullptr;
     bool awaitsCall = false;  // and the poller does not
     unsigned callsInARow = 0;
     std::vector<uint32_t> readyCables;

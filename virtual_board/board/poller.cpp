@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <sched.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "virtual_board/board/system_failure.h"
@@ -92,7 +93,9 @@ std::span<const Poller::Ready> Poller::Wait(Limit limit, std::chrono::nanosecond
 {
     Events events;
     int count = 0;
-    if (eager.count() > 0 && (!limit || *limit > eager)) {
+    if (limit)
+        eager = std::min(eager, *limit);
+    if (eager.count() > 0) {
         count = LookFor(eager, events);
         if (limit)
             *limit -= eager;

@@ -39,12 +39,9 @@ int RunOnBoard(const RunOptions& options, BoardDescription spec)
         board.Plug(lans.emplace(board.Description(), board.Devices(), board.Clock()));
     if (isolation.GivesNames())
         board.UsePrivateNames(directory.MakeNames());
-    std::optional<AwakeProcessors> awake;
-    if (options.lowLatency)
-        awake.emplace();
     BoardServer server{board, path};
-    if (awake)
-        server.Add(*awake);
+    if (options.lowLatency)
+        server.KeepProcessorsAwake();
     fprintf(stderr, "orblink-vboard: board \"%s\" at %s%s\n", name.c_str(), path.c_str(),
             isolation.Remark().c_str());
     CommandProcess command{options.command, {options.timeScale != 1, isolation.GivesNames()}, [&] {

@@ -45,12 +45,9 @@ void Serve(const ServeOptions& options, BoardDescription description)
     if (board.Description().tapPorts)
         board.Plug(lans.emplace(board.Description(), board.Devices(), board.Clock()));
     board.UsePrivateNames(directory.MakeNames());
-    std::optional<AwakeProcessors> awake;
-    if (options.lowLatency)
-        awake.emplace();
     BoardServer server{board, path};
-    if (awake)
-        server.Add(*awake);
+    if (options.lowLatency)
+        server.KeepProcessorsAwake();
     fprintf(stderr, "orblink-vboard: board \"%s\" at %s\n", name.c_str(), path.c_str());
     GoBeforePrograms();
     server.Run(signals.Get(), [] { return true; });

@@ -96,7 +96,9 @@ void Prepare(HalBench& bench)
     bench.accesses = 0;
 }
 
-TEST(VswitchHalFaults, EachMdioFailureFailsTheSlotAtOnce)
+// Each slot, with each of its accesses in turn struck by strike.
+template <typename Strike>
+void AtEachAccess(Strike strike)
 {
     testing::internal::CaptureStdout();
     for (const SlotCall& slot : AllCalls()) {
@@ -106,34 +108,32 @@ TEST(VswitchHalFaults, EachMdioFailureFailsTheSlotAtOnce)
         const int total = reference.accesses;
         ASSERT_GT(total, 0) << slot.name;
         for (int at = 1; at <= total; ++at) {
+            SCOPED_TRACE(testing::Message() << slot.name << ", access " << at);
             HalBench bench;
             ASSERT_NO_FATAL_FAILURE(Prepare(bench));
-            bench.failAt = at;
-            EXPECT_NE(slot.call(0), 0) << slot.name << ", access " << at;
-            EXPECT_EQ(bench.accesses, at) << slot.name;
+            strike(slot, bench, at);
         }
     }
     testing::internal::GetCapturedStdout();
 }
 
+TEST(VswitchHalFaults, EachMdioFailureFailsTheSlotAtOnce)
+{
+    AtEachAccess([](const SlotCall& slot, HalBench& bench, int at) {
+        bench.failAt = at;
+        EXPECT_NE(slot.call(0), 0);
+        EXPECT_EQ(bench.accesses, at);
+    });
+}
+
 TEST(VswitchHalFaults, AnAccessThatASignalCutsShortIsMadeAgain)
 {
-    testing::internal::CaptureStdout();
-    for (const SlotCall& slot : AllCalls()) {
-        HalBench reference;
-        ASSERT_NO_FATAL_FAILURE(Prepare(reference));
-        ASSERT_EQ(slot.call(0), 0) << slot.name;
-        const int total = reference.accesses;
-        for (int at = 1; at <= total; ++at) {
-            HalBench bench;
-            ASSERT_NO_FATAL_FAILURE(Prepare(bench));
-            bench.interruptFrom = at;
-            bench.interruptUntil = at + 2;
-            EXPECT_EQ(slot.call(0), 0) << slot.name << ", access " << at;
-            EXPECT_GE(bench.accesses, at + 3) << slot.name;
-        }
-    }
-    testing::internal::GetCapturedStdout();
+    AtEachAccess([](const SlotCall& slot, HalBench& bench, int at) {
+        bench.interruptFrom = at;
+        bench.interruptUntil = at + 2;
+        EXPECT_EQ(slot.call(0), 0);
+        EXPECT_GE(bench.accesses, at + 3);
+    });
 }
 
 TEST(VswitchHalFaults, AnAccessThatIsAlwaysCutShortIsGivenUp)

@@ -96,6 +96,27 @@ TEST_F(AwakeProcessorsTest, StayAwakeWhenAFrameCameMeanwhile)
     EXPECT_FALSE(IsAsked());
 }
 
+TEST_F(AwakeProcessorsTest, TellHowMuchLonger)
+{
+    AwakeProcessors processors{path, milliseconds{100}};
+    EXPECT_EQ(processors.Left().count(), 0);
+    processors.FramesPass();
+    EXPECT_GT(processors.Left().count(), 0);
+    EXPECT_LE(processors.Left(), milliseconds{100});
+    ASSERT_TRUE(IsDue(processors));
+    processors.Serve();
+    EXPECT_EQ(processors.Left().count(), 0);
+}
+
+TEST_F(AwakeProcessorsTest, ARequestThatIsRefusedLaterIsMissedByNobody)
+{
+    AwakeProcessors processors{path, milliseconds{1}};
+    unlink(path.c_str());
+    processors.FramesPass();
+    EXPECT_FALSE(IsAsked());
+    EXPECT_EQ(processors.Left().count(), 0);
+}
+
 TEST_F(AwakeProcessorsTest, AreRefusedByNameBeforeTheBoardRuns)
 {
     try {

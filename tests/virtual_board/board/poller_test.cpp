@@ -59,8 +59,12 @@ TEST_F(PollerTest, LooksEagerlyAtFirstAndWaitsForTheRestOfTheTime)
     poller.Watch(first.Get(), {7, 1});
     EXPECT_TRUE(TakesAMoment([&] { EXPECT_THAT(poller.Wait(kMoment, kMoment / 2), IsEmpty()); }));
     EXPECT_TRUE(TakesAMoment([&] { EXPECT_THAT(poller.Wait(kMoment, kMoment * 2), IsEmpty()); }));
+    EXPECT_TRUE(
+        TakesAMoment([&] { EXPECT_THAT(poller.Wait(kMoment, std::chrono::hours{1}), IsEmpty()); }));
     MakeReady(first);
     EXPECT_THAT(poller.Wait(std::nullopt, std::chrono::hours{1}), SizeIs(1));
+    EXPECT_THAT(poller.Wait(std::chrono::hours{2}, std::chrono::hours{1}), SizeIs(1));
+    EXPECT_THAT(poller.Wait(std::chrono::hours{1}, std::chrono::hours{2}), SizeIs(1));
 }
 
 TEST_F(PollerTest, TellsWhatIsReadyByItsMark)

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -128,6 +129,24 @@ std::vector<Octets> Traffic::Frames(const std::string& host, bool all)
         at += size;
     }
     return frames;
+}
+
+size_t Traffic::Count(const std::string& host, bool (*picked)(const Octets& frame))
+{
+    const std::vector<Octets> heard = Frames(host, true);
+    return static_cast<size_t>(std::count_if(heard.begin(), heard.end(), picked));
+}
+
+void Traffic::ExpectAServiceTagBefore(const std::string& tag)
+{
+    Run("ctl bridge-mode 0 on 0x88a8; ctl port 0:2 tagging 1\n"
+        "hear b; hear c; hear soc\n"
+        "send a " +
+        Frame(kAll, kFromA, tag) + "\nheard b; heard c; heard soc\n");
+    const Octets tagged = FromHex(Frame(kAll, kFromA, "88a80001" + tag));
+    EXPECT_THAT(Frames("b"), ::testing::ElementsAre(tagged));
+    EXPECT_THAT(Frames("soc"), ::testing::ElementsAre(tagged));
+    EXPECT_THAT(Frames("c"), ::testing::ElementsAre(FromHex(Frame(kAll, kFromA, tag))));
 }
 
 nlohmann::json Traffic::Json(const std::string& file)

@@ -38,6 +38,11 @@ protected:
     std::string Run(const std::string& script);
     // The frames of a capture, oldest first, of the test's own type (0x88B5) or of all types.
     std::vector<Octets> Frames(const std::string& host, bool all = false);
+    // How many frames that a host heard the test picks.
+    size_t Count(const std::string& host, bool (*picked)(const Octets& frame));
+    // In provider mode a frame with this tag leaves a tagging port and the CPU port behind a service
+    // tag of VLAN 1, and any other port as it came.
+    void ExpectAServiceTagBefore(const std::string& tag);
     nlohmann::json Json(const std::string& file);
     std::string Path(const std::string& file) const { return directory + "/" + file; }
 

@@ -8,14 +8,7 @@ using ::testing::ElementsAre;
 
 TEST_F(Traffic, ProviderBridgingAddsAServiceTagToAServiceTag)
 {
-    Run("ctl bridge-mode 0 on 0x88a8; ctl port 0:2 tagging 1\n"
-        "hear b; hear c; hear soc\n"
-        "send a " +
-        Frame(kAll, kFromA, "88a8600a") + "\nheard b; heard c; heard soc\n");
-    const Octets tagged = FromHex(Frame(kAll, kFromA, "88a8000188a8600a"));
-    EXPECT_THAT(Frames("b"), ElementsAre(tagged));
-    EXPECT_THAT(Frames("soc"), ElementsAre(tagged));
-    EXPECT_THAT(Frames("c"), ElementsAre(FromHex(Frame(kAll, kFromA, "88a8600a"))));
+    ExpectAServiceTagBefore("88a8600a");
 }
 
 TEST_F(Traffic, FramesLongerThanTheMtuAreDroppedAndCounted)
