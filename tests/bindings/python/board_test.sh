@@ -20,9 +20,9 @@ orblink-vboard run --time-scale 0.05 --board "$source/virtual_board/boards/phy.t
     orblinkctl -q phy 0 up >/dev/null
     orblink-vboard control counter sw0:2 etherStatsPkts 5
     python3 "$1/tests/bindings/python/on_board.py"
-    # Waits on the board are a twentieth as long.
+    # A sleep of the shell is a twentieth as long here; Python sleeps until a time of the clock.
     while sleep 0.2; do orblink-vboard control counter sw0:3 aFramesReceivedOK 1000; done &
-    python3 "$1/bindings/python/examples/plot_port_counters.py" --interval 6 --samples 3
+    python3 "$1/bindings/python/examples/plot_port_counters.py" --interval 0.3 --samples 3
     kill $!' sh "$source" >"${TMPDIR:-/tmp}/plot.$$" || {
     cat "${TMPDIR:-/tmp}/plot.$$"
     rm -f "${TMPDIR:-/tmp}/plot.$$"

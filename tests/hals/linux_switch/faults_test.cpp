@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr uint8_t kStation[6] = {2, 0, 0, 0, 0, 0xF1};
-
 int stations = 0;
 
 uint32_t CountStation(MacEntry* entry)

@@ -16,6 +16,7 @@ class LinuxSwitch : public ::testing::Test {
 public:
     static constexpr int kCpuPort = 0;
     static constexpr int kLanPorts = 3;  // lan1 to lan3, with host1 to host3 at the other ends
+    static constexpr uint8_t kStation[6] = {2, 0, 0, 0, 0, 0xF1};
 
     static LinuxSwitch* current;
 

@@ -12,8 +12,6 @@ using ::testing::Not;
 
 namespace {
 
-constexpr uint8_t kStation[6] = {2, 0, 0, 0, 0, 0xF1};
-
 std::vector<LinuxSwitchMacEntry> entries;
 
 uint32_t Take(MacEntry* entry)
