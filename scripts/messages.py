@@ -50,7 +50,7 @@ def lines_of(root):
 
 def complaints_of(root):
     """{"refusal": [...], "reason": [...]}: what was not done, and why, in orblinkctl's words."""
-    text = (Path(root) / "tools/orblinkctl/facts/refusals.cpp").read_text(encoding="utf-8")
+    text = (Path(root) / "tools/orblinkctl/access/refusals.cpp").read_text(encoding="utf-8")
     refusals = text[text.index("kRefusals[]"):text.index("kReasons[]")]
     reasons = text[text.index("kReasons[]"):text.index("bool IsBoard")]
     return {

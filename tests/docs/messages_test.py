@@ -18,7 +18,7 @@ with open(root / "docs/messages.toml", "rb") as file:
 written = {f"{severity}: {text}": places for (severity, text), places in
            messages.lines_of(root).items()}
 for kind, texts in messages.complaints_of(root).items():
-    written |= {f"{kind}: {text}": ["tools/orblinkctl/facts/refusals.cpp"] for text in texts}
+    written |= {f"{kind}: {text}": ["tools/orblinkctl/access/refusals.cpp"] for text in texts}
 listed = Counter(f"{row['severity']}: {line}" for row in table["library"] for line in row["lines"])
 for kind in ("refusal", "reason"):
     listed.update(f"{kind}: {line}" for row in table[kind] for line in row["lines"])

@@ -6,8 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "tools/orblinkctl/access/failure.h"
 #include "tools/orblinkctl/config/config_model.h"
-#include "tools/orblinkctl/facts/failure.h"
 
 namespace {
 

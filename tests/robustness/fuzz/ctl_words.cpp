@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/access/failure.h"
 #include "tools/orblinkctl/line/command_line.h"
 #include "tools/orblinkctl/line/help.h"
 #include "tools/orblinkctl/line/session.h"

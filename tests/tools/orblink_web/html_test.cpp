@@ -4,7 +4,7 @@
 
 #include "tools/orblink_web/server/routes.h"
 #include "tools/orblink_web/view/board_view.h"
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace web {
 namespace {

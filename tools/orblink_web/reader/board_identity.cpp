@@ -1,6 +1,6 @@
 #include "tools/orblink_web/reader/board_identity.h"
 
-#include "tools/orblinkctl/facts/shared_state.h"
+#include "tools/orblinkctl/access/shared_state.h"
 
 namespace web {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/orblinkctl/facts/system_log.h"
+#include "tools/orblinkctl/access/system_log.h"
 
 namespace web {
 

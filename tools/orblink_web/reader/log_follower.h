@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 
 namespace web {
 

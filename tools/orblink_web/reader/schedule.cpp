@@ -4,9 +4,9 @@
 #include <limits>
 #include <utility>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace web {
 

@@ -5,7 +5,7 @@
 
 #include "tools/orblink_web/reader/message.h"
 #include "tools/orblink_web/reader/schedule.h"
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 
 namespace web {
 

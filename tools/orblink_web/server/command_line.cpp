@@ -9,8 +9,8 @@
 
 #include "tools/orblink_web/reader/reader.h"
 #include "tools/orblink_web/server/server.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace web {
 

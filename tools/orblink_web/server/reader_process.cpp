@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 
 namespace web {
 

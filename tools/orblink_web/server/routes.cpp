@@ -4,9 +4,9 @@
 #include <optional>
 
 #include "tools/orblink_web/view/page.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace web {
 

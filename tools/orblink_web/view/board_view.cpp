@@ -6,8 +6,8 @@
 
 #include "tools/orblink_web/view/drawing.h"
 #include "tools/orblink_web/view/html.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace web {
 

@@ -13,7 +13,7 @@
 #include "tools/orblink_web/reader/message.h"
 #include "tools/orblink_web/view/sections.h"
 #include "tools/orblink_web/view/traffic.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace web {
 

@@ -6,7 +6,7 @@
 
 #include "tools/orblink_web/view/html.h"
 #include "tools/orblink_web/view/sections.h"
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace web {
 

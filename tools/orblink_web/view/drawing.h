@@ -4,7 +4,7 @@
 #include <string>
 
 #include "tools/orblink_web/view/traffic.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace web {
 

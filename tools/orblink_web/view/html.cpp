@@ -3,8 +3,8 @@
 #include <array>
 #include <cstdio>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/text_safety.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/text_safety.h"
 
 namespace web {
 

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "tools/orblink_web/view/html.h"
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/mii_decode.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace web {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tools/orblink_web/view/traffic.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace web {
 

@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 #include "tools/orblinkctl/facts/rates.h"
 
 namespace web {

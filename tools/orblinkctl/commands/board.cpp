@@ -4,14 +4,14 @@
 #include <cstdlib>
 #include <optional>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
 #include "tools/orblinkctl/commands/initialise.h"
 #include "tools/orblinkctl/commands/recovery.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/facts/board_data_sorter.h"
 #include "tools/orblinkctl/facts/board_model.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/phy_model.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/line/session.h"

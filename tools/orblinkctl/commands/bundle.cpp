@@ -6,13 +6,13 @@
 #include <map>
 #include <regex>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/config/config_model.h"
 #include "tools/orblinkctl/facts/board_model.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/mac_table.h"
 #include "tools/orblinkctl/facts/phy_counters.h"
 #include "tools/orblinkctl/facts/switch_model.h"

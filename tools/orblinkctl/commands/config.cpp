@@ -3,14 +3,14 @@
 #include <filesystem>
 #include <optional>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
 #include "tools/orblinkctl/commands/confirmation.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/config/config_apply.h"
 #include "tools/orblinkctl/config/config_model.h"
 #include "tools/orblinkctl/config/guard.h"
 #include "tools/orblinkctl/facts/chip_settings.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/output/file.h"

@@ -7,9 +7,9 @@
 #include <cmath>
 #include <cstdio>
 
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/commands/recovery.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/line/undo.h"
 #include "tools/orblinkctl/output/file.h"

@@ -3,9 +3,9 @@
 
 #include <vector>
 
+#include "tools/orblinkctl/access/model.h"
 #include "tools/orblinkctl/config/config_apply.h"
 #include "tools/orblinkctl/config/guard.h"
-#include "tools/orblinkctl/facts/model.h"
 
 namespace ctl {
 

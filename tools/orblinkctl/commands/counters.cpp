@@ -2,11 +2,11 @@
 #include <cstdlib>
 #include <utility>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/names.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/rates.h"
 #include "tools/orblinkctl/output/model_text.h"
 #include "tools/orblinkctl/output/terminal.h"

@@ -14,13 +14,13 @@
 #include <thread>
 
 #include "hwmbox/hwmbox.h"
-#include "tools/orblinkctl/facts/diagnosis.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
-#include "tools/orblinkctl/facts/record_check.h"
-#include "tools/orblinkctl/facts/text_safety.h"
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/diagnosis.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/record_check.h"
+#include "tools/orblinkctl/access/text_safety.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {

@@ -1,11 +1,11 @@
 // Why there is no link, or no traffic between two ports.
 #include <optional>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/names.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/causes.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {

@@ -1,9 +1,9 @@
 // Settings of a whole switch: snooping, MTU, LEDs, ageing, QoS.
 
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/commands/hal_usage.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"

@@ -4,9 +4,9 @@
 
 #include "hals/vswitch/vswitch_ioctl.h"
 #include "switch/orblink_hal.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/line/help.h"
 #include "tools/orblinkctl/output/text.h"

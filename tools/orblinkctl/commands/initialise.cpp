@@ -11,13 +11,13 @@
 #include <cstring>
 #include <optional>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 #include "tools/orblinkctl/commands/recovery.h"
 #include "tools/orblinkctl/facts/board_data_sorter.h"
 #include "tools/orblinkctl/facts/board_model.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
-#include "tools/orblinkctl/facts/unique_descriptor.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/output/terminal.h"
 

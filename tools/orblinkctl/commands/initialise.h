@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/shared_state.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/shared_state.h"
 
 namespace ctl {
 

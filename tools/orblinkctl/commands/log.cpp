@@ -4,9 +4,9 @@
 #include <fstream>
 
 #include "platform/ob_platform.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/system_log.h"
 #include "tools/orblinkctl/commands/tables.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/system_log.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/output/file.h"
 #include "tools/orblinkctl/output/model_text.h"

@@ -5,13 +5,13 @@
 
 #include "hals/linux_switch/linux_switch_hal.h"
 #include "hals/vswitch/vswitch_ioctl.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/names.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/mac_table.h"
-#include "tools/orblinkctl/facts/names.h"
-#include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/output/model_text.h"
 
 namespace ctl {

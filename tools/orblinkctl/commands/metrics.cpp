@@ -1,10 +1,10 @@
 // Measured values in the text format of Prometheus.
 #include <cctype>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
 #include "tools/orblinkctl/facts/phy_counters.h"
 #include "tools/orblinkctl/facts/phy_model.h"
 #include "tools/orblinkctl/facts/switch_model.h"

@@ -1,9 +1,9 @@
 // Standalone PHYs.
 
 #include "hals/phy/ethphy_ieee8023.h"
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/phy_counters.h"
 #include "tools/orblinkctl/facts/phy_model.h"
 #include "tools/orblinkctl/facts/phy_offers.h"

@@ -1,11 +1,11 @@
 // Ports: links, settings, counters, tests.
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/names.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/meanings.h"
-#include "tools/orblinkctl/facts/names.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 

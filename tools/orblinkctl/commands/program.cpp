@@ -6,8 +6,8 @@
 #include <fstream>
 #include <functional>
 
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/commands/tables.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"
 #include "tools/orblinkctl/line/session.h"

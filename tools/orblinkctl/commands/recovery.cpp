@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <cstring>
 
+#include "tools/orblinkctl/access/held_lock.h"
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/commands/doctor.h"
 #include "tools/orblinkctl/commands/tables.h"
-#include "tools/orblinkctl/facts/held_lock.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {

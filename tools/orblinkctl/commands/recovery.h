@@ -1,7 +1,7 @@
 // Giving a family back to its users after a process has ended in the middle of it.
 #pragma once
 
-#include "tools/orblinkctl/facts/diagnosis.h"
+#include "tools/orblinkctl/access/diagnosis.h"
 
 namespace ctl {
 

@@ -2,14 +2,14 @@
 #include <cstring>
 #include <fstream>
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/log_lines.h"
 #include "tools/orblinkctl/commands/hal_usage.h"
 #include "tools/orblinkctl/commands/register_access.h"
 #include "tools/orblinkctl/commands/register_lists.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/mii_decode.h"
 #include "tools/orblinkctl/facts/vs08_decode.h"
 #include "tools/orblinkctl/output/model_text.h"

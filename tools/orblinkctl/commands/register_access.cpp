@@ -1,6 +1,6 @@
 #include "tools/orblinkctl/commands/register_access.h"
 
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {

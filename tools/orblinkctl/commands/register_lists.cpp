@@ -1,10 +1,10 @@
 #include "tools/orblinkctl/commands/register_lists.h"
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/refusals.h"
 #include "tools/orblinkctl/facts/phy_model.h"
-#include "tools/orblinkctl/facts/refusals.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/text.h"
 

@@ -1,9 +1,9 @@
 // Switches: state, bring-up, reset, capabilities.
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/log_lines.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 #include "tools/orblinkctl/output/text.h"

@@ -1,6 +1,6 @@
 #include "tools/orblinkctl/commands/targets.h"
 
-#include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/access/names.h"
 
 namespace ctl {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/access/library.h"
 #include "tools/orblinkctl/line/command.h"
 
 namespace ctl {

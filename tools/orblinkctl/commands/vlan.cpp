@@ -1,10 +1,10 @@
 // VLAN settings of the ports, provider bridged mode and the MAC-to-VLAN table.
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/record_check.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/meanings.h"
-#include "tools/orblinkctl/facts/record_check.h"
 #include "tools/orblinkctl/facts/switch_model.h"
 #include "tools/orblinkctl/output/model_text.h"
 

@@ -6,9 +6,9 @@
 #include <deque>
 #include <map>
 
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/commands/tables.h"
 #include "tools/orblinkctl/commands/targets.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/link_history.h"
 #include "tools/orblinkctl/facts/monitor.h"
 #include "tools/orblinkctl/facts/rates.h"

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <map>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
 #include "tools/orblinkctl/line/command.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/session.h"

@@ -1,11 +1,11 @@
 // Reading a configuration file: every key and every value is checked before the board is touched.
 
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/toml_file.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/config/config_model.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/toml_file.h"
-#include "tools/orblinkctl/facts/words.h"
 #include "tools/orblinkctl/line/vocabulary.h"
 
 namespace ctl {

@@ -2,12 +2,12 @@
 
 #include <map>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/record_check.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/meanings.h"
-#include "tools/orblinkctl/facts/record_check.h"
 #include "tools/orblinkctl/facts/switch_model.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

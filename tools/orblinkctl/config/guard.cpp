@@ -16,8 +16,8 @@
 #include <optional>
 
 #include "common/shared_names.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

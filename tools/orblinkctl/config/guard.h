@@ -6,9 +6,9 @@
 #include <functional>
 #include <string>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 
 namespace ctl {
 

@@ -1,9 +1,9 @@
 // The way back to settings that the board had.
 #include "tools/orblinkctl/line/undo.h"
 
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/config/config_apply.h"
 #include "tools/orblinkctl/config/config_model.h"
-#include "tools/orblinkctl/facts/json.h"
 
 namespace ctl {
 

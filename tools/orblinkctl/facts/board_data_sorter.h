@@ -8,7 +8,7 @@
 #pragma once
 
 #include "hwmbox/hwmbox.h"
-#include "tools/orblinkctl/facts/shared_state.h"
+#include "tools/orblinkctl/access/shared_state.h"
 
 namespace ctl {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/facts/chip_view.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/mac_table.h"
 #include "tools/orblinkctl/facts/meanings.h"
 

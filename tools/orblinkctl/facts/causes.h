@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/access/library.h"
 
 namespace ctl {
 

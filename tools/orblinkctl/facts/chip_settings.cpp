@@ -1,10 +1,10 @@
 #include "tools/orblinkctl/facts/chip_settings.h"
 
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
 #include "tools/orblinkctl/facts/meanings.h"
 #include "tools/orblinkctl/facts/switch_model.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 

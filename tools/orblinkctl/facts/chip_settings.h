@@ -1,8 +1,8 @@
 // What a chip itself reports of its settings, beside what the record says.
 #pragma once
 
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

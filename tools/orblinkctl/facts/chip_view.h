@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/access/library.h"
 
 namespace ctl {
 

@@ -1,8 +1,8 @@
 // Counters of ports and PHYs, as far as the layout of their HAL is known.
 #pragma once
 
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

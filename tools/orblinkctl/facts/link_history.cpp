@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <ctime>
 
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

@@ -4,8 +4,8 @@
 #include <map>
 #include <string>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

@@ -5,9 +5,9 @@
 
 #include "hals/linux_switch/linux_switch_hal.h"
 #include "hals/vswitch/vswitch_hal.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 

@@ -1,8 +1,8 @@
 // The MAC tables of the switches.
 #pragma once
 
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

@@ -3,10 +3,10 @@
 #include <cstdlib>
 
 #include "common/iface.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 

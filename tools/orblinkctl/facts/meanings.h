@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "switch/orblink_records.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

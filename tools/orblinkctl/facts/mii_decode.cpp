@@ -3,8 +3,8 @@
 #include <iterator>
 #include <vector>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

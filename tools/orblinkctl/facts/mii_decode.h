@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

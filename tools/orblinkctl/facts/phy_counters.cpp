@@ -3,10 +3,10 @@
 #include <cstring>
 
 #include "hals/phy/ethphy_ieee8023.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

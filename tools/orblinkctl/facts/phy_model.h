@@ -1,8 +1,8 @@
 // Models of what the PHY records hold and of what the PHYs report.
 #pragma once
 
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

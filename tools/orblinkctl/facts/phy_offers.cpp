@@ -4,8 +4,8 @@
 #include <span>
 
 #include "hals/phy/ethphy_ieee8023.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/log_lines.h"
 #include "tools/orblinkctl/facts/phy_counters.h"
 
 namespace ctl {

@@ -1,8 +1,8 @@
 // What a PHY and its partner offer each other, from the standard registers.
 #pragma once
 
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

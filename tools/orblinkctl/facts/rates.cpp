@@ -1,12 +1,12 @@
 #include "tools/orblinkctl/facts/rates.h"
 
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/counters.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
 #include "tools/orblinkctl/facts/switch_model.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 

@@ -3,8 +3,8 @@
 
 #include <chrono>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

@@ -2,15 +2,15 @@
 
 #include <cstring>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/names.h"
+#include "tools/orblinkctl/access/record_check.h"
+#include "tools/orblinkctl/access/refusals.h"
+#include "tools/orblinkctl/access/text_safety.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/meanings.h"
-#include "tools/orblinkctl/facts/names.h"
-#include "tools/orblinkctl/facts/record_check.h"
-#include "tools/orblinkctl/facts/refusals.h"
-#include "tools/orblinkctl/facts/text_safety.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 

@@ -1,7 +1,7 @@
 // The bits of a VS08's registers.
 #pragma once
 
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

@@ -3,7 +3,7 @@
 #include <cctype>
 #include <optional>
 
-#include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/access/failure.h"
 #include "tools/orblinkctl/line/nearest.h"
 #include "tools/orblinkctl/line/vocabulary.h"
 

@@ -1,7 +1,7 @@
 // Completion: the shell's script asks the program, which answers from the command table.
 #include <algorithm>
 
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/line/expansion.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <optional>
 
-#include "tools/orblinkctl/facts/names.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/names.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/line/grammar.h"
 
 namespace ctl {

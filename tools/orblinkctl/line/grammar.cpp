@@ -5,7 +5,7 @@
 #include <map>
 #include <utility>
 
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/line/nearest.h"
 #include "tools/orblinkctl/line/vocabulary.h"
 

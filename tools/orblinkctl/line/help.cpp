@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/line/command.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/vocabulary.h"

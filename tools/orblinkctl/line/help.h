@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

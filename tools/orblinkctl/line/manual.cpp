@@ -1,7 +1,7 @@
 // The manual page, from the command table.
 #include <sstream>
 
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/line/command.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"

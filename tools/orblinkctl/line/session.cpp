@@ -7,11 +7,11 @@
 #include <cstring>
 #include <fstream>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
-#include "tools/orblinkctl/facts/names.h"
-#include "tools/orblinkctl/facts/text_safety.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/names.h"
+#include "tools/orblinkctl/access/text_safety.h"
 #include "tools/orblinkctl/line/expansion.h"
 #include "tools/orblinkctl/line/grammar.h"
 #include "tools/orblinkctl/line/help.h"

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/log_lines.h"
 #include "tools/orblinkctl/line/session.h"
 #include "tools/orblinkctl/line/undo.h"
 #include "tools/orblinkctl/output/file.h"

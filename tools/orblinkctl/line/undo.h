@@ -2,7 +2,7 @@
 // knows; it defines these functions.
 #pragma once
 
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

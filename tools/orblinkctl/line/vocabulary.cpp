@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "tools/orblinkctl/access/names.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/facts/meanings.h"
-#include "tools/orblinkctl/facts/names.h"
-#include "tools/orblinkctl/facts/words.h"
 
 namespace ctl {
 

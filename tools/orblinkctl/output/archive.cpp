@@ -10,8 +10,8 @@
 #include <cstring>
 #include <ctime>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 #include "tools/orblinkctl/output/file.h"
 
 extern char** environ;

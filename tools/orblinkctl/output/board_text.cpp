@@ -1,7 +1,7 @@
 #include "tools/orblinkctl/output/board_text.h"
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {

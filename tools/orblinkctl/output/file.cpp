@@ -11,8 +11,8 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 #include "tools/orblinkctl/output/text.h"
 
 namespace ctl {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/output/columns.h"
 
 namespace ctl {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
 namespace ctl {
 

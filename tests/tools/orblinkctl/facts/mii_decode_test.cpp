@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace ctl {
 namespace {

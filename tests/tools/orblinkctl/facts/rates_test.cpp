@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace ctl {
 namespace {

@@ -11,7 +11,7 @@
 #include <fstream>
 #include <thread>
 
-#include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/access/failure.h"
 
 namespace ctl {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/output/columns.h"
 
 namespace ctl {

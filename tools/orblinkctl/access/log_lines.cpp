@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/log_lines.h"
+#include "tools/orblinkctl/access/log_lines.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "platform/ob_platform.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/text_safety.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/text_safety.h"
 
 namespace ctl {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 
 namespace ctl {
 

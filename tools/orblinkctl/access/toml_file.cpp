@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/toml_file.h"
+#include "tools/orblinkctl/access/toml_file.h"
 
 #include <toml++/toml.h>
 
@@ -8,8 +8,8 @@
 #include <fstream>
 
 #include "toml/text_check.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace ctl {
 

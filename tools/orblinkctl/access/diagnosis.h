@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/shared_state.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/shared_state.h"
 
 namespace ctl {
 

@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/library.h"
+#include "tools/orblinkctl/access/library.h"
 
 #include <sys/sem.h>
 #include <unistd.h>
@@ -9,13 +9,13 @@
 #include <cstring>
 #include <thread>
 
-#include "tools/orblinkctl/facts/diagnosis.h"
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/held_lock.h"
-#include "tools/orblinkctl/facts/log_lines.h"
-#include "tools/orblinkctl/facts/names.h"
-#include "tools/orblinkctl/facts/record_check.h"
-#include "tools/orblinkctl/facts/refusals.h"
+#include "tools/orblinkctl/access/diagnosis.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/held_lock.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/names.h"
+#include "tools/orblinkctl/access/record_check.h"
+#include "tools/orblinkctl/access/refusals.h"
 
 namespace ctl {
 

@@ -1,7 +1,7 @@
 // The lock of a family, held by this program itself for a few instructions.
 #pragma once
 
-#include "tools/orblinkctl/facts/shared_state.h"
+#include "tools/orblinkctl/access/shared_state.h"
 
 namespace ctl {
 

@@ -1,10 +1,10 @@
-#include "tools/orblinkctl/facts/record_check.h"
+#include "tools/orblinkctl/access/record_check.h"
 
 #include <algorithm>
 #include <cstdint>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

@@ -1,7 +1,7 @@
-#include "tools/orblinkctl/facts/model.h"
+#include "tools/orblinkctl/access/model.h"
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/words.h"
 
 template class nlohmann::basic_json<nlohmann::ordered_map>;
 

@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/system_log.h"
+#include "tools/orblinkctl/access/system_log.h"
 
 #include <regex>
 

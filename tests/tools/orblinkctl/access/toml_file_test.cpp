@@ -1,5 +1,5 @@
 // Files that the parser must not be given.
-#include "tools/orblinkctl/facts/toml_file.h"
+#include "tools/orblinkctl/access/toml_file.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace ctl {
 namespace {

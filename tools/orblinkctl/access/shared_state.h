@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/processes.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/processes.h"
 
 namespace ctl {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/orblinkctl/facts/json.h"
+#include "tools/orblinkctl/access/json.h"
 
 namespace ctl {
 

@@ -1,14 +1,14 @@
-#include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/access/names.h"
 
 #include <unistd.h>
 
 #include <map>
 
-#include "tools/orblinkctl/facts/failure.h"
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/model.h"
-#include "tools/orblinkctl/facts/text_safety.h"
-#include "tools/orblinkctl/facts/toml_file.h"
+#include "tools/orblinkctl/access/failure.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/text_safety.h"
+#include "tools/orblinkctl/access/toml_file.h"
 
 namespace ctl {
 

@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/shared_state.h"
+#include "tools/orblinkctl/access/shared_state.h"
 
 #include <fcntl.h>
 #include <sys/ipc.h>
@@ -13,7 +13,7 @@
 #include "common/shared_names.h"
 #include "phy/ethphy_api.h"
 #include "switch/orblink_api.h"
-#include "tools/orblinkctl/facts/unique_descriptor.h"
+#include "tools/orblinkctl/access/unique_descriptor.h"
 
 namespace ctl {
 

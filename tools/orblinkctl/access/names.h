@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

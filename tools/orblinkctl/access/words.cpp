@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/words.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,12 +1,12 @@
-#include "tools/orblinkctl/facts/refusals.h"
+#include "tools/orblinkctl/access/refusals.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
-#include "tools/orblinkctl/facts/library.h"
-#include "tools/orblinkctl/facts/log_lines.h"
-#include "tools/orblinkctl/facts/names.h"
+#include "tools/orblinkctl/access/library.h"
+#include "tools/orblinkctl/access/log_lines.h"
+#include "tools/orblinkctl/access/names.h"
 
 namespace ctl {
 

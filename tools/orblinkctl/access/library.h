@@ -6,8 +6,8 @@
 
 #include "phy/ethphy_api.h"
 #include "switch/orblink_api.h"
-#include "tools/orblinkctl/facts/shared_state.h"
-#include "tools/orblinkctl/facts/words.h"
+#include "tools/orblinkctl/access/shared_state.h"
+#include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/orblinkctl/facts/failure.h"
+#include "tools/orblinkctl/access/failure.h"
 
 namespace ctl {
 

@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/processes.h"
+#include "tools/orblinkctl/access/processes.h"
 
 #include <dirent.h>
 #include <sys/stat.h>

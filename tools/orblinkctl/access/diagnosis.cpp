@@ -1,11 +1,11 @@
-#include "tools/orblinkctl/facts/diagnosis.h"
+#include "tools/orblinkctl/access/diagnosis.h"
 
 #include <cerrno>
 #include <cstring>
 #include <ctime>
 
-#include "tools/orblinkctl/facts/json.h"
-#include "tools/orblinkctl/facts/text_safety.h"
+#include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/text_safety.h"
 
 namespace ctl {
 

@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/text_safety.h"
+#include "tools/orblinkctl/access/text_safety.h"
 
 #include <gtest/gtest.h>
 

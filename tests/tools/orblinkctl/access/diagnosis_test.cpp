@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/diagnosis.h"
+#include "tools/orblinkctl/access/diagnosis.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "tools/orblinkctl/facts/held_lock.h"
+#include "tools/orblinkctl/access/held_lock.h"
 
 #include <sys/sem.h>
 
