@@ -1,9 +1,11 @@
 #include "tools/orblink_hal_check/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -125,13 +127,20 @@ std::vector<std::string> SessionCommand(const Options& options, const std::strin
     return words;
 }
 
-void Print(const Options& options, const Result& result)
+// The exit code: the given one, unless nobody can read the text.
+int Print(const std::string& text, int code)
 {
-    const auto report = options.json    ? JsonReport
-                        : options.tap   ? TapReport
-                        : options.junit ? JunitReport
-                                        : TextReport;
-    fputs(report(result).c_str(), stdout);
+    return fputs(text.c_str(), stdout) >= 0 && fflush(stdout) == 0
+               ? code
+               : Complain(std::string("cannot write the output: ") + strerror(errno));
+}
+
+std::string ReportText(const Options& options, const Result& result)
+{
+    return options.json    ? JsonReport(result)
+           : options.tap   ? TapReport(result)
+           : options.junit ? JunitReport(result)
+                           : TextReport(result);
 }
 
 int CheckOnBoard(const Options& options, const fs::path& path, const LibraryFile& file,
@@ -160,8 +169,7 @@ int CheckOnBoard(const Options& options, const fs::path& path, const LibraryFile
         return std::ranges::find(options.ignored, finding.check) != options.ignored.end() ||
                (!options.slot.empty() && !finding.slot.empty() && finding.slot != options.slot);
     });
-    Print(options, result);
-    return result.findings.empty() ? kClean : kFound;
+    return Print(ReportText(options, result), result.findings.empty() ? kClean : kFound);
 }
 
 int CheckLibrary(const Options& options)
@@ -240,15 +248,15 @@ int RunCommandLine(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& wish) {
-        return app.exit(wish);
+        std::ostringstream text;
+        const int code = app.exit(wish, text);
+        return Print(text.str(), code);
     } catch (const CLI::ParseError& error) {
         fprintf(stderr, "orblink-hal-check: %s\n", error.what());
         return kUsage;
     }
-    if (options.list) {
-        fputs(ListOfChecks().c_str(), stdout);
-        return kClean;
-    }
+    if (options.list)
+        return Print(ListOfChecks(), kClean);
     if (options.library.empty()) {
         fprintf(stderr, "orblink-hal-check: LIBRARY is missing\n");
         return kUsage;

@@ -41,13 +41,13 @@ std::string Planted(const std::string& file)
     return Build() + "/tests/lib/" + file;
 }
 
-Outcome RunCheck(const std::string& arguments, const std::string& fault)
+Outcome RunCheck(const std::string& arguments, const std::string& fault, const std::string& streams)
 {
     std::string folder = "/tmp/orblink-hal-check-test.XXXXXX";
     EXPECT_NE(mkdtemp(folder.data()), nullptr);
     const std::string line = (fault.empty() ? "" : "FAULT=" + fault + " ") + Build() +
                              "/bin/orblink-hal-check " + arguments + " >" + folder + "/out 2>" +
-                             folder + "/err </dev/null";
+                             folder + "/err </dev/null " + streams;
     const int status = std::system(line.c_str());
     Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(folder + "/out"),
                     ReadFile(folder + "/err")};

@@ -16,8 +16,9 @@ struct Outcome {
 std::string Built(const std::string& file);
 std::string Planted(const std::string& file);
 
-// With the fault in the environment, if there is one.
-Outcome RunCheck(const std::string& arguments, const std::string& fault = "");
+// With the fault in the environment, if there is one, and streams that are not captured.
+Outcome RunCheck(const std::string& arguments, const std::string& fault = "",
+                 const std::string& streams = "");
 
 // The findings, each as its id, a blank and the slot.
 std::vector<std::string> Findings(const std::string& arguments, const std::string& fault = "");

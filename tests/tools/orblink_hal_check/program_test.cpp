@@ -115,6 +115,26 @@ TEST(HalCheckProgram, ReportsJunitThatIsEscaped)
                                        "unwritten\" type=\"GetEeePortState\">"));
 }
 
+TEST(HalCheckProgram, SaysThatNobodyCanReadTheReport)
+{
+    for (const std::string& wish :
+         {OneFault(""), OneFault("--json"), OneFault("--tap"), OneFault("--junit"),
+          std::string("--list"), std::string("--help")}) {
+        const Outcome outcome = RunCheck(wish, "", ">/dev/full");
+        EXPECT_EQ(outcome.code, 3) << wish;
+        EXPECT_EQ(outcome.err,
+                  "orblink-hal-check: cannot write the output: No space left on device\n");
+    }
+}
+
+TEST(HalCheckProgram, FindsTheSameWithClosedStreams)
+{
+    for (const char* const streams : {"<&-", ">&-", "2>&-", "<&- >&- 2>&-"}) {
+        EXPECT_EQ(RunCheck(OneFault(""), "forgets-result", streams).code, 1) << streams;
+        EXPECT_EQ(RunCheck(OneFault(""), "", streams).code, 0) << streams;
+    }
+}
+
 TEST(HalCheckProgram, LeavesNothingBehind)
 {
     std::string folder = "/tmp/orblink-hal-check-test.XXXXXX";
