@@ -57,5 +57,16 @@ def text(root, date):
               "names the object, what was not done, and the reason.",
               ".Ss What was not done", *listed(table["refusal"]),
               ".Ss Why", *listed(table["reason"]),
+              ".Ss What stands alone", "Three dots stand for what the command or the board names.",
+              *listed(table["failure"]),
+              ".Sh COMPLAINTS AT BOOT",
+              "In the log of", ".Ql orblink-config.service :", "one line, of one or two of these.",
+              *listed(table["boot"]),
+              ".Sh SWITCHES THAT LINUX DRIVES",
+              "Lines of the HAL library", ".Ql liborblink_linux.so",
+              "in the log.", "All but one are of severity 1: the slot has failed, and what it had",
+              "done is taken back.",
+              *listed(table["hal"]),
+              ".Ss What the kernel means", *listed(table["kernel"]),
               ".Sh SEE ALSO", ".Xr orblinkctl 1 ,", ".Xr orblink 7"]
     return "\n".join(lines) + "\n"
