@@ -35,8 +35,8 @@ uint32_t SlowEee(uint16_t abilities)
 
 bool Phy::Learn()
 {
-    caps = memory->caps;
-    if (memory->capsKnown != 0)
+    caps_ = memory_->caps;
+    if (memory_->capsKnown != 0)
         return true;
     uint16_t status = 0;
     bool certain = true;
@@ -45,8 +45,8 @@ bool Phy::Learn()
     if ((status & kExtendedRegisters) != 0 &&
         !(LearnMmds(certain) && LearnMultiGig() && LearnEee()))
         return false;
-    memory->caps = caps;
-    memory->capsKnown = certain ? 1 : 0;
+    memory_->caps = caps_;
+    memory_->capsKnown = certain ? 1 : 0;
     return true;
 }
 
@@ -55,13 +55,13 @@ bool Phy::LearnClause22(uint16_t& status)
     uint16_t extended = 0;
     if (!Read(kStatus, status) || !IsIdentified())
         return false;
-    caps = status >> kStatusModesShift;
-    caps |= CapIf((status & kNegotiationAble) != 0, ETHPHY_IEEE8023_NEGOTIATES);
+    caps_ = status >> kStatusModesShift;
+    caps_ |= CapIf((status & kNegotiationAble) != 0, ETHPHY_IEEE8023_NEGOTIATES);
     if ((status & kExtendedStatusExists) != 0 && !ReadAny(kExtendedStatus, extended))
         return false;
     extended = Ability(extended);
-    caps |= CapIf((extended & kExtendedGigabitFull) != 0, ETHPHY_IEEE8023_1000_FULL);
-    caps |= CapIf((extended & kExtendedGigabitHalf) != 0, ETHPHY_IEEE8023_1000_HALF);
+    caps_ |= CapIf((extended & kExtendedGigabitFull) != 0, ETHPHY_IEEE8023_1000_FULL);
+    caps_ |= CapIf((extended & kExtendedGigabitHalf) != 0, ETHPHY_IEEE8023_1000_HALF);
     return true;
 }
 
@@ -79,18 +79,18 @@ bool Phy::IsIdentified()
 bool Phy::LearnMmds(bool& certain)
 {
     bool frames =
-        hals::Uninterrupted([&] { return EPHAL_ReadMmd(devIdx, kAn, kDevicesInPackage, &mmds); });
-    if (frames && IsDeviceList(mmds)) {
-        caps |= ETHPHY_IEEE8023_MMD_FRAMES;
+        hals::Uninterrupted([&] { return EPHAL_ReadMmd(devIdx_, kAn, kDevicesInPackage, &mmds_); });
+    if (frames && IsDeviceList(mmds_)) {
+        caps_ |= ETHPHY_IEEE8023_MMD_FRAMES;
         return true;
     }
-    caps |= ETHPHY_IEEE8023_MMD_INDIRECT;
-    if (!ReadAnyMmd(kAn, kDevicesInPackage, mmds))
+    caps_ |= ETHPHY_IEEE8023_MMD_INDIRECT;
+    if (!ReadAnyMmd(kAn, kDevicesInPackage, mmds_))
         return false;
-    if (IsDeviceList(mmds))
+    if (IsDeviceList(mmds_))
         return true;
     certain = frames;
-    mmds = 0;
+    mmds_ = 0;
     return LearnUnlistedMmds(frames, certain);
 }
 
@@ -100,16 +100,16 @@ bool Phy::LearnUnlistedMmds(bool frames, bool& certain)
         bool found = false;
         if (way == ETHPHY_IEEE8023_MMD_FRAMES && !frames)
             continue;
-        caps = (caps & ~kMmdWays) | way;
+        caps_ = (caps_ & ~kMmdWays) | way;
         if (!HasUnlistedEee(found))
             return false;
         if (found) {
-            mmds = 1U << kPma | 1U << kPcs | 1U << kAn;
+            mmds_ = 1U << kPma | 1U << kPcs | 1U << kAn;
             certain = true;
             return true;
         }
     }
-    caps &= ~kMmdWays;
+    caps_ &= ~kMmdWays;
     return true;
 }
 
@@ -138,7 +138,7 @@ bool Phy::LearnMultiGig()
     uint16_t status = 0;
     uint16_t abilities = 0;
     uint16_t multiGig = 0;
-    if ((mmds & 1U << kPma) == 0)
+    if ((mmds_ & 1U << kPma) == 0)
         return true;
     if (!ReadAnyMmd(kPma, kPmaStatus2, status))
         return false;
@@ -151,9 +151,9 @@ bool Phy::LearnMultiGig()
         !ReadAnyMmd(kPma, kPmaMultiGigAbilities, multiGig))
         return false;
     multiGig = Ability(multiGig);
-    caps |= CapIf((multiGig & kPma2500) != 0, ETHPHY_IEEE8023_2500_FULL);
-    caps |= CapIf((multiGig & kPma5000) != 0, ETHPHY_IEEE8023_5000_FULL);
-    caps |= CapIf((abilities & kPma10000) != 0, ETHPHY_IEEE8023_10000_FULL);
+    caps_ |= CapIf((multiGig & kPma2500) != 0, ETHPHY_IEEE8023_2500_FULL);
+    caps_ |= CapIf((multiGig & kPma5000) != 0, ETHPHY_IEEE8023_5000_FULL);
+    caps_ |= CapIf((abilities & kPma10000) != 0, ETHPHY_IEEE8023_10000_FULL);
     return true;
 }
 
@@ -162,15 +162,15 @@ bool Phy::LearnEee()
 {
     uint16_t slow = 0;
     uint16_t fast = 0;
-    if ((mmds & 1U << kPcs) == 0)
+    if ((mmds_ & 1U << kPcs) == 0)
         return true;
     if (!ReadAnyMmd(kPcs, kEeeAbilities, slow) ||
         (Has(k2500Or5000) && !ReadAnyMmd(kPcs, kEeeAbilities2, fast)))
         return false;
     fast = Ability(fast);
-    caps |= SlowEee(Ability(slow));
-    caps |= CapIf((fast & kEee2500) != 0, ETHPHY_IEEE8023_EEE_2500);
-    caps |= CapIf((fast & kEee5000) != 0, ETHPHY_IEEE8023_EEE_5000);
+    caps_ |= SlowEee(Ability(slow));
+    caps_ |= CapIf((fast & kEee2500) != 0, ETHPHY_IEEE8023_EEE_2500);
+    caps_ |= CapIf((fast & kEee5000) != 0, ETHPHY_IEEE8023_EEE_5000);
     return true;
 }
 

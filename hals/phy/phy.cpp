@@ -4,13 +4,14 @@
 
 namespace ieee8023 {
 
-Phy::Phy(int deviceIndex) : devIdx(static_cast<uint8_t>(deviceIndex)), memory(MemoryOf(deviceIndex))
+Phy::Phy(int deviceIndex)
+    : devIdx_(static_cast<uint8_t>(deviceIndex)), memory_(MemoryOf(deviceIndex))
 {
 }
 
 bool Phy::ReadAny(uint8_t reg, uint16_t& value)
 {
-    if (!hals::Uninterrupted([&] { return EPHAL_ReadMdio(devIdx, reg, &value); }))
+    if (!hals::Uninterrupted([&] { return EPHAL_ReadMdio(devIdx_, reg, &value); }))
         return false;
     if (value != kNobody)
         CountClause22(reg, value);
@@ -24,7 +25,7 @@ bool Phy::Read(uint8_t reg, uint16_t& value)
 
 bool Phy::Write(uint8_t reg, uint16_t value)
 {
-    return hals::Uninterrupted([&] { return EPHAL_WriteMdio(devIdx, reg, value); });
+    return hals::Uninterrupted([&] { return EPHAL_WriteMdio(devIdx_, reg, value); });
 }
 
 bool Phy::SelectMmd(uint8_t mmd, uint16_t reg)
@@ -37,7 +38,7 @@ bool Phy::ReadAnyMmd(uint8_t mmd, uint16_t reg, uint16_t& value)
 {
     bool done = false;
     if (Has(ETHPHY_IEEE8023_MMD_FRAMES))
-        done = hals::Uninterrupted([&] { return EPHAL_ReadMmd(devIdx, mmd, reg, &value); });
+        done = hals::Uninterrupted([&] { return EPHAL_ReadMmd(devIdx_, mmd, reg, &value); });
     else if (Has(ETHPHY_IEEE8023_MMD_INDIRECT))
         done = SelectMmd(mmd, reg) && ReadAny(kMmdData, value);
     if (done && mmd == kPcs)
@@ -53,7 +54,7 @@ bool Phy::ReadMmd(uint8_t mmd, uint16_t reg, uint16_t& value)
 bool Phy::WriteMmd(uint8_t mmd, uint16_t reg, uint16_t value)
 {
     if (Has(ETHPHY_IEEE8023_MMD_FRAMES))
-        return hals::Uninterrupted([&] { return EPHAL_WriteMmd(devIdx, mmd, reg, value); });
+        return hals::Uninterrupted([&] { return EPHAL_WriteMmd(devIdx_, mmd, reg, value); });
     return Has(ETHPHY_IEEE8023_MMD_INDIRECT) && SelectMmd(mmd, reg) && Write(kMmdData, value);
 }
 
@@ -62,13 +63,13 @@ void Phy::CountClause22(uint8_t reg, uint16_t value)
 {
     if (reg == kStatus) {
         bool up = (value & kLinkUp) != 0;
-        if (!up && memory->linkWasUp != 0)
-            ++memory->linkDrops;
-        memory->linkWasUp = up ? 1 : 0;
+        if (!up && memory_->linkWasUp != 0)
+            ++memory_->linkDrops;
+        memory_->linkWasUp = up ? 1 : 0;
     }
     if (reg == kGigabitStatus && Has(kGigabit)) {
-        memory->idleErrors += value & kIdleErrors;
-        memory->masterFaults += (value & kMasterFault) != 0 ? 1 : 0;
+        memory_->idleErrors += value & kIdleErrors;
+        memory_->masterFaults += (value & kMasterFault) != 0 ? 1 : 0;
     }
 }
 
@@ -81,11 +82,11 @@ void Phy::CountPcs(uint16_t reg, uint16_t value)
     if ((!blocks && !wakes) || (value == kNobody && !Read(kControl, control)))
         return;
     if (wakes) {
-        memory->eeeWakeErrors += value;
+        memory_->eeeWakeErrors += value;
         return;
     }
-    memory->highBer += value >> kHighBerShift & kHighBer;
-    memory->erroredBlocks += value & kErroredBlocks;
+    memory_->highBer += value >> kHighBerShift & kHighBer;
+    memory_->erroredBlocks += value & kErroredBlocks;
 }
 
 }  // namespace ieee8023

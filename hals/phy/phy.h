@@ -14,9 +14,9 @@ public:
     explicit Phy(int deviceIndex);
 
     // False for a device index that no PHY has, and before Init.
-    bool Exists() const { return memory != nullptr; }
-    PhyMemory& Kept() { return *memory; }
-    uint8_t Index() const { return devIdx; }
+    bool Exists() const { return memory_ != nullptr; }
+    PhyMemory& Kept() { return *memory_; }
+    uint8_t Index() const { return devIdx_; }
 
     // Registers that cannot hold kNobody: reading it is a failure. What the PHY clears when it is
     // read is counted, whatever it was read for.
@@ -31,11 +31,11 @@ public:
     // Asks the PHY what it can, unless that is known already. Has and the Mmd functions rely on it.
     bool Learn();
     // What it can is asked anew next time.
-    void Forget() { memory->capsKnown = 0; }
+    void Forget() { memory_->capsKnown = 0; }
     // The link is about to drop because the HAL makes it.
-    void ExpectDrop() { memory->linkWasUp = 0; }
-    uint32_t Caps() const { return caps; }
-    bool Has(uint32_t anyOf) const { return (caps & anyOf) != 0; }
+    void ExpectDrop() { memory_->linkWasUp = 0; }
+    uint32_t Caps() const { return caps_; }
+    bool Has(uint32_t anyOf) const { return (caps_ & anyOf) != 0; }
 
 private:
     bool LearnClause22(uint16_t& status);
@@ -49,10 +49,10 @@ private:
     void CountClause22(uint8_t reg, uint16_t value);
     void CountPcs(uint16_t reg, uint16_t value);
 
-    uint8_t devIdx;
-    PhyMemory* memory;
-    uint32_t caps = 0;
-    uint16_t mmds = 0;  // bit n = MMD n, while learning
+    uint8_t devIdx_;
+    PhyMemory* memory_;
+    uint32_t caps_ = 0;
+    uint16_t mmds_ = 0;  // bit n = MMD n, while learning
 };
 
 constexpr uint32_t kMmdWays = ETHPHY_IEEE8023_MMD_FRAMES | ETHPHY_IEEE8023_MMD_INDIRECT;

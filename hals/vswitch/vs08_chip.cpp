@@ -43,20 +43,20 @@ uint8_t* PrivateDataOf(int devIdx, PrivateData& copy)
 
 bool Chip::Valid() const
 {
-    return IsSwitch(devIdx);
+    return IsSwitch(devIdx_);
 }
 
 bool Chip::ReadDirect(int reg, uint16_t& value) const
 {
     return Valid() && hals::Uninterrupted([&] {
-               return OBHAL_ReadMdio(static_cast<uint8_t>(devIdx), reg, &value);
+               return OBHAL_ReadMdio(static_cast<uint8_t>(devIdx_), reg, &value);
            });
 }
 
 bool Chip::WriteDirect(int reg, uint16_t value) const
 {
     return Valid() && hals::Uninterrupted([&] {
-               return OBHAL_WriteMdio(static_cast<uint8_t>(devIdx), reg, value);
+               return OBHAL_WriteMdio(static_cast<uint8_t>(devIdx_), reg, value);
            });
 }
 

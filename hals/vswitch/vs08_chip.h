@@ -10,7 +10,7 @@ namespace vs08 {
 // One switch. Every access fails on a device index that no switch can have.
 class Chip {
 public:
-    explicit Chip(int deviceIndex) : devIdx(deviceIndex) {}
+    explicit Chip(int deviceIndex) : devIdx_(deviceIndex) {}
 
     bool ReadDirect(int reg, uint16_t& value) const;
     bool WriteDirect(int reg, uint16_t value) const;
@@ -28,7 +28,7 @@ public:
 private:
     bool Valid() const;
 
-    int devIdx;
+    int devIdx_;
 };
 
 // What must outlive a call, in the library's shared memory.

@@ -62,7 +62,7 @@ int CheckAddress(const MailboxAddress& address, size_t size)
 
 ApplicationCpu::ApplicationCpu(const BoardDescription& board, Faults& activeFaults,
                                Journal& boardJournal)
-    : spec{board}, faults{activeFaults}, journal{boardJournal}
+    : spec_{board}, faults_{activeFaults}, journal_{boardJournal}
 {
     SendAgain(std::nullopt);
 }
@@ -70,11 +70,11 @@ ApplicationCpu::ApplicationCpu(const BoardDescription& board, Faults& activeFaul
 int ApplicationCpu::Open(int type)
 {
     JournalEntry entry{JournalKind::kMailbox, "socket", {{"type", type}}};
-    if (faults.Strike(FaultId::kMailboxDown))
+    if (faults_.Strike(FaultId::kMailboxDown))
         entry.error = ENETDOWN;
-    else if (auto error = faults.Strike(FaultId::kSocketError))
+    else if (auto error = faults_.Strike(FaultId::kSocketError))
         entry.error = static_cast<int>(*error);
-    return journal.Note(std::move(entry));
+    return journal_.Note(std::move(entry));
 }
 
 int ApplicationCpu::Bind(MailboxEnd& end, std::span<const uint8_t> bytes)
@@ -84,38 +84,38 @@ int ApplicationCpu::Bind(MailboxEnd& end, std::span<const uint8_t> bytes)
                        "bind",
                        {{"family", address.family}, {"mid", address.mid}, {"appid", address.appid}},
                        CheckAddress(address, bytes.size())};
-    if (faults.Strike(FaultId::kAppCpuDown))
+    if (faults_.Strike(FaultId::kAppCpuDown))
         entry.error = EHOSTDOWN;
-    else if (auto error = faults.Strike(FaultId::kBindError))
+    else if (auto error = faults_.Strike(FaultId::kBindError))
         entry.error = static_cast<int>(*error);
     else if (end.bound)
         entry.error = EINVAL;
     end.bound = end.bound || entry.error == 0;
-    return journal.Note(std::move(entry));
+    return journal_.Note(std::move(entry));
 }
 
 ApplicationCpu::Letter* ApplicationCpu::FindLetter(Family family)
 {
-    auto found = std::ranges::find(letters, family, &Letter::family);
-    return found != letters.end() ? &*found : nullptr;
+    auto found = std::ranges::find(letters_, family, &Letter::family);
+    return found != letters_.end() ? &*found : nullptr;
 }
 
 ApplicationCpu::Letter* ApplicationCpu::NextLetter()
 {
-    auto found = std::ranges::find(letters, Progress::kDue, &Letter::progress);
-    return found != letters.end() ? &*found : nullptr;
+    auto found = std::ranges::find(letters_, Progress::kDue, &Letter::progress);
+    return found != letters_.end() ? &*found : nullptr;
 }
 
 std::vector<uint8_t> ApplicationCpu::Compose(Family family)
 {
-    std::vector<uint8_t> message = BoardDataMessage(spec, family);
-    if (auto count = faults.Strike(FaultId::kDeviceCount))
+    std::vector<uint8_t> message = BoardDataMessage(spec_, family);
+    if (auto count = faults_.Strike(FaultId::kDeviceCount))
         message[DeviceCountOffset(family)] = static_cast<uint8_t>(*count);
-    if (auto type = faults.Strike(FaultId::kMessageType))
+    if (auto type = faults_.Strike(FaultId::kMessageType))
         PutWord(message, 0, *type);
-    if (auto length = faults.Strike(FaultId::kPayloadLength))
+    if (auto length = faults_.Strike(FaultId::kPayloadLength))
         PutWord(message, 4, *length);
-    if (auto size = faults.Strike(FaultId::kMessageSize))
+    if (auto size = faults_.Strike(FaultId::kMessageSize))
         message.resize(*size);
     return message;
 }
@@ -123,18 +123,18 @@ std::vector<uint8_t> ApplicationCpu::Compose(Family family)
 int ApplicationCpu::StartReceive(const MailboxEnd& end)
 {
     int refusal = end.bound ? 0 : EINVAL;
-    if (auto error = faults.Strike(FaultId::kReceiveError))
+    if (auto error = faults_.Strike(FaultId::kReceiveError))
         refusal = static_cast<int>(*error);
     if (refusal == 0)
         return 0;
-    return journal.Note({JournalKind::kMailbox, "receive", Json::object(), refusal});
+    return journal_.Note({JournalKind::kMailbox, "receive", Json::object(), refusal});
 }
 
 const std::vector<uint8_t>* ApplicationCpu::Offer(MailboxEnd& end)
 {
     Letter* letter = NextLetter();
     const bool busy = !end.bound || end.offered || end.unanswered;
-    if (busy || letter == nullptr || faults.IsSet(FaultId::kSilent))
+    if (busy || letter == nullptr || faults_.IsSet(FaultId::kSilent))
         return nullptr;
     letter->progress = Progress::kOffered;
     end.offered = letter->family;
@@ -147,11 +147,11 @@ void ApplicationCpu::Taken(MailboxEnd& end)
     if (Letter* letter = FindLetter(*end.offered))
         letter->progress = Progress::kSent;
     end.unanswered = std::exchange(end.offered, {});
-    journal.Note({JournalKind::kMailbox,
-                  "receive",
-                  {{"family", NameOf(*end.unanswered)},
-                   {"size", end.message.size()},
-                   {"bytes", Hex(end.message)}}});
+    journal_.Note({JournalKind::kMailbox,
+                   "receive",
+                   {{"family", NameOf(*end.unanswered)},
+                    {"size", end.message.size()},
+                    {"bytes", Hex(end.message)}}});
 }
 
 // Nobody has seen it: it is as if it had never been sent.
@@ -171,7 +171,7 @@ int ApplicationCpu::Acknowledge(MailboxEnd& end, std::span<const uint8_t> messag
     bool right = std::ranges::equal(message, kAcknowledgement);
     if (!end.unanswered) {
         entry.note = "nothing was to be acknowledged";
-        return journal.Note(std::move(entry));
+        return journal_.Note(std::move(entry));
     }
     entry.facts["family"] = NameOf(*end.unanswered);
     if (Letter* letter = FindLetter(*end.unanswered))
@@ -179,7 +179,7 @@ int ApplicationCpu::Acknowledge(MailboxEnd& end, std::span<const uint8_t> messag
     if (!right)
         entry.note = "not an acknowledgement: the board data will be sent again";
     end.unanswered.reset();
-    return journal.Note(std::move(entry));
+    return journal_.Note(std::move(entry));
 }
 
 int ApplicationCpu::Send(MailboxEnd& end, std::span<const uint8_t> message, size_t& taken)
@@ -188,13 +188,13 @@ int ApplicationCpu::Send(MailboxEnd& end, std::span<const uint8_t> message, size
     JournalEntry refused{JournalKind::kMailbox, "send", {{"size", message.size()}}};
     if (!end.bound)
         refused.error = ENOTCONN;
-    else if (auto error = faults.Strike(FaultId::kSendError))
+    else if (auto error = faults_.Strike(FaultId::kSendError))
         refused.error = static_cast<int>(*error);
     else if (message.size() > kMaxMessage)
         refused.error = EMSGSIZE;
     if (refused.error != 0)
-        return journal.Note(std::move(refused));
-    if (auto limit = faults.Strike(FaultId::kSendShort))
+        return journal_.Note(std::move(refused));
+    if (auto limit = faults_.Strike(FaultId::kSendShort))
         taken = std::min<size_t>(taken, *limit);
     return Acknowledge(end, message.first(taken));
 }
@@ -209,27 +209,27 @@ void ApplicationCpu::Close(MailboxEnd& end)
     }
     if (end.offered)
         TakeBack(end);
-    journal.Note(std::move(entry));
+    journal_.Note(std::move(entry));
     end = {};
 }
 
 void ApplicationCpu::SendAgain(std::optional<Family> family)
 {
     if (!family) {
-        letters.clear();
-        for (Family each : spec.order)
-            letters.push_back({each, Progress::kDue});
+        letters_.clear();
+        for (Family each : spec_.order)
+            letters_.push_back({each, Progress::kDue});
         return;
     }
-    std::erase_if(letters, [&](const Letter& letter) { return letter.family == *family; });
-    letters.insert(letters.begin(), {*family, Progress::kDue});
+    std::erase_if(letters_, [&](const Letter& letter) { return letter.family == *family; });
+    letters_.insert(letters_.begin(), {*family, Progress::kDue});
 }
 
 Json ApplicationCpu::State() const
 {
     static constexpr std::string_view kProgress[] = {"due", "due", "sent", "acknowledged"};
     Json state = Json::object();
-    for (const Letter& letter : letters)
+    for (const Letter& letter : letters_)
         state[NameOf(letter.family)] = kProgress[static_cast<size_t>(letter.progress)];
     return state;
 }

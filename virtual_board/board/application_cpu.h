@@ -60,10 +60,10 @@ private:
     void TakeBack(MailboxEnd& end);
     int Acknowledge(MailboxEnd& end, std::span<const uint8_t> message);
 
-    const BoardDescription& spec;
-    Faults& faults;
-    Journal& journal;
-    std::vector<Letter> letters;
+    const BoardDescription& spec_;
+    Faults& faults_;
+    Journal& journal_;
+    std::vector<Letter> letters_;
 };
 
 }  // namespace vboard

@@ -22,7 +22,7 @@ public:
     // How much longer, unless another frame comes; zero: they may sleep.
     std::chrono::nanoseconds Left() const;
 
-    int Fd() const override { return timer.Get(); }
+    int Fd() const override { return timer_.Get(); }
     std::optional<std::chrono::nanoseconds> Wait() const override { return std::nullopt; }
     void Serve() override;
 
@@ -32,11 +32,11 @@ private:
     bool Request();
     void LookAgainAfter(std::chrono::nanoseconds time);
 
-    std::string path;
-    std::chrono::milliseconds last;
-    UniqueFd timer;
-    UniqueFd request;
-    Clock::time_point lastFrame;
+    std::string path_;
+    std::chrono::milliseconds last_;
+    UniqueFd timer_;
+    UniqueFd request_;
+    Clock::time_point lastFrame_;
 };
 
 }  // namespace vboard

@@ -8,19 +8,19 @@ namespace vboard {
 
 class BoardClock {
 public:
-    explicit BoardClock(double timeScale) : scale{timeScale} {}
+    explicit BoardClock(double timeScale) : scale_{timeScale} {}
 
-    double Scale() const { return scale; }
+    double Scale() const { return scale_; }
     std::chrono::nanoseconds Now() const
     {
-        std::chrono::duration<double, std::nano> real = std::chrono::steady_clock::now() - start;
+        std::chrono::duration<double, std::nano> real = std::chrono::steady_clock::now() - start_;
         return std::chrono::nanoseconds{
-            static_cast<std::chrono::nanoseconds::rep>(real.count() / scale)};
+            static_cast<std::chrono::nanoseconds::rep>(real.count() / scale_)};
     }
 
 private:
-    double scale;
-    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+    double scale_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
 }  // namespace vboard

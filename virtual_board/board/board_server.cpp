@@ -80,45 +80,45 @@ pid_t PeerPid(int fd)
 }  // namespace
 
 BoardServer::BoardServer(VirtualBoard& served, std::string socketPath)
-    : board{served}, path{std::move(socketPath)}, listener{Listen(path)}
+    : board_{served}, path_{std::move(socketPath)}, listener_{Listen(path_)}
 {
-    poller.Watch(listener.Get(), {kListener, 0});
-    Add(board.Mailboxes());
+    poller_.Watch(listener_.Get(), {kListener, 0});
+    Add(board_.Mailboxes());
 }
 
 BoardServer::~BoardServer()
 {
-    unlink(path.c_str());  // result dropped: its directory goes as well
+    unlink(path_.c_str());  // result dropped: its directory goes as well
 }
 
 void BoardServer::Add(Background& background)
 {
-    poller.Watch(background.Fd(), {kBackground, static_cast<uint32_t>(backgrounds.size())});
-    backgrounds.push_back(&background);
+    poller_.Watch(background.Fd(), {kBackground, static_cast<uint32_t>(backgrounds_.size())});
+    backgrounds_.push_back(&background);
 }
 
 void BoardServer::AddCallers(Background& background)
 {
-    callersNumber = static_cast<uint32_t>(backgrounds.size());
-    callers = &background;
+    callersNumber_ = static_cast<uint32_t>(backgrounds_.size());
+    callers_ = &background;
     Add(background);
 }
 
 void BoardServer::KeepProcessorsAwake()
 {
-    Add(awake.emplace());
+    Add(awake_.emplace());
 }
 
 void BoardServer::Accept()
 {
     for (;;) {
-        UniqueFd fd{accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
+        UniqueFd fd{accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
         if (!fd)
             return;
         const int number = fd.Get();
         const pid_t peer = PeerPid(number);
-        poller.Watch(number, {kSession, static_cast<uint32_t>(number)});
-        Session& session = sessions[number] = {std::move(fd), peer};
+        poller_.Watch(number, {kSession, static_cast<uint32_t>(number)});
+        Session& session = sessions_[number] = {std::move(fd), peer};
         ReadPackets(session);
         WaitForRoom(session);
     }
@@ -151,15 +151,15 @@ void BoardServer::HandlePacket(Session& session, std::span<const uint8_t> packet
     if (request.magic != wire::kMagic || request.dataSize != data.size())
         return Queue(session, {-1, EPROTO});
     const pid_t process = request.process != 0 ? request.process : session.peer;
-    Queue(session, board.Ask({process, request.op, request.arg, data, descriptor}));
+    Queue(session, board_.Ask({process, request.op, request.arg, data, descriptor}));
 }
 
 void BoardServer::HandleControl(Session& session, std::span<const uint8_t> json)
 {
     Json command = Json::parse(json.begin(), json.end(), nullptr, false);
-    board.Mailboxes().Serve();  // what programs have sent comes before what is asked
+    board_.Mailboxes().Serve();  // what programs have sent comes before what is asked
     const std::string text =
-        Control(board, command).dump(-1, ' ', false, Json::error_handler_t::replace);
+        Control(board_, command).dump(-1, ' ', false, Json::error_handler_t::replace);
     for (size_t at = 0; at < text.size(); at += kControlPacket) {
         std::string part = text.substr(at, kControlPacket);
         session.outbox.push_back({{part.begin(), part.end()}});
@@ -198,14 +198,14 @@ void BoardServer::WaitForRoom(Session& session)
     if (std::exchange(session.sends, sends) == sends)
         return;
     const int fd = session.fd.Get();
-    poller.WatchFor(fd, {kSession, static_cast<uint32_t>(fd)}, sends ? EPOLLOUT : EPOLLIN);
+    poller_.WatchFor(fd, {kSession, static_cast<uint32_t>(fd)}, sends ? EPOLLOUT : EPOLLIN);
 }
 
 void BoardServer::DropGone()
 {
-    std::erase_if(sessions, [this](const auto& entry) {
+    std::erase_if(sessions_, [this](const auto& entry) {
         if (entry.second.gone)
-            poller.Forget(entry.first);
+            poller_.Forget(entry.first);
         return entry.second.gone;
     });
 }
@@ -213,9 +213,9 @@ void BoardServer::DropGone()
 // Until the cables or one of the backgrounds have to go on.
 Poller::Limit BoardServer::Limit() const
 {
-    const Cables* traffic = board.Plugged();
+    const Cables* traffic = board_.Plugged();
     auto limit = traffic != nullptr ? traffic->Wait() : std::nullopt;
-    for (const Background* background : backgrounds)
+    for (const Background* background : backgrounds_)
         if (const auto wait = background->Wait())
             limit = limit ? std::min(*limit, *wait) : *wait;
     return limit;
@@ -234,21 +234,21 @@ void BoardServer::ServeSession(Session& session, uint32_t events)
 // else happens.
 void BoardServer::AwaitCall(bool await)
 {
-    if (std::exchange(awaitsCall, await) == await)
+    if (std::exchange(awaitsCall_, await) == await)
         return;
     if (await)
-        poller.Forget(callers->Fd());
+        poller_.Forget(callers_->Fd());
     else
-        poller.Watch(callers->Fd(), {kBackground, callersNumber});
+        poller_.Watch(callers_->Fd(), {kBackground, callersNumber_});
 }
 
 // False when something else is to be looked at.
 bool BoardServer::ServeCall()
 {
-    if (!awaitsCall || callsInARow == kCallsInARow || !poller.WaitAt(callers->Fd(), Limit()))
+    if (!awaitsCall_ || callsInARow_ == kCallsInARow || !poller_.WaitAt(callers_->Fd(), Limit()))
         return false;
-    ++callsInARow;
-    callers->ServeOne();
+    ++callsInARow_;
+    callers_->ServeOne();
     return true;
 }
 
@@ -256,22 +256,22 @@ bool BoardServer::ServeCall()
 bool BoardServer::ServeReady(std::chrono::nanoseconds eager)
 {
     bool woken = false;
-    const auto ready = poller.Wait(awaitsCall ? Poller::Limit{0} : Limit(), eager);
+    const auto ready = poller_.Wait(awaitsCall_ ? Poller::Limit{0} : Limit(), eager);
     if (!ready.empty())
         AwaitCall(false);
-    callsInARow = 0;
+    callsInARow_ = 0;
     for (const auto& [mark, events] : ready) {
         if (mark.kind == kWake) {
             woken = true;
         } else if (mark.kind == kListener) {
             Accept();
         } else if (mark.kind == kCable) {
-            readyCables.push_back(mark.number);
+            readyCables_.push_back(mark.number);
         } else if (mark.kind == kSession) {
-            ServeSession(sessions.at(static_cast<int>(mark.number)), events);
+            ServeSession(sessions_.at(static_cast<int>(mark.number)), events);
         } else {
-            backgrounds[mark.number]->Serve();
-            AwaitCall(backgrounds[mark.number] == callers || awaitsCall);
+            backgrounds_[mark.number]->Serve();
+            AwaitCall(backgrounds_[mark.number] == callers_ || awaitsCall_);
         }
     }
     return woken;
@@ -279,36 +279,36 @@ bool BoardServer::ServeReady(std::chrono::nanoseconds eager)
 
 bool BoardServer::Round()
 {
-    std::chrono::nanoseconds eager = readyCables.empty() ? kNoTime : kEager;
-    if (awake)
-        eager = std::max(eager, awake->Left());
-    readyCables.clear();
+    std::chrono::nanoseconds eager = readyCables_.empty() ? kNoTime : kEager;
+    if (awake_)
+        eager = std::max(eager, awake_->Left());
+    readyCables_.clear();
     const bool woken = !ServeCall() && ServeReady(eager);
-    if (awake && !readyCables.empty())
-        awake->FramesPass();
+    if (awake_ && !readyCables_.empty())
+        awake_->FramesPass();
     // One that has nothing to do is not asked: it would cost each frame a system call.
-    for (Background* background : backgrounds) {
+    for (Background* background : backgrounds_) {
         const auto wait = background->Wait();
         if (wait && wait->count() <= 0)
             background->Serve();
     }
     // A control command may have made a message due.
-    board.Mailboxes().Serve();
+    board_.Mailboxes().Serve();
     // Last, so that what clients have changed shows at the cables at once.
-    if (Cables* traffic = board.Plugged())
-        traffic->Serve(readyCables);
+    if (Cables* traffic = board_.Plugged())
+        traffic->Serve(readyCables_);
     DropGone();
     return woken;
 }
 
 void BoardServer::Run(int wakeFd, const std::function<bool()>& stop)
 {
-    poller.Watch(wakeFd, {kWake, 0});
-    if (Cables* traffic = board.Plugged())
-        traffic->Watch(poller, kCable);
+    poller_.Watch(wakeFd, {kWake, 0});
+    if (Cables* traffic = board_.Plugged())
+        traffic->Watch(poller_, kCable);
     while (!Round() || !stop()) {
     }
-    poller.Forget(wakeFd);
+    poller_.Forget(wakeFd);
 }
 
 }  // namespace vboard

@@ -65,18 +65,18 @@ private:
     void ServeSession(Session& session, uint32_t events);
     bool Round();
 
-    VirtualBoard& board;
-    std::string path;
-    UniqueFd listener;
-    Poller poller;
-    std::map<int, Session> sessions;  // by descriptor
-    std::optional<AwakeProcessors> awake;
-    std::vector<Background*> backgrounds;
-    Background* callers = nullptr;
-    uint32_t callersNumber = 0;
-    bool awaitsCall = false;  // and the poller does not
-    unsigned callsInARow = 0;
-    std::vector<uint32_t> readyCables;
+    VirtualBoard& board_;
+    std::string path_;
+    UniqueFd listener_;
+    Poller poller_;
+    std::map<int, Session> sessions_;  // by descriptor
+    std::optional<AwakeProcessors> awake_;
+    std::vector<Background*> backgrounds_;
+    Background* callers_ = nullptr;
+    uint32_t callersNumber_ = 0;
+    bool awaitsCall_ = false;  // and the poller does not
+    unsigned callsInARow_ = 0;
+    std::vector<uint32_t> readyCables_;
 };
 
 }  // namespace vboard

@@ -12,7 +12,7 @@ namespace vboard {
 
 class Faults {
 public:
-    void Add(const Fault& fault) { active.push_back(fault); }
+    void Add(const Fault& fault) { active_.push_back(fault); }
     size_t Clear();  // the number that was set
 
     // Counts one occurrence; the value when a fault strikes it.
@@ -24,7 +24,7 @@ public:
     nlohmann::ordered_json Show() const;
 
 private:
-    std::vector<Fault> active;
+    std::vector<Fault> active_;
 };
 
 }  // namespace vboard

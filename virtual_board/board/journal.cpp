@@ -8,18 +8,18 @@ namespace vboard {
 
 void NamedNumbers::AddTo(Json& facts) const
 {
-    for (size_t i = 0; i < count; ++i)
-        facts[numbers[i].name] = numbers[i].value;
+    for (size_t i = 0; i < count_; ++i)
+        facts[numbers_[i].name] = numbers_[i].value;
 }
 
 int Journal::Note(JournalEntry entry)
 {
-    if (entries.size() >= capacity) {
-        entries.pop_front();
-        ++dropped;
+    if (entries_.size() >= capacity_) {
+        entries_.pop_front();
+        ++dropped_;
     }
     int error = entry.error;
-    entries.push_back({next++, clock.Now(), pid, std::move(entry)});
+    entries_.push_back({next_++, clock_.Now(), pid_, std::move(entry)});
     return error;
 }
 
@@ -44,9 +44,9 @@ Json Journal::Show(const JournalQuery& query) const
 {
     Json shown = Json::array();
     auto wanted = [&](const Stamped& one) { return !query.kind || one.entry.kind == *query.kind; };
-    auto matching = static_cast<size_t>(std::count_if(entries.begin(), entries.end(), wanted));
+    auto matching = static_cast<size_t>(std::count_if(entries_.begin(), entries_.end(), wanted));
     size_t skip = matching > query.tail ? matching - query.tail : 0;
-    for (const Stamped& one : entries) {
+    for (const Stamped& one : entries_) {
         if (!wanted(one))
             continue;
         if (skip > 0)
@@ -54,7 +54,7 @@ Json Journal::Show(const JournalQuery& query) const
         else
             shown.push_back(ShowEntry(one));
     }
-    return {{"dropped", dropped}, {"entries", std::move(shown)}};
+    return {{"dropped", dropped_}, {"entries", std::move(shown)}};
 }
 
 std::string ErrnoName(int error)

@@ -27,7 +27,7 @@ inline constexpr std::string_view kJournalKindNames[] = {"mailbox", "mdio", "gpi
 class NamedNumbers {
 public:
     // There is room for five.
-    void Add(const char* name, uint32_t value) { numbers.at(count++) = {name, value}; }
+    void Add(const char* name, uint32_t value) { numbers_.at(count_++) = {name, value}; }
     void AddTo(Json& facts) const;
 
 private:
@@ -35,8 +35,8 @@ private:
         const char* name;
         uint32_t value;
     };
-    std::array<Number, 5> numbers{};
-    size_t count = 0;
+    std::array<Number, 5> numbers_{};
+    size_t count_ = 0;
 };
 
 struct JournalEntry {
@@ -56,18 +56,18 @@ struct JournalQuery {
 class Journal {
 public:
     explicit Journal(const BoardClock& boardClock, size_t limit = 16384)
-        : clock{boardClock}, capacity{limit}
+        : clock_{boardClock}, capacity_{limit}
     {
     }
 
     // Whose call the entries that follow belong to; 0 = the board's own.
-    void SetCaller(pid_t caller) { pid = caller; }
+    void SetCaller(pid_t caller) { pid_ = caller; }
 
     // Returns entry.error, so that a call can be noted and ended in one statement.
     int Note(JournalEntry entry);
 
-    uint64_t Dropped() const { return dropped; }
-    size_t Size() const { return entries.size(); }
+    uint64_t Dropped() const { return dropped_; }
+    size_t Size() const { return entries_.size(); }
 
     // {"dropped": n, "entries": [{"number", "timeNs", "pid", "kind", "call", "facts", "result",
     // "note"}...]}
@@ -82,12 +82,12 @@ private:
     };
     static Json ShowEntry(const Stamped& stamped);
 
-    const BoardClock& clock;
-    size_t capacity;
-    pid_t pid = 0;
-    uint64_t next = 1;
-    uint64_t dropped = 0;
-    std::deque<Stamped> entries;
+    const BoardClock& clock_;
+    size_t capacity_;
+    pid_t pid_ = 0;
+    uint64_t next_ = 1;
+    uint64_t dropped_ = 0;
+    std::deque<Stamped> entries_;
 };
 
 // "EIO" for an errno, "ok" for 0.

@@ -24,25 +24,25 @@ bool LiesUnread(int fd)
 }  // namespace
 
 MailboxSockets::MailboxSockets(ApplicationCpu& applicationCpu, Journal& boardJournal)
-    : cpu{applicationCpu}, journal{boardJournal}, epoll{epoll_create1(EPOLL_CLOEXEC)}
+    : cpu_{applicationCpu}, journal_{boardJournal}, epoll_{epoll_create1(EPOLL_CLOEXEC)}
 {
-    if (!epoll)
+    if (!epoll_)
         throw std::system_error(errno, std::generic_category(), "cannot wait for mailboxes");
 }
 
 MailboxSockets::Line* MailboxSockets::Find(uint32_t id)
 {
-    auto found = lines.find(id);
-    return found != lines.end() ? &found->second : nullptr;
+    auto found = lines_.find(id);
+    return found != lines_.end() ? &found->second : nullptr;
 }
 
 int MailboxSockets::Bind(pid_t process, std::span<const uint8_t> address, uint32_t& id)
 {
     Line line{process, {}};
-    if (const int error = cpu.Bind(line.end, address); error != 0)
+    if (const int error = cpu_.Bind(line.end, address); error != 0)
         return error;
-    id = ++lastId;
-    lines.emplace(id, std::move(line));
+    id = ++lastId_;
+    lines_.emplace(id, std::move(line));
     return 0;
 }
 
@@ -55,7 +55,7 @@ int MailboxSockets::Adopt(uint32_t id, UniqueFd end)
     epoll_event event{};
     event.events = EPOLLIN | EPOLLOUT | EPOLLRDHUP | EPOLLET;
     event.data.u32 = id;
-    if (epoll_ctl(epoll.Get(), EPOLL_CTL_ADD, end.Get(), &event) != 0)
+    if (epoll_ctl(epoll_.Get(), EPOLL_CTL_ADD, end.Get(), &event) != 0)
         return errno;
     line->fd = std::move(end);
     SendDue();
@@ -65,7 +65,7 @@ int MailboxSockets::Adopt(uint32_t id, UniqueFd end)
 int MailboxSockets::StartReceive(uint32_t id)
 {
     Line* line = Find(id);
-    return line != nullptr ? cpu.StartReceive(line->end) : EBADF;
+    return line != nullptr ? cpu_.StartReceive(line->end) : EBADF;
 }
 
 int MailboxSockets::Send(uint32_t id, std::span<const uint8_t> message, size_t& taken)
@@ -74,13 +74,13 @@ int MailboxSockets::Send(uint32_t id, std::span<const uint8_t> message, size_t& 
     if (line == nullptr)
         return EBADF;
     NoticeReading(*line);
-    return cpu.Send(line->end, message, taken);
+    return cpu_.Send(line->end, message, taken);
 }
 
 void MailboxSockets::NoticeReading(Line& line)
 {
     if (line.end.offered && !line.leftUnread && !LiesUnread(line.fd.Get()))
-        cpu.Taken(line.end);
+        cpu_.Taken(line.end);
 }
 
 // False once the program has closed its end.
@@ -94,7 +94,7 @@ bool MailboxSockets::ReadAll(Line& line)
         if (size > 0) {
             NoticeReading(line);
             size_t taken = 0;
-            cpu.Send(line.end, {packet, static_cast<size_t>(size)}, taken);
+            cpu_.Send(line.end, {packet, static_cast<size_t>(size)}, taken);
         } else if (errno == ECONNRESET) {
             line.leftUnread = true;
         } else if (errno != EINTR) {
@@ -108,21 +108,21 @@ void MailboxSockets::Follow(uint32_t id)
     Line* line = Find(id);
     if (line == nullptr)
         return;
-    journal.SetCaller(line->process);
+    journal_.SetCaller(line->process);
     const bool open = ReadAll(*line);
     NoticeReading(*line);
     if (open)
         return;
-    cpu.Close(line->end);
-    lines.erase(id);
+    cpu_.Close(line->end);
+    lines_.erase(id);
 }
 
 // At most one message lies in a socket. Whoever has bound first is served first; an empty packet
 // cannot be told from a closed socket, and is sent all the same when a fault asks for it.
 void MailboxSockets::SendDue()
 {
-    for (auto& [id, line] : lines) {
-        const auto* message = line.fd ? cpu.Offer(line.end) : nullptr;
+    for (auto& [id, line] : lines_) {
+        const auto* message = line.fd ? cpu_.Offer(line.end) : nullptr;
         if (message != nullptr)  // result dropped: the other end does not wait, or is gone
             send(line.fd.Get(), message->data(), message->size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     }
@@ -130,12 +130,12 @@ void MailboxSockets::SendDue()
 
 void MailboxSockets::Serve()
 {
-    if (lines.empty())
+    if (lines_.empty())
         return;
     epoll_event events[kEventsAtOnce];
     int count;
     do {
-        count = epoll_wait(epoll.Get(), events, kEventsAtOnce, 0);
+        count = epoll_wait(epoll_.Get(), events, kEventsAtOnce, 0);
         for (int i = 0; i < count; ++i)
             Follow(events[i].data.u32);
     } while (count == kEventsAtOnce);

@@ -28,7 +28,7 @@ public:
     int StartReceive(uint32_t id);
     int Send(uint32_t id, std::span<const uint8_t> message, size_t& taken);
 
-    int Fd() const override { return epoll.Get(); }
+    int Fd() const override { return epoll_.Get(); }
     std::optional<std::chrono::nanoseconds> Wait() const override { return std::nullopt; }
     // Takes what the programs have done, and sends what is due.
     void Serve() override;
@@ -47,11 +47,11 @@ private:
     bool ReadAll(Line& line);
     void SendDue();
 
-    ApplicationCpu& cpu;
-    Journal& journal;
-    UniqueFd epoll;
-    std::map<uint32_t, Line> lines;  // in the order in which they were bound
-    uint32_t lastId = 0;
+    ApplicationCpu& cpu_;
+    Journal& journal_;
+    UniqueFd epoll_;
+    std::map<uint32_t, Line> lines_;  // in the order in which they were bound
+    uint32_t lastId_ = 0;
 };
 
 }  // namespace vboard

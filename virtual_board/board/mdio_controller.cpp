@@ -14,11 +14,11 @@ constexpr uint16_t kNobodyAnswers = 0xFFFF;  // the pulled-up bus
 MdioController::MdioController(const std::vector<Device>& boardDevices, uint32_t busCount,
                                Faults& activeFaults, Journal& boardJournal,
                                const BoardClock& boardClock)
-    : devices{boardDevices},
-      buses{busCount},
-      faults{activeFaults},
-      journal{boardJournal},
-      clock{boardClock}
+    : devices_{boardDevices},
+      buses_{busCount},
+      faults_{activeFaults},
+      journal_{boardJournal},
+      clock_{boardClock}
 {
 }
 
@@ -31,12 +31,12 @@ int MdioController::Decode(const wire::MiiAccess& access, Target& target) const
     unsigned highest = target.clause45 ? 0x3FF : 31;
     if (rest > highest || (!target.clause45 && access.reg > kMaxClause22))
         return EINVAL;
-    return access.bus < buses ? 0 : ENODEV;
+    return access.bus < buses_ ? 0 : ENODEV;
 }
 
 MdioDevice* MdioController::Find(uint16_t bus, uint8_t address) const
 {
-    for (const Device& device : devices)
+    for (const Device& device : devices_)
         if (device.wiring->mdioBus == bus && device.wiring->mdioAddr == address)
             return device.chip.get();
     return nullptr;
@@ -45,7 +45,7 @@ MdioDevice* MdioController::Find(uint16_t bus, uint8_t address) const
 bool MdioController::Run(MdioDevice& chip, const Target& target, wire::MiiAccess& access) const
 {
     auto reg22 = static_cast<uint8_t>(access.reg);
-    chip.Advance(clock.Now());
+    chip.Advance(clock_.Now());
     if (access.write != 0)
         return target.clause45 ? chip.Write45(target.mmd, access.reg, access.valueIn)
                                : chip.Write22(reg22, access.valueIn);
@@ -56,7 +56,7 @@ bool MdioController::Run(MdioDevice& chip, const Target& target, wire::MiiAccess
 
 int MdioController::Reach(const Target& target, wire::MiiAccess& access, std::string& note)
 {
-    if (auto error = faults.Strike(FaultId::kMdioError)) {
+    if (auto error = faults_.Strike(FaultId::kMdioError)) {
         note = "fault";
         return static_cast<int>(*error);
     }
@@ -88,7 +88,7 @@ int MdioController::Access(wire::MiiAccess& access)
         entry.more.Add("value", access.valueIn);
     else if (entry.error == 0)
         entry.more.Add("value", access.valueOut);
-    return journal.Note(std::move(entry));
+    return journal_.Note(std::move(entry));
 }
 
 }  // namespace vboard

@@ -43,11 +43,11 @@ private:
     bool Run(MdioDevice& chip, const Target& target, wire::MiiAccess& access) const;
     int Reach(const Target& target, wire::MiiAccess& access, std::string& note);
 
-    const std::vector<Device>& devices;
-    uint32_t buses;
-    Faults& faults;
-    Journal& journal;
-    const BoardClock& clock;
+    const std::vector<Device>& devices_;
+    uint32_t buses_;
+    Faults& faults_;
+    Journal& journal_;
+    const BoardClock& clock_;
 };
 
 }  // namespace vboard

@@ -22,32 +22,32 @@ epoll_event EventOf(Poller::Mark mark, uint32_t events)
 // A limit as system calls take it.
 class Timeout {
 public:
-    explicit Timeout(Poller::Limit limit) : limited(limit.has_value())
+    explicit Timeout(Poller::Limit limit) : limited_(limit.has_value())
     {
         if (!limit)
             return;
-        time.tv_sec = static_cast<time_t>(limit->count() / 1'000'000'000);
-        time.tv_nsec = static_cast<long>(limit->count() % 1'000'000'000);
+        time_.tv_sec = static_cast<time_t>(limit->count() / 1'000'000'000);
+        time_.tv_nsec = static_cast<long>(limit->count() % 1'000'000'000);
     }
-    const timespec* Get() const { return limited ? &time : nullptr; }
+    const timespec* Get() const { return limited_ ? &time_ : nullptr; }
 
 private:
-    bool limited;
-    timespec time{};
+    bool limited_;
+    timespec time_{};
 };
 
 }  // namespace
 
-Poller::Poller() : epoll{epoll_create1(EPOLL_CLOEXEC)}
+Poller::Poller() : epoll_{epoll_create1(EPOLL_CLOEXEC)}
 {
-    if (!epoll)
+    if (!epoll_)
         Fail("cannot wait for descriptors");
 }
 
 void Poller::Watch(int fd, Mark mark, uint32_t events)
 {
     epoll_event event = EventOf(mark, events);
-    if (epoll_ctl(epoll.Get(), EPOLL_CTL_ADD, fd, &event) != 0)
+    if (epoll_ctl(epoll_.Get(), EPOLL_CTL_ADD, fd, &event) != 0)
         Fail("cannot wait for descriptors");
 }
 
@@ -55,13 +55,13 @@ void Poller::WatchFor(int fd, Mark mark, uint32_t events)
 {
     epoll_event event = EventOf(mark, events);
     // Result dropped: it is watched.
-    static_cast<void>(epoll_ctl(epoll.Get(), EPOLL_CTL_MOD, fd, &event));
+    static_cast<void>(epoll_ctl(epoll_.Get(), EPOLL_CTL_MOD, fd, &event));
 }
 
 void Poller::Forget(int fd)
 {
     // Result dropped: it may be out already.
-    static_cast<void>(epoll_ctl(epoll.Get(), EPOLL_CTL_DEL, fd, nullptr));
+    static_cast<void>(epoll_ctl(epoll_.Get(), EPOLL_CTL_DEL, fd, nullptr));
 }
 
 int Poller::LookFor(std::chrono::nanoseconds time, Events& events) const
@@ -69,7 +69,7 @@ int Poller::LookFor(std::chrono::nanoseconds time, Events& events) const
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + time;
     do {
-        const int count = epoll_wait(epoll.Get(), events.data(), kAtOnce, 0);
+        const int count = epoll_wait(epoll_.Get(), events.data(), kAtOnce, 0);
         if (count != 0)
             return count;
         sched_yield();  // to whoever has something to send
@@ -80,13 +80,13 @@ int Poller::LookFor(std::chrono::nanoseconds time, Events& events) const
 int Poller::SleepFor(Limit limit, Events& events) const
 {
     const Timeout timeout{limit};
-    const int count = epoll_pwait2(epoll.Get(), events.data(), kAtOnce, timeout.Get(), nullptr);
+    const int count = epoll_pwait2(epoll_.Get(), events.data(), kAtOnce, timeout.Get(), nullptr);
     if (count >= 0 || errno == EINTR)
         return count;
     // Kernels before 5.11, and sandboxes of their time, take two calls.
-    pollfd any{epoll.Get(), POLLIN, 0};
+    pollfd any{epoll_.Get(), POLLIN, 0};
     ppoll(&any, 1, timeout.Get(), nullptr);
-    return epoll_wait(epoll.Get(), events.data(), kAtOnce, 0);
+    return epoll_wait(epoll_.Get(), events.data(), kAtOnce, 0);
 }
 
 std::span<const Poller::Ready> Poller::Wait(Limit limit, std::chrono::nanoseconds eager)
@@ -104,15 +104,15 @@ std::span<const Poller::Ready> Poller::Wait(Limit limit, std::chrono::nanosecond
         count = SleepFor(limit, events);
     for (int i = 0; i < count; ++i) {
         const uint64_t mark = events[i].data.u64;
-        ready[i] = {{static_cast<uint32_t>(mark >> 32), static_cast<uint32_t>(mark)},
-                    events[i].events};
+        ready_[i] = {{static_cast<uint32_t>(mark >> 32), static_cast<uint32_t>(mark)},
+                     events[i].events};
     }
-    return {ready.data(), static_cast<size_t>(count > 0 ? count : 0)};
+    return {ready_.data(), static_cast<size_t>(count > 0 ? count : 0)};
 }
 
 bool Poller::WaitAt(int fd, Limit limit) const
 {
-    pollfd either[] = {{fd, POLLIN, 0}, {epoll.Get(), POLLIN, 0}};
+    pollfd either[] = {{fd, POLLIN, 0}, {epoll_.Get(), POLLIN, 0}};
     const Timeout timeout{limit};
     return ppoll(either, std::size(either), timeout.Get(), nullptr) > 0 &&
            (either[0].revents & POLLIN) != 0;

@@ -54,8 +54,8 @@ private:
     int LookFor(std::chrono::nanoseconds time, Events& events) const;
     int SleepFor(Limit limit, Events& events) const;
 
-    UniqueFd epoll;
-    std::array<Ready, kAtOnce> ready;
+    UniqueFd epoll_;
+    std::array<Ready, kAtOnce> ready_;
 };
 
 }  // namespace vboard

@@ -28,14 +28,14 @@ bool Exists(int semaphore)
 
 PrivateNames::~PrivateNames()
 {
-    for (const auto& [key, id] : semaphores)
+    for (const auto& [key, id] : semaphores_)
         semctl(id, 0, IPC_RMID);  // result dropped: a program may have removed it
 }
 
 std::string PrivateNames::PathOf(uint32_t index) const
 {
     const std::string path = wire::kPrivatePaths[index];
-    return directory + path.substr(path.rfind('/'));
+    return directory_ + path.substr(path.rfind('/'));
 }
 
 int PrivateNames::Open(uint32_t index, const wire::PrivateOpen& open, UniqueFd& opened) const
@@ -72,12 +72,12 @@ bool PrivateNames::IsPrivate(key_t key) const
 
 int PrivateNames::GetSemaphore(const wire::SemaphoreGet& get, int& id)
 {
-    auto found = semaphores.find(get.key);
-    if (found != semaphores.end() && !Exists(found->second)) {
-        semaphores.erase(found);
-        found = semaphores.end();
+    auto found = semaphores_.find(get.key);
+    if (found != semaphores_.end() && !Exists(found->second)) {
+        semaphores_.erase(found);
+        found = semaphores_.end();
     }
-    if (found != semaphores.end()) {
+    if (found != semaphores_.end()) {
         id = found->second;
         return (get.flags & (IPC_CREAT | IPC_EXCL)) == (IPC_CREAT | IPC_EXCL) ? EEXIST : 0;
     }
@@ -86,7 +86,7 @@ int PrivateNames::GetSemaphore(const wire::SemaphoreGet& get, int& id)
     id = semget(IPC_PRIVATE, get.count, get.flags & kPermissions);
     if (id < 0)
         return errno;
-    semaphores[get.key] = id;
+    semaphores_[get.key] = id;
     return 0;
 }
 

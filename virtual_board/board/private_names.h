@@ -17,7 +17,7 @@ namespace vboard {
 class PrivateNames {
 public:
     // In an empty directory of the board's own. Semaphores go with this object.
-    explicit PrivateNames(std::string ownDirectory) : directory{std::move(ownDirectory)} {}
+    explicit PrivateNames(std::string ownDirectory) : directory_{std::move(ownDirectory)} {}
     PrivateNames(const PrivateNames&) = delete;
     PrivateNames& operator=(const PrivateNames&) = delete;
     ~PrivateNames();
@@ -35,8 +35,8 @@ public:
 private:
     std::string PathOf(uint32_t index) const;
 
-    std::string directory;
-    std::map<key_t, int> semaphores;
+    std::string directory_;
+    std::map<key_t, int> semaphores_;
 };
 
 }  // namespace vboard

@@ -33,36 +33,36 @@ std::string_view NameIn(const char (&name)[16])
 
 Soc::Soc(const BoardDescription& spec, const std::vector<Device>& boardDevices,
          Faults& activeFaults, Journal& boardJournal, const BoardClock& boardClock)
-    : devices{boardDevices},
-      faults{activeFaults},
-      journal{boardJournal},
-      clock{boardClock},
-      battery{spec.battery}
+    : devices_{boardDevices},
+      faults_{activeFaults},
+      journal_{boardJournal},
+      clock_{boardClock},
+      battery_{spec.battery}
 {
-    for (const Device& device : devices)
+    for (const Device& device : devices_)
         if (device.chip)
             device.chip->SetResetLine(false);
-    for (uint32_t line = 0; line < released.size(); ++line)
+    for (uint32_t line = 0; line < released_.size(); ++line)
         SetResetLine(kFirstPin + line, !spec.resetHeldAtPowerOn);
 }
 
 int Soc::OpenLaneDriver()
 {
     JournalEntry entry{JournalKind::kLane, "open"};
-    entry.error = static_cast<int>(faults.Strike(FaultId::kLaneOpen).value_or(0));
-    return journal.Note(std::move(entry));
+    entry.error = static_cast<int>(faults_.Strike(FaultId::kLaneOpen).value_or(0));
+    return journal_.Note(std::move(entry));
 }
 
 int Soc::ResetLane(uint32_t client)
 {
     JournalEntry entry{JournalKind::kLane, "reset", {{"client", client}}};
-    if (auto error = faults.Strike(FaultId::kLaneError))
+    if (auto error = faults_.Strike(FaultId::kLaneError))
         entry.error = static_cast<int>(*error);
     else if (client < kFirstLaneClient || client > kLastLaneClient)
         entry.error = EINVAL;
     else
-        ++laneResets[client];
-    return journal.Note(std::move(entry));
+        ++laneResets_[client];
+    return journal_.Note(std::move(entry));
 }
 
 int Soc::ReconfigureGmac(const wire::GmacRequest& request, int32_t& result)
@@ -76,58 +76,58 @@ int Soc::ReconfigureGmac(const wire::GmacRequest& request, int32_t& result)
                         {"speed", wanted.speed},
                         {"duplex", wanted.duplex}}};
     bool consistent = NameIn(request.outerName) == NameIn(wanted.ifName);
-    if (auto error = faults.Strike(FaultId::kGmacError))
+    if (auto error = faults_.Strike(FaultId::kGmacError))
         entry.error = static_cast<int>(*error);
     else if (wanted.command != kReconfigureCommand || !consistent)
         entry.error = EINVAL;
     if (entry.error != 0)
-        return journal.Note(std::move(entry));
-    result = faults.Strike(FaultId::kGmacResult) ? -1 : 0;
+        return journal_.Note(std::move(entry));
+    result = faults_.Strike(FaultId::kGmacResult) ? -1 : 0;
     if (result == 0) {
         size_t index = NameIn(request.outerName) == wire::kInterfaceNames[1] ? 1 : 0;
-        Interface& gmac = interfaces[index];
+        Interface& gmac = interfaces_[index];
         gmac = {gmac.up, wanted.speed, wanted.duplex, gmac.reconfigurations + 1};
     }
     entry.facts["driverResult"] = result;
-    return journal.Note(std::move(entry));
+    return journal_.Note(std::move(entry));
 }
 
 int Soc::SetInterface(uint32_t index, bool up)
 {
-    if (index >= interfaces.size())
+    if (index >= interfaces_.size())
         return EINVAL;
     JournalEntry entry{JournalKind::kGmac,
                        up ? "ifconfig up" : "ifconfig down",
                        {{"interface", wire::kInterfaceNames[index]}}};
-    if (auto error = faults.Strike(FaultId::kInterfaceError))
+    if (auto error = faults_.Strike(FaultId::kInterfaceError))
         entry.error = static_cast<int>(*error);
     else
-        interfaces[index].up = up;
-    return journal.Note(std::move(entry));
+        interfaces_[index].up = up;
+    return journal_.Note(std::move(entry));
 }
 
 int Soc::ReadAttribute(wire::Attribute attribute, std::string& text)
 {
     if (!IsResetAttribute(attribute))
-        text = faults.Strike(FaultId::kStateText) ? "unknown\n" : std::to_string(battery) + "\n";
+        text = faults_.Strike(FaultId::kStateText) ? "unknown\n" : std::to_string(battery_) + "\n";
     else
-        text = released[static_cast<size_t>(attribute)] ? "1\n" : "0\n";
+        text = released_[static_cast<size_t>(attribute)] ? "1\n" : "0\n";
     JournalEntry entry{KindOf(attribute), "read", {{"attribute", AttributeName(attribute)}}};
-    if (auto error = faults.Strike(FaultId::kAttrOpen))
+    if (auto error = faults_.Strike(FaultId::kAttrOpen))
         entry.error = static_cast<int>(*error);
     else
         entry.facts["text"] = text.substr(0, text.size() - 1);
-    return journal.Note(std::move(entry));
+    return journal_.Note(std::move(entry));
 }
 
 int Soc::OpenAttributeForWriting(wire::Attribute attribute)
 {
     int error = IsResetAttribute(attribute) ? 0 : EACCES;
-    if (auto fault = faults.Strike(FaultId::kAttrOpen))
+    if (auto fault = faults_.Strike(FaultId::kAttrOpen))
         error = static_cast<int>(*fault);
     if (error == 0)
         return 0;
-    return journal.Note(
+    return journal_.Note(
         {KindOf(attribute), "open", {{"attribute", AttributeName(attribute)}}, error});
 }
 
@@ -139,22 +139,22 @@ int Soc::WriteAttribute(wire::Attribute attribute, std::string_view text)
                         {"pin", kFirstPin + static_cast<uint32_t>(attribute)},
                         {"text", text.substr(0, text.find('\n'))}}};
     bool zeroOrOne = text == "0" || text == "1" || text == "0\n" || text == "1\n";
-    if (auto error = faults.Strike(FaultId::kAttrError))
+    if (auto error = faults_.Strike(FaultId::kAttrError))
         entry.error = static_cast<int>(*error);
     else if (!zeroOrOne)
         entry.error = EINVAL;
     else
         SetResetLine(kFirstPin + static_cast<uint32_t>(attribute), text[0] == '1');
-    return journal.Note(std::move(entry));
+    return journal_.Note(std::move(entry));
 }
 
 void Soc::SetResetLine(uint32_t pin, bool high)
 {
-    released[pin - kFirstPin] = high;
-    for (const Device& device : devices) {
+    released_[pin - kFirstPin] = high;
+    for (const Device& device : devices_) {
         if (!device.chip || device.wiring->resetGpioPin != pin)
             continue;
-        device.chip->Advance(clock.Now());
+        device.chip->Advance(clock_.Now());
         device.chip->SetResetLine(!high);
     }
 }
@@ -163,8 +163,8 @@ Json Soc::ShowLanes() const
 {
     Json lanes = Json::object();
     for (uint32_t client = kFirstLaneClient; client <= kLastLaneClient; ++client) {
-        auto found = laneResets.find(client);
-        lanes[std::to_string(client)] = found != laneResets.end() ? found->second : 0;
+        auto found = laneResets_.find(client);
+        lanes[std::to_string(client)] = found != laneResets_.end() ? found->second : 0;
     }
     return lanes;
 }
@@ -172,18 +172,18 @@ Json Soc::ShowLanes() const
 Json Soc::ShowInterfaces() const
 {
     Json shown = Json::object();
-    for (size_t i = 0; i < interfaces.size(); ++i)
-        shown[wire::kInterfaceNames[i]] = {{"up", interfaces[i].up},
-                                           {"speed", interfaces[i].speed},
-                                           {"duplex", interfaces[i].duplex},
-                                           {"reconfigurations", interfaces[i].reconfigurations}};
+    for (size_t i = 0; i < interfaces_.size(); ++i)
+        shown[wire::kInterfaceNames[i]] = {{"up", interfaces_[i].up},
+                                           {"speed", interfaces_[i].speed},
+                                           {"duplex", interfaces_[i].duplex},
+                                           {"reconfigurations", interfaces_[i].reconfigurations}};
     return shown;
 }
 
 Json Soc::State() const
 {
-    return {{"battery", battery},
-            {"resetLines", {{"18", released[0] ? 1 : 0}, {"19", released[1] ? 1 : 0}}},
+    return {{"battery", battery_},
+            {"resetLines", {{"18", released_[0] ? 1 : 0}, {"19", released_[1] ? 1 : 0}}},
             {"laneResets", ShowLanes()},
             {"interfaces", ShowInterfaces()}};
 }

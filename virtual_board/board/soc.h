@@ -26,12 +26,12 @@ public:
     int ResetLane(uint32_t client);
     int ReconfigureGmac(const wire::GmacRequest& request, int32_t& result);
     int SetInterface(uint32_t index, bool up);
-    bool IsUp(uint32_t index) const { return index < interfaces.size() && interfaces[index].up; }
+    bool IsUp(uint32_t index) const { return index < interfaces_.size() && interfaces_[index].up; }
     int ReadAttribute(wire::Attribute attribute, std::string& text);
     int OpenAttributeForWriting(wire::Attribute attribute);
     int WriteAttribute(wire::Attribute attribute, std::string_view text);
 
-    void SetBattery(uint32_t value) { battery = value; }
+    void SetBattery(uint32_t value) { battery_ = value; }
 
     Json State() const;
 
@@ -50,14 +50,14 @@ private:
     Json ShowLanes() const;
     Json ShowInterfaces() const;
 
-    const std::vector<Device>& devices;
-    Faults& faults;
-    Journal& journal;
-    const BoardClock& clock;
-    uint32_t battery;
-    std::array<bool, 2> released{};
-    std::array<Interface, 2> interfaces{};
-    std::map<uint32_t, uint32_t> laneResets;
+    const std::vector<Device>& devices_;
+    Faults& faults_;
+    Journal& journal_;
+    const BoardClock& clock_;
+    uint32_t battery_;
+    std::array<bool, 2> released_{};
+    std::array<Interface, 2> interfaces_{};
+    std::map<uint32_t, uint32_t> laneResets_;
 };
 
 }  // namespace vboard

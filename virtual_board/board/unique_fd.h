@@ -10,26 +10,26 @@ namespace vboard {
 class UniqueFd {
 public:
     UniqueFd() = default;
-    explicit UniqueFd(int owned) : fd{owned} {}
+    explicit UniqueFd(int owned) : fd_{owned} {}
     UniqueFd(const UniqueFd&) = delete;
     UniqueFd& operator=(const UniqueFd&) = delete;
-    UniqueFd(UniqueFd&& other) noexcept : fd{std::exchange(other.fd, -1)} {}
+    UniqueFd(UniqueFd&& other) noexcept : fd_{std::exchange(other.fd_, -1)} {}
     UniqueFd& operator=(UniqueFd&& other) noexcept
     {
-        std::swap(fd, other.fd);
+        std::swap(fd_, other.fd_);
         return *this;
     }
     ~UniqueFd()
     {
-        if (fd >= 0)
-            close(fd);  // result dropped: nothing written with it is kept in a cache
+        if (fd_ >= 0)
+            close(fd_);  // result dropped: nothing written with it is kept in a cache
     }
 
-    int Get() const { return fd; }
-    explicit operator bool() const { return fd >= 0; }
+    int Get() const { return fd_; }
+    explicit operator bool() const { return fd_ >= 0; }
 
 private:
-    int fd = -1;
+    int fd_ = -1;
 };
 
 }  // namespace vboard

@@ -43,28 +43,28 @@ bool IsAttribute(uint32_t arg)
 }  // namespace
 
 VirtualBoard::VirtualBoard(BoardDescription description, double timeScale)
-    : spec{std::move(description)},
-      clock{timeScale},
-      devices{MakeDevices(spec)},
-      applicationCpu{spec, faults, journal},
-      mailboxes{applicationCpu, journal},
-      mdio{devices, spec.mdioBuses, faults, journal, clock},
-      soc{spec, devices, faults, journal, clock}
+    : spec_{std::move(description)},
+      clock_{timeScale},
+      devices_{MakeDevices(spec_)},
+      applicationCpu_{spec_, faults_, journal_},
+      mailboxes_{applicationCpu_, journal_},
+      mdio_{devices_, spec_.mdioBuses, faults_, journal_, clock_},
+      soc_{spec_, devices_, faults_, journal_, clock_}
 {
-    for (const Fault& fault : spec.faults)
-        faults.Add(fault);
+    for (const Fault& fault : spec_.faults)
+        faults_.Add(fault);
 }
 
 void VirtualBoard::UsePrivateNames(std::string directory)
 {
-    names = std::make_unique<PrivateNames>(std::move(directory));
+    names_ = std::make_unique<PrivateNames>(std::move(directory));
 }
 
 Reply VirtualBoard::Ask(const Question& question)
 {
     // What a program has sent comes before what it asks.
-    mailboxes.Serve();
-    journal.SetCaller(question.process);
+    mailboxes_.Serve();
+    journal_.SetCaller(question.process);
     switch (question.op) {
         case wire::Op::kMii:
             return AskMii(question.data);
@@ -86,9 +86,9 @@ Reply VirtualBoard::Ask(const Question& question)
         case wire::Op::kSemaphoreGet:
             return GetSemaphore(question.data);
         case wire::Op::kLaneOpen:
-            return Outcome(soc.OpenLaneDriver());
+            return Outcome(soc_.OpenLaneDriver());
         case wire::Op::kLaneReset:
-            return Outcome(soc.ResetLane(question.arg));
+            return Outcome(soc_.ResetLane(question.arg));
         case wire::Op::kHello:
             return SayHello();
         default:
@@ -100,24 +100,24 @@ Reply VirtualBoard::AskMailbox(const Question& question)
 {
     switch (question.op) {
         case wire::Op::kSocket: {
-            const bool watched = faults.IsSet(FaultId::kReceiveError) ||
-                                 faults.IsSet(FaultId::kSendError) ||
-                                 faults.IsSet(FaultId::kSendShort);
-            return Outcome(applicationCpu.Open(static_cast<int>(question.arg)), watched);
+            const bool watched = faults_.IsSet(FaultId::kReceiveError) ||
+                                 faults_.IsSet(FaultId::kSendError) ||
+                                 faults_.IsSet(FaultId::kSendShort);
+            return Outcome(applicationCpu_.Open(static_cast<int>(question.arg)), watched);
         }
         case wire::Op::kBind: {
             uint32_t id = 0;
-            const int error = mailboxes.Bind(question.process, question.data, id);
+            const int error = mailboxes_.Bind(question.process, question.data, id);
             return Outcome(error, static_cast<int32_t>(id));
         }
         case wire::Op::kMailboxEnd:
-            return Outcome(mailboxes.Adopt(
+            return Outcome(mailboxes_.Adopt(
                 question.arg, UniqueFd{fcntl(question.descriptor, F_DUPFD_CLOEXEC, 0)}));
         case wire::Op::kStartReceive:
-            return Outcome(mailboxes.StartReceive(question.arg));
+            return Outcome(mailboxes_.StartReceive(question.arg));
         default: {
             size_t taken = 0;
-            const int error = mailboxes.Send(question.arg, question.data, taken);
+            const int error = mailboxes_.Send(question.arg, question.data, taken);
             return Outcome(error, static_cast<int32_t>(taken));
         }
     }
@@ -131,10 +131,10 @@ Reply VirtualBoard::AskInterface(const Question& question)
         case wire::Op::kMiiAddress:
             return FindMiiAddress(question.arg);
         case wire::Op::kInterface:
-            return Outcome(soc.SetInterface(wire::InterfaceIndex(question.arg),
-                                            wire::InterfaceUp(question.arg)));
+            return Outcome(soc_.SetInterface(wire::InterfaceIndex(question.arg),
+                                             wire::InterfaceUp(question.arg)));
         case wire::Op::kInterfaceState:
-            return Outcome(0, soc.IsUp(question.arg));
+            return Outcome(0, soc_.IsUp(question.arg));
         default:
             return Outcome(EPROTO);
     }
@@ -145,14 +145,14 @@ Reply VirtualBoard::AskMii(std::span<const uint8_t> data)
     wire::MiiAccess access{};
     if (!Read(data, access))
         return Outcome(EPROTO);
-    Reply reply = Outcome(mdio.Access(access));
+    Reply reply = Outcome(mdio_.Access(access));
     reply.data = Bytes(access.valueOut);
     return reply;
 }
 
 Reply VirtualBoard::FindMiiAddress(uint32_t interface) const
 {
-    for (const Device& device : devices)
+    for (const Device& device : devices_)
         if (device.wiring->serdesId == interface && device.wiring->mdioAddr <= kHighestMdioAddress)
             return Outcome(0, device.wiring->mdioAddr);
     return Outcome(EOPNOTSUPP);
@@ -164,7 +164,7 @@ Reply VirtualBoard::AskGmac(std::span<const uint8_t> data)
     if (!Read(data, request))
         return Outcome(EPROTO);
     int32_t result = 0;
-    Reply reply = Outcome(soc.ReconfigureGmac(request, result));
+    Reply reply = Outcome(soc_.ReconfigureGmac(request, result));
     reply.data = Bytes(result);
     return reply;
 }
@@ -175,14 +175,14 @@ Reply VirtualBoard::AskAttribute(const Question& question)
         return Outcome(ENOENT);
     const auto attribute = static_cast<wire::Attribute>(question.arg);
     if (question.op == wire::Op::kAttributeOpen)
-        return Outcome(soc.OpenAttributeForWriting(attribute));
+        return Outcome(soc_.OpenAttributeForWriting(attribute));
     if (question.op == wire::Op::kAttributeWrite) {
         const std::string_view text{reinterpret_cast<const char*>(question.data.data()),
                                     question.data.size()};
-        return Outcome(soc.WriteAttribute(attribute, text), static_cast<int32_t>(text.size()));
+        return Outcome(soc_.WriteAttribute(attribute, text), static_cast<int32_t>(text.size()));
     }
     std::string text;
-    const int error = soc.ReadAttribute(attribute, text);
+    const int error = soc_.ReadAttribute(attribute, text);
     Reply reply = Outcome(error, static_cast<int32_t>(text.size()));
     reply.data.assign(text.begin(), text.end());
     return reply;
@@ -190,21 +190,21 @@ Reply VirtualBoard::AskAttribute(const Question& question)
 
 Reply VirtualBoard::AskNames(const Question& question)
 {
-    if (names == nullptr || question.arg >= std::size(wire::kPrivatePaths))
+    if (names_ == nullptr || question.arg >= std::size(wire::kPrivatePaths))
         return Outcome(ENOENT);
     wire::PrivateOpen open{};
     uint32_t mode = 0;
     Reply reply;
     if (question.op == wire::Op::kPrivateOpen && Read(question.data, open)) {
-        reply.error = names->Open(question.arg, open, reply.descriptor);
+        reply.error = names_->Open(question.arg, open, reply.descriptor);
     } else if (question.op == wire::Op::kPrivateStat) {
         struct statx facts {};
-        reply.error = names->Stat(question.arg, facts);
+        reply.error = names_->Stat(question.arg, facts);
         reply.data = Bytes(facts);
     } else if (question.op == wire::Op::kPrivateUnlink) {
-        reply.error = names->Unlink(question.arg);
+        reply.error = names_->Unlink(question.arg);
     } else if (question.op == wire::Op::kPrivateMode && Read(question.data, mode)) {
-        reply.error = names->ChangeMode(question.arg, mode);
+        reply.error = names_->ChangeMode(question.arg, mode);
     } else {
         reply.error = EPROTO;
     }
@@ -216,17 +216,17 @@ Reply VirtualBoard::GetSemaphore(std::span<const uint8_t> data)
     wire::SemaphoreGet get{};
     if (!Read(data, get))
         return Outcome(EPROTO);
-    if (names == nullptr || !names->IsPrivate(get.key))
+    if (names_ == nullptr || !names_->IsPrivate(get.key))
         return Outcome(0, wire::kNotPrivate);
     int id = -1;
-    const int error = names->GetSemaphore(get, id);
+    const int error = names_->GetSemaphore(get, id);
     return Outcome(error, id);
 }
 
 Reply VirtualBoard::SayHello() const
 {
     Reply reply;
-    reply.data = Bytes(wire::Hello{clock.Scale(), names != nullptr, 0});
+    reply.data = Bytes(wire::Hello{clock_.Scale(), names_ != nullptr, 0});
     return reply;
 }
 

@@ -28,23 +28,23 @@ public:
 
     // From now on shared memory and semaphores have names of the board's own.
     void UsePrivateNames(std::string directory);
-    bool HasPrivateNames() const { return names != nullptr; }
+    bool HasPrivateNames() const { return names_ != nullptr; }
 
     // The application CPU's side of the mailbox sockets.
-    MailboxSockets& Mailboxes() { return mailboxes; }
+    MailboxSockets& Mailboxes() { return mailboxes_; }
 
     // Plugs the cables in, which must stay as long as the board is served.
-    void Plug(Cables& plugged) { cables = &plugged; }
+    void Plug(Cables& plugged) { cables_ = &plugged; }
     // Null: the ports have no interfaces.
-    Cables* Plugged() const { return cables; }
+    Cables* Plugged() const { return cables_; }
 
-    const BoardDescription& Description() const { return spec; }
-    const BoardClock& Clock() const { return clock; }
-    const std::vector<Device>& Devices() const { return devices; }
-    Journal& Log() { return journal; }
-    Faults& ActiveFaults() { return faults; }
-    ApplicationCpu& Cpu() { return applicationCpu; }
-    Soc& SystemOnChip() { return soc; }
+    const BoardDescription& Description() const { return spec_; }
+    const BoardClock& Clock() const { return clock_; }
+    const std::vector<Device>& Devices() const { return devices_; }
+    Journal& Log() { return journal_; }
+    Faults& ActiveFaults() { return faults_; }
+    ApplicationCpu& Cpu() { return applicationCpu_; }
+    Soc& SystemOnChip() { return soc_; }
 
 private:
     Reply AskMailbox(const Question& question);
@@ -57,17 +57,17 @@ private:
     Reply GetSemaphore(std::span<const uint8_t> data);
     Reply SayHello() const;
 
-    BoardDescription spec;
-    BoardClock clock;
-    Journal journal{clock};
-    Faults faults;
-    std::vector<Device> devices;
-    ApplicationCpu applicationCpu;
-    MailboxSockets mailboxes;
-    MdioController mdio;
-    Soc soc;
-    std::unique_ptr<PrivateNames> names;
-    Cables* cables = nullptr;
+    BoardDescription spec_;
+    BoardClock clock_;
+    Journal journal_{clock_};
+    Faults faults_;
+    std::vector<Device> devices_;
+    ApplicationCpu applicationCpu_;
+    MailboxSockets mailboxes_;
+    MdioController mdio_;
+    Soc soc_;
+    std::unique_ptr<PrivateNames> names_;
+    Cables* cables_ = nullptr;
 };
 
 }  // namespace vboard

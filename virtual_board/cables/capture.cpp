@@ -10,7 +10,7 @@ using datapath::Frame;
 
 Captured Capture::Take(unsigned port, std::optional<uint64_t> from)
 {
-    Look& look = looks[port];
+    Look& look = looks_[port];
     if (!from)
         look.frames.clear();
     look.watched = true;
@@ -33,7 +33,7 @@ Captured Capture::Take(unsigned port, std::optional<uint64_t> from)
 
 bool Capture::Watches(unsigned port)
 {
-    Look& look = looks[port];
+    Look& look = looks_[port];
     if (look.watched && std::chrono::steady_clock::now() - look.asked > kPatience) {
         look.watched = false;
         look.frames.clear();
@@ -44,15 +44,15 @@ bool Capture::Watches(unsigned port)
 
 void Capture::FollowWatching()
 {
-    engine.Watch(std::ranges::any_of(looks, &Look::watched) ? this : nullptr);
+    engine_.Watch(std::ranges::any_of(looks_, &Look::watched) ? this : nullptr);
 }
 
 void Capture::Keep(unsigned port, CapturedFrame frame)
 {
-    Look& look = looks[port];
+    Look& look = looks_[port];
     if (look.frames.size() >= kMaxFrames)
         look.frames.pop_front();
-    frame.timeNs = clock.Now().count();
+    frame.timeNs = clock_.Now().count();
     look.frames.push_back(std::move(frame));
     ++look.next;
 }

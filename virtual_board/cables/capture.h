@@ -15,7 +15,7 @@ namespace vboard::cables {
 class Capture : public datapath::Watcher {
 public:
     Capture(datapath::SwitchEngine& watched, const BoardClock& boardClock)
-        : engine(watched), clock(boardClock)
+        : engine_(watched), clock_(boardClock)
     {
     }
 
@@ -48,9 +48,9 @@ private:
     void Keep(unsigned port, CapturedFrame frame);
     void FollowWatching();
 
-    datapath::SwitchEngine& engine;
-    const BoardClock& clock;
-    std::array<Look, vswitch::kPorts> looks;
+    datapath::SwitchEngine& engine_;
+    const BoardClock& clock_;
+    std::array<Look, vswitch::kPorts> looks_;
 };
 
 }  // namespace vboard::cables

@@ -93,7 +93,7 @@ struct Lans::Lan : public Wires {
 
 Lans::Lans(const BoardDescription& spec, const std::vector<Device>& devices,
            const BoardClock& boardClock)
-    : clock(boardClock)
+    : clock_(boardClock)
 {
     for (size_t i = 0; i < spec.switches.size(); ++i) {
         if (devices[i].switchChip != nullptr)
@@ -105,7 +105,7 @@ Lans::~Lans() = default;
 
 Lans::Lan& Lans::MakeLan(const SwitchDescription& spec, const Device& device, VswitchChip& chip)
 {
-    Lan& lan = *lans.emplace_back(std::make_unique<Lan>(device.name, chip, lans.size(), clock));
+    Lan& lan = *lans_.emplace_back(std::make_unique<Lan>(device.name, chip, lans_.size(), clock_));
     for (unsigned p = 0; p < kPorts; ++p) {
         lan.ports[p].name = device.name + ":" + std::to_string(p);
         lan.ports[p].spec = spec.ports[p];
@@ -130,10 +130,10 @@ void Lans::MakeHosts(Lan& lan)
         if (host.empty())
             plugIn();
         else
-            hosts.push_back({host, MakeNetwork([&] {
-                                 TakeLoopbackUp();
-                                 plugIn();
-                             })});
+            hosts_.push_back({host, MakeNetwork([&] {
+                                  TakeLoopbackUp();
+                                  plugIn();
+                              })});
     }
     for (unsigned p = 0; p < kPorts; ++p)
         FollowInterface(lan, p);
@@ -141,13 +141,13 @@ void Lans::MakeHosts(Lan& lan)
 
 void Lans::Watch(Poller& watching, uint32_t kind)
 {
-    poller = &watching;
-    for (const auto& lan : lans) {
+    poller_ = &watching;
+    for (const auto& lan : lans_) {
         for (unsigned p = 0; p < kPorts; ++p) {
             const TapPort& tap = *lan->ports[p].tap;
             const uint32_t number = NumberOf(lan->index, p);
-            poller->Watch(tap.FrameFd(), {kind, number});
-            poller->Watch(tap.ChangeFd(), {kind, kNews + number});
+            poller_->Watch(tap.FrameFd(), {kind, number});
+            poller_->Watch(tap.ChangeFd(), {kind, kNews + number});
         }
     }
 }
@@ -155,7 +155,7 @@ void Lans::Watch(Poller& watching, uint32_t kind)
 std::optional<std::chrono::nanoseconds> Lans::Wait() const
 {
     std::optional<std::chrono::nanoseconds> next;
-    for (const auto& lan : lans) {
+    for (const auto& lan : lans_) {
         if (const auto time = lan->engine.NextTransmission())
             next = next ? std::min(*next, *time) : *time;
         for (const Port& port : lan->ports) {
@@ -165,8 +165,8 @@ std::optional<std::chrono::nanoseconds> Lans::Wait() const
     }
     if (!next)
         return std::nullopt;
-    const std::chrono::duration<double, std::nano> left = *next - clock.Now();
-    const double real = std::max(left.count(), 0.0) * clock.Scale();
+    const std::chrono::duration<double, std::nano> left = *next - clock_.Now();
+    const double real = std::max(left.count(), 0.0) * clock_.Scale();
     return std::chrono::nanoseconds(static_cast<std::chrono::nanoseconds::rep>(real));
 }
 
@@ -174,35 +174,35 @@ void Lans::Serve(std::span<const uint32_t> ready)
 {
     const auto start = std::chrono::steady_clock::now();
     const auto end = start + kTurn;
-    turn += start - rested < kRest ? 1 : 2;
+    turn_ += start - rested_ < kRest ? 1 : 2;
     uint32_t waiting = 0;  // ports, a bit each
     for (const uint32_t number : ready) {
         if (number < kNews)
             waiting |= uint32_t{1} << number;
         else
-            FollowInterface(*lans[(number - kNews) / kPorts], number % kPorts);
+            FollowInterface(*lans_[(number - kNews) / kPorts], number % kPorts);
     }
     while (waiting != 0 && std::chrono::steady_clock::now() < end) {
         // The next turn goes on where this one ends.
-        const int after = static_cast<int>(served) + 1;
-        served = static_cast<uint32_t>(after + std::countr_zero(std::rotr(waiting, after))) % 32;
-        waiting &= ~(uint32_t{1} << served);
-        ReadPackets(*lans[served / kPorts], served % kPorts, end);
+        const int after = static_cast<int>(served_) + 1;
+        served_ = static_cast<uint32_t>(after + std::countr_zero(std::rotr(waiting, after))) % 32;
+        waiting &= ~(uint32_t{1} << served_);
+        ReadPackets(*lans_[served_ / kPorts], served_ % kPorts, end);
     }
-    for (const auto& lan : lans) {
+    for (const auto& lan : lans_) {
         for (unsigned p = 0; p < kPorts; ++p)
             Arrive(*lan, p);
-        lan->engine.Transmit(clock.Now());
+        lan->engine.Transmit(clock_.Now());
         ShowLinks(*lan);
     }
-    rested = std::chrono::steady_clock::now();
+    rested_ = std::chrono::steady_clock::now();
 }
 
 void Lans::ReadPackets(Lan& lan, unsigned p, RealTime end)
 {
     Port& port = lan.ports[p];
-    port.burst = port.readIn + 1 == turn ? std::min(2 * port.burst, kLongestBurst) : 1;
-    port.readIn = turn;
+    port.burst = port.readIn + 1 == turn_ ? std::min(2 * port.burst, kLongestBurst) : 1;
+    port.readIn = turn_;
     for (unsigned i = 0; i < port.burst && std::chrono::steady_clock::now() < end; ++i) {
         if (!ReadPacket(lan, p)) {
             port.burst = 1;
@@ -221,7 +221,7 @@ bool Lans::ReadPacket(Lan& lan, unsigned port)
             Unplug(lan, port);
         return false;
     }
-    const auto now = clock.Now();
+    const auto now = clock_.Now();
     if (!lan.ports[port].wire.IsGood()) {
         lan.SendFrames(port, packet, now);
         return true;
@@ -236,8 +236,8 @@ void Lans::Arrive(Lan& lan, unsigned port)
 {
     if (lan.ports[port].wire.IsGood())
         return;
-    while (const auto arrival = lan.ports[port].wire.Receive(clock.Now())) {
-        const auto now = clock.Now();
+    while (const auto arrival = lan.ports[port].wire.Receive(clock_.Now())) {
+        const auto now = clock_.Now();
         lan.chip.Advance(now);
         if (arrival->atSwitch && arrival->damage) {
             lan.engine.ReceiveBad(port, arrival->frame, now, *arrival->damage);
@@ -253,14 +253,14 @@ void Lans::Arrive(Lan& lan, unsigned port)
 void Lans::Unplug(Lan& lan, unsigned port)
 {
     // What a deleted interface has ready is an error, for ever.
-    poller->Forget(lan.ports[port].tap->FrameFd());
-    poller->Forget(lan.ports[port].tap->ChangeFd());
+    poller_->Forget(lan.ports[port].tap->FrameFd());
+    poller_->Forget(lan.ports[port].tap->ChangeFd());
     FollowInterface(lan, port);
 }
 
 void Lans::FollowInterface(Lan& lan, unsigned port)
 {
-    lan.chip.Advance(clock.Now());
+    lan.chip.Advance(clock_.Now());
     lan.chip.SetPartnerPower(port, lan.ports[port].tap->IsUp());
 }
 
@@ -281,7 +281,7 @@ void Lans::ShowLinks(Lan& lan)
 std::vector<CableEnd> Lans::Ends() const
 {
     std::vector<CableEnd> ends;
-    for (const auto& lan : lans) {
+    for (const auto& lan : lans_) {
         for (const Port& port : lan->ports)
             ends.push_back({port.name, port.spec.interface, port.spec.host, port.spec.address,
                             port.wire.Faults()});
@@ -291,7 +291,7 @@ std::vector<CableEnd> Lans::Ends() const
 
 Lans::Lan* Lans::FindLan(const std::string& device, unsigned port) const
 {
-    for (const auto& lan : lans)
+    for (const auto& lan : lans_)
         if (lan->name == device && port < kPorts)
             return lan.get();
     return nullptr;
@@ -319,14 +319,14 @@ std::optional<std::vector<datapath::TraceStep>> Lans::Trace(const std::string& d
     Lan* lan = FindLan(device, port);
     if (lan == nullptr)
         return std::nullopt;
-    lan->chip.Advance(clock.Now());
-    return datapath::Trace(lan->engine, port, frame, clock.Now());
+    lan->chip.Advance(clock_.Now());
+    return datapath::Trace(lan->engine, port, frame, clock_.Now());
 }
 
 int Lans::NetworkOf(const std::string& host) const
 {
-    const auto found = std::ranges::find(hosts, host, &Host::name);
-    return found == hosts.end() ? -1 : found->network.Get();
+    const auto found = std::ranges::find(hosts_, host, &Host::name);
+    return found == hosts_.end() ? -1 : found->network.Get();
 }
 
 }  // namespace vboard::cables

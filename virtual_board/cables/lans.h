@@ -71,13 +71,13 @@ private:
     void FollowInterface(Lan& lan, unsigned port);
     void ShowLinks(Lan& lan);
 
-    const BoardClock& clock;
-    Poller* poller = nullptr;
-    uint32_t served = 0;  // the port that was the last in a turn
-    uint64_t turn = 1;    // counts on by 1 only where there was no rest before it
-    RealTime rested;
-    std::vector<std::unique_ptr<Lan>> lans;
-    std::vector<Host> hosts;
+    const BoardClock& clock_;
+    Poller* poller_ = nullptr;
+    uint32_t served_ = 0;  // the port that was the last in a turn
+    uint64_t turn_ = 1;    // counts on by 1 only where there was no rest before it
+    RealTime rested_;
+    std::vector<std::unique_ptr<Lan>> lans_;
+    std::vector<Host> hosts_;
 };
 
 }  // namespace vboard::cables

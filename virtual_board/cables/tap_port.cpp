@@ -176,28 +176,28 @@ void TakeLoopbackUp()
 }
 
 TapPort::TapPort(const PortDescription& spec)
-    : interface(spec.interface), frames(OpenTap(spec.interface, headers)), changes(WatchLinks())
+    : interface_(spec.interface), frames_(OpenTap(spec.interface, headers_)), changes_(WatchLinks())
 {
     constexpr unsigned kOffload = TUN_F_CSUM | TUN_F_TSO4 | TUN_F_TSO6;
-    offloads = headers && ioctl(frames.Get(), TUNSETOFFLOAD, kOffload) == 0;
-    LengthenQueue(changes.Get(), interface);
+    offloads_ = headers_ && ioctl(frames_.Get(), TUNSETOFFLOAD, kOffload) == 0;
+    LengthenQueue(changes_.Get(), interface_);
     const auto address = ParseInterfaceAddress(spec.address);
     if (spec.mac)
-        SetMac(changes.Get(), interface, *spec.mac);
+        SetMac(changes_.Get(), interface_, *spec.mac);
     if (!address || address->family != AF_INET6)
-        Silence(interface);
-    TakeUp(changes.Get(), interface);
+        Silence(interface_);
+    TakeUp(changes_.Get(), interface_);
     if (address)
-        SetAddress(interface, *address);
+        SetAddress(interface_, *address);
 }
 
 TapPort::Packet TapPort::Read(std::span<uint8_t, kRoom> room)
 {
     // The frame begins at a multiple of 16.
-    const size_t header = headers ? sizeof(VirtioHeader) : 0;
+    const size_t header = headers_ ? sizeof(VirtioHeader) : 0;
     const auto place = std::span{room}.subspan(kBeforeFrame - header);
-    const ssize_t size = read(frames.Get(), place.data(), place.size());
-    gone = size < 0 && errno == EBADFD;
+    const ssize_t size = read(frames_.Get(), place.data(), place.size());
+    gone_ = size < 0 && errno == EBADFD;
     if (size < static_cast<ssize_t>(header))
         return {};
     const Bytes bytes = place.subspan(header, static_cast<size_t>(size) - header);
@@ -227,28 +227,28 @@ void TapPort::Write(std::span<const iovec> packet, const datapath::Offload& left
         header.headers = left.data;
     }
     std::array<iovec, datapath::PacketMemory::kMaxPieces + 1> room;
-    room[0] = {&header, headers ? sizeof header : 0};
+    room[0] = {&header, headers_ ? sizeof header : 0};
     std::ranges::copy(packet, room.begin() + 1);
     const auto pieces = std::span{room}.first(packet.size() + 1);
     // What an interface does not take is lost, as on a cable.
     [[maybe_unused]] const ssize_t taken = SizeOf(pieces) <= kInOnePiece
-                                               ? WriteWhole(frames.Get(), pieces)
-                                               : WritePieces(frames.Get(), pieces);
+                                               ? WriteWhole(frames_.Get(), pieces)
+                                               : WritePieces(frames_.Get(), pieces);
 }
 
 bool TapPort::Find(ifreq& request) const
 {
     request = {};
-    return ioctl(frames.Get(), TUNGETIFF, &request) == 0;
+    return ioctl(frames_.Get(), TUNGETIFF, &request) == 0;
 }
 
 bool TapPort::IsUp()
 {
     char message[8192];
-    while (recv(changes.Get(), message, sizeof message, 0) > 0 || errno == ENOBUFS) {
+    while (recv(changes_.Get(), message, sizeof message, 0) > 0 || errno == ENOBUFS) {
     }
     ifreq request{};
-    return Find(request) && ioctl(changes.Get(), SIOCGIFFLAGS, &request) == 0 &&
+    return Find(request) && ioctl(changes_.Get(), SIOCGIFFLAGS, &request) == 0 &&
            (request.ifr_flags & IFF_UP) != 0;
 }
 
@@ -263,13 +263,13 @@ void TapPort::ShowLink(bool up, uint32_t megabits, bool fullDuplex)
     request.ifr_data = reinterpret_cast<char*>(&settings);
     // Kernels before 5.0 know no carrier of a TAP interface and those before 5.8 no settings: there
     // the interface goes on saying what it always says, and frames are dropped all the same.
-    static_cast<void>(ioctl(frames.Get(), TUNSETCARRIER, &carrier));
-    if (ioctl(changes.Get(), SIOCETHTOOL, &request) != 0)
+    static_cast<void>(ioctl(frames_.Get(), TUNSETCARRIER, &carrier));
+    if (ioctl(changes_.Get(), SIOCETHTOOL, &request) != 0)
         return;
     settings.cmd = ETHTOOL_SSET;
     ethtool_cmd_speed_set(&settings, up ? megabits : static_cast<uint32_t>(SPEED_UNKNOWN));
     settings.duplex = !up ? DUPLEX_UNKNOWN : fullDuplex ? DUPLEX_FULL : DUPLEX_HALF;
-    static_cast<void>(ioctl(changes.Get(), SIOCETHTOOL, &request));
+    static_cast<void>(ioctl(changes_.Get(), SIOCETHTOOL, &request));
 }
 
 }  // namespace vboard::cables

@@ -23,9 +23,9 @@ public:
     // up. Throws std::system_error.
     explicit TapPort(const PortDescription& spec);
 
-    int FrameFd() const { return frames.Get(); }
+    int FrameFd() const { return frames_.Get(); }
     // Readable when the interface may have come up or gone down.
-    int ChangeFd() const { return changes.Get(); }
+    int ChangeFd() const { return changes_.Get(); }
 
     // Frames, or packets of which something is left to do.
     struct Packet {
@@ -39,11 +39,11 @@ public:
     // One arrives at the interface; lost when that is down.
     void Write(std::span<const iovec> packet, const datapath::Offload& left = {});
     // Whether the interface takes packets of which something is left to do.
-    bool TakesPackets() const { return offloads; }
+    bool TakesPackets() const { return offloads_; }
     // Takes note of the changes so far.
     bool IsUp();
     // Whether its host has deleted the interface.
-    bool IsGone() const { return gone; }
+    bool IsGone() const { return gone_; }
     // What the interface says of its cable: carrier, and the speed and duplex while it has one.
     void ShowLink(bool up, uint32_t megabits, bool fullDuplex);
 
@@ -51,12 +51,12 @@ private:
     // The interface under the name that its host gives it now; false: it is gone.
     bool Find(ifreq& request) const;
 
-    std::string interface;  // as it was made
-    UniqueFd frames;
-    UniqueFd changes;
-    bool headers = true;    // one of virtio before each packet, both ways
-    bool offloads = false;  // what these can say is agreed upon
-    bool gone = false;
+    std::string interface_;  // as it was made
+    UniqueFd frames_;
+    UniqueFd changes_;
+    bool headers_ = true;    // one of virtio before each packet, both ways
+    bool offloads_ = false;  // what these can say is agreed upon
+    bool gone_ = false;
 };
 
 }  // namespace vboard::cables

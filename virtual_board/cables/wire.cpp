@@ -24,10 +24,10 @@ bool Wire::Travelling::operator<(const Travelling& other) const
 
 uint32_t Wire::Random()
 {
-    random ^= random << 13;
-    random ^= random >> 17;
-    random ^= random << 5;
-    return random;
+    random_ ^= random_ << 13;
+    random_ ^= random_ >> 17;
+    random_ ^= random_ << 5;
+    return random_;
 }
 
 bool Wire::Draw(uint32_t partsPerMillion)
@@ -37,26 +37,26 @@ bool Wire::Draw(uint32_t partsPerMillion)
 
 void Wire::Put(bool toSwitch, std::span<const uint8_t> frame, Time now)
 {
-    Time delay = faults.delay;
-    if (faults.jitter > Time{}) {
-        const auto span = static_cast<uint64_t>(2 * faults.jitter.count() + 1);
+    Time delay = faults_.delay;
+    if (faults_.jitter > Time{}) {
+        const auto span = static_cast<uint64_t>(2 * faults_.jitter.count() + 1);
         const uint64_t drawn = (uint64_t{Random()} << 32 | Random()) % span;
-        delay += Time{static_cast<Time::rep>(drawn)} - faults.jitter;
+        delay += Time{static_cast<Time::rep>(drawn)} - faults_.jitter;
     }
     const auto damage = DrawDamage();
     if (damage && damage != Damage::kBadCheck)
         frame = frame.first(std::min(frame.size(), kCutOff));
-    travelling.push(
-        {now + std::max(delay, Time{}), sent++, {toSwitch, damage, {frame.begin(), frame.end()}}});
+    travelling_.push(
+        {now + std::max(delay, Time{}), sent_++, {toSwitch, damage, {frame.begin(), frame.end()}}});
 }
 
 std::optional<Damage> Wire::DrawDamage()
 {
-    if (Draw(faults.fcsErrors))
+    if (Draw(faults_.fcsErrors))
         return Damage::kBadCheck;
-    if (Draw(faults.undersize))
+    if (Draw(faults_.undersize))
         return Damage::kShort;
-    if (Draw(faults.fragments))
+    if (Draw(faults_.fragments))
         return Damage::kFragment;
     return std::nullopt;
 }
@@ -64,30 +64,30 @@ std::optional<Damage> Wire::DrawDamage()
 unsigned Wire::Send(bool toSwitch, std::span<const uint8_t> frame, Time now, bool halfDuplex)
 {
     unsigned collisions = 0;
-    while (halfDuplex && collisions < kAttempts && Draw(faults.collisions))
+    while (halfDuplex && collisions < kAttempts && Draw(faults_.collisions))
         ++collisions;
-    if (collisions == kAttempts || Draw(faults.loss))
+    if (collisions == kAttempts || Draw(faults_.loss))
         return collisions;
     Put(toSwitch, frame, now);
-    if (Draw(faults.duplicates))
+    if (Draw(faults_.duplicates))
         Put(toSwitch, frame, now);
     return collisions;
 }
 
 std::optional<Wire::Arrival> Wire::Receive(Time now)
 {
-    if (travelling.empty() || travelling.top().due > now)
+    if (travelling_.empty() || travelling_.top().due > now)
         return std::nullopt;
-    Arrival arrival = travelling.top().arrival;
-    travelling.pop();
+    Arrival arrival = travelling_.top().arrival;
+    travelling_.pop();
     return arrival;
 }
 
 std::optional<Wire::Time> Wire::NextArrival() const
 {
-    if (travelling.empty())
+    if (travelling_.empty())
         return std::nullopt;
-    return travelling.top().due;
+    return travelling_.top().due;
 }
 
 }  // namespace vboard::cables

@@ -24,12 +24,12 @@ public:
         std::vector<uint8_t> frame;
     };
 
-    explicit Wire(uint32_t seed) : random(seed) {}
+    explicit Wire(uint32_t seed) : random_(seed) {}
 
-    void Set(const WireFaults& given) { faults = given; }
-    const WireFaults& Faults() const { return faults; }
+    void Set(const WireFaults& given) { faults_ = given; }
+    const WireFaults& Faults() const { return faults_; }
     // It hands on at once, as it is, what goes in.
-    bool IsGood() const { return faults == WireFaults{} && travelling.empty(); }
+    bool IsGood() const { return faults_ == WireFaults{} && travelling_.empty(); }
 
     // How often the frame has collided before it was sent.
     unsigned Send(bool toSwitch, std::span<const uint8_t> frame, Time now, bool halfDuplex = false);
@@ -51,10 +51,10 @@ private:
     uint32_t Random();
     void Put(bool toSwitch, std::span<const uint8_t> frame, Time now);
 
-    WireFaults faults;
-    std::priority_queue<Travelling> travelling;
-    uint64_t sent = 0;
-    uint32_t random;
+    WireFaults faults_;
+    std::priority_queue<Travelling> travelling_;
+    uint64_t sent_ = 0;
+    uint32_t random_;
 };
 
 }  // namespace vboard::cables

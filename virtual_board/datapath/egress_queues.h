@@ -87,20 +87,20 @@ private:
     void Drop(unsigned port);
     Time WireTime(unsigned port, const Shape& shape) const;
 
-    const vswitch::ForwardingView* view = nullptr;
-    PacketMemory memory;
-    std::vector<Stored> stored;
-    std::array<Queue, vswitch::kQueues> queues{};
-    std::array<uint8_t, vswitch::kPorts> waiting{};  // queues with frames, a bit each
-    std::array<Time, vswitch::kPorts> wireFree{};
-    std::array<unsigned, vswitch::kPorts> heldOf{};  // buffers, by ingress port
-    vswitch::PortMask busy = 0;
-    vswitch::PortMask red = 0;
-    vswitch::PortMask turnedRed = 0;
-    unsigned unfilled = 0;  // buffers reserved and not in use, of all queues
-    double average = 0;
-    uint32_t random = 1;
-    PacketMemory::Pieces pieces;
+    const vswitch::ForwardingView* view_ = nullptr;
+    PacketMemory memory_;
+    std::vector<Stored> stored_;
+    std::array<Queue, vswitch::kQueues> queues_{};
+    std::array<uint8_t, vswitch::kPorts> waiting_{};  // queues with frames, a bit each
+    std::array<Time, vswitch::kPorts> wireFree_{};
+    std::array<unsigned, vswitch::kPorts> heldOf_{};  // buffers, by ingress port
+    vswitch::PortMask busy_ = 0;
+    vswitch::PortMask red_ = 0;
+    vswitch::PortMask turnedRed_ = 0;
+    unsigned unfilled_ = 0;  // buffers reserved and not in use, of all queues
+    double average_ = 0;
+    uint32_t random_ = 1;
+    PacketMemory::Pieces pieces_;
 };
 
 }  // namespace vboard::datapath

@@ -26,14 +26,14 @@ uint64_t DataOctets(const Shape& shape)
 
 void FrameCounters::Length(unsigned port, size_t length, uint64_t frames, size_t mtu)
 {
-    counters.Count(port, kOctets, frames * length);
-    counters.Count(port, kPkts, frames);
+    counters_.Count(port, kOctets, frames * length);
+    counters_.Count(port, kPkts, frames);
     if (length < kShortest + kCheckSequence)
         return;
     if (length <= 1518)
-        counters.Count(port, SizeCounter(length), frames);
+        counters_.Count(port, SizeCounter(length), frames);
     else if (length <= mtu)
-        counters.Count(port, kPkts1519ToMax, frames);
+        counters_.Count(port, kPkts1519ToMax, frames);
 }
 
 bool FrameCounters::Received(unsigned port, const uint8_t* destination, const Shape& shape,
@@ -42,17 +42,17 @@ bool FrameCounters::Received(unsigned port, const uint8_t* destination, const Sh
     Length(port, shape.each + kCheckSequence, shape.frames - 1, mtu);
     Length(port, shape.last + kCheckSequence, 1, mtu);
     if (shape.Longest() + kCheckSequence > mtu) {
-        counters.Count(port, kOversizePkts, shape.frames);
-        counters.Count(port, kMtuDiscards, shape.frames);
+        counters_.Count(port, kOversizePkts, shape.frames);
+        counters_.Count(port, kMtuDiscards, shape.frames);
         return false;
     }
     if (destination[0] & 1)
-        counters.Count(port, IsBroadcast(destination) ? kBroadcastPkts : kMulticastPkts,
-                       shape.frames);
-    counters.Count(port, kFramesReceived, shape.frames);
-    counters.Count(port, kOctetsReceived, DataOctets(shape));
+        counters_.Count(port, IsBroadcast(destination) ? kBroadcastPkts : kMulticastPkts,
+                        shape.frames);
+    counters_.Count(port, kFramesReceived, shape.frames);
+    counters_.Count(port, kOctetsReceived, DataOctets(shape));
     if (IsPause(destination))
-        counters.Count(port, kPauseReceived, shape.frames);
+        counters_.Count(port, kPauseReceived, shape.frames);
     return true;
 }
 
@@ -60,20 +60,20 @@ void FrameCounters::ReceivedBad(unsigned port, size_t length, Damage damage, siz
 {
     Length(port, length, 1, mtu);
     if (damage == Damage::kShort)
-        counters.Count(port, kUndersizePkts);
+        counters_.Count(port, kUndersizePkts);
     else if (damage == Damage::kFragment)
-        counters.Count(port, kFragments);
+        counters_.Count(port, kFragments);
     else
-        counters.Count(port, length > mtu ? kJabbers : kCrcAlignErrors);
+        counters_.Count(port, length > mtu ? kJabbers : kCrcAlignErrors);
 }
 
 void FrameCounters::Sent(unsigned port, const uint8_t* destination, const Shape& shape)
 {
-    counters.Count(port, kFramesSent, shape.frames);
-    counters.Count(port, kOctetsSent, DataOctets(shape));
+    counters_.Count(port, kFramesSent, shape.frames);
+    counters_.Count(port, kOctetsSent, DataOctets(shape));
     if (destination[0] & 1)
-        counters.Count(port, IsBroadcast(destination) ? kBroadcastSent : kMulticastSent,
-                       shape.frames);
+        counters_.Count(port, IsBroadcast(destination) ? kBroadcastSent : kMulticastSent,
+                        shape.frames);
 }
 
 }  // namespace vboard::datapath

@@ -15,7 +15,7 @@ enum class Damage {
 
 class FrameCounters {
 public:
-    explicit FrameCounters(vswitch::Counters& ofChip) : counters(ofChip) {}
+    explicit FrameCounters(vswitch::Counters& ofChip) : counters_(ofChip) {}
 
     // The frames of a packet. False: longer than the MTU, all of them.
     bool Received(unsigned port, const uint8_t* destination, const Shape& shape, size_t mtu);
@@ -23,13 +23,13 @@ public:
     void Sent(unsigned port, const uint8_t* destination, const Shape& shape);
     void Count(unsigned port, vswitch::CounterIndex counter, uint64_t value = 1)
     {
-        counters.Count(port, counter, value);
+        counters_.Count(port, counter, value);
     }
 
 private:
     void Length(unsigned port, size_t length, uint64_t frames, size_t mtu);
 
-    vswitch::Counters& counters;
+    vswitch::Counters& counters_;
 };
 
 }  // namespace vboard::datapath

@@ -24,10 +24,10 @@ public:
     // data.
     explicit MulticastPacket(const Frame& frame);
 
-    Kind What() const { return kind; }
-    Protocol Of() const { return protocol; }
+    Kind What() const { return kind_; }
+    Protocol Of() const { return protocol_; }
     // Of kData: the destination, and whether it goes everywhere whoever has joined.
-    GroupAddress Group() const { return GroupAt(destination); }
+    GroupAddress Group() const { return GroupAt(destination_); }
     bool Unrestricted() const;
     // Of kQuery: from a router; one from the unspecified address is only passed on.
     bool Elects() const;
@@ -52,19 +52,19 @@ private:
     void ReadHello(Bytes packet);
     uint32_t PseudoHeader(uint8_t next) const;
     void ReadIpv6(Bytes packet);
-    size_t GroupSize() const { return protocol == Protocol::kIgmp ? 4 : 16; }
-    size_t SingleGroupAt() const { return protocol == Protocol::kIgmp ? 4 : 8; }
+    size_t GroupSize() const { return protocol_ == Protocol::kIgmp ? 4 : 16; }
+    size_t SingleGroupAt() const { return protocol_ == Protocol::kIgmp ? 4 : 8; }
     GroupAddress GroupAt(const uint8_t* address) const;
     bool ManyRecords() const;
     bool Leaves() const;
     Record RecordAt(size_t at) const;
     static bool Joins(const Record& record) { return record.type % 2 == 0 || record.sources != 0; }
 
-    Kind kind = Kind::kOther;
-    Protocol protocol = Protocol::kIgmp;
-    const uint8_t* source = nullptr;
-    const uint8_t* destination = nullptr;
-    Bytes message;
+    Kind kind_ = Kind::kOther;
+    Protocol protocol_ = Protocol::kIgmp;
+    const uint8_t* source_ = nullptr;
+    const uint8_t* destination_ = nullptr;
+    Bytes message_;
 };
 
 template <typename Change>
@@ -72,8 +72,8 @@ void MulticastPacket::ForEachChange(Change change) const
 {
     constexpr uint8_t kBlockOldSources = 6;
     if (!ManyRecords())
-        return change(GroupAt(message.data() + SingleGroupAt()), !Leaves());
-    unsigned left = Word(message.data() + 6);
+        return change(GroupAt(message_.data() + SingleGroupAt()), !Leaves());
+    unsigned left = Word(message_.data() + 6);
     for (size_t at = 8; left > 0; --left) {
         const Record record = RecordAt(at);
         if (record.size == 0)

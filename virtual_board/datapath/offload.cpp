@@ -104,40 +104,40 @@ bool IsIpv6(const uint8_t* packet, const Offload& offload)
 
 Bytes Cutter::Next()
 {
-    if (offload.data + done >= packet.size())
+    if (offload_.data + done_ >= packet_.size())
         return {};
-    const size_t left = packet.size() - offload.data - done;
-    const size_t part = offload.IsLong() ? std::min<size_t>(left, offload.perFrame) : left;
-    const size_t size = Place(done, part);
-    if (offload.IsLong()) {
+    const size_t left = packet_.size() - offload_.data - done_;
+    const size_t part = offload_.IsLong() ? std::min<size_t>(left, offload_.perFrame) : left;
+    const size_t size = Place(done_, part);
+    if (offload_.IsLong()) {
         AdjustIp(size);
-        AdjustTcp(done, size);
+        AdjustTcp(done_, size);
     }
-    if (offload.sumFrom != 0)
-        PutSum(room + offload.sumAt, Sum({room + offload.sumFrom, size - offload.sumFrom}, 0));
-    done += part;
-    ++number;
+    if (offload_.sumFrom != 0)
+        PutSum(room_ + offload_.sumAt, Sum({room_ + offload_.sumFrom, size - offload_.sumFrom}, 0));
+    done_ += part;
+    ++number_;
     if (size < kShortest)
-        memset(room + size, 0, kShortest - size);
-    return {room, std::max(size, kShortest)};
+        memset(room_ + size, 0, kShortest - size);
+    return {room_, std::max(size, kShortest)};
 }
 
 size_t Cutter::Place(size_t at, size_t size)
 {
-    memcpy(room, packet.data(), offload.data);
-    memcpy(room + offload.data, packet.data() + offload.data + at, size);
-    return offload.data + size;
+    memcpy(room_, packet_.data(), offload_.data);
+    memcpy(room_ + offload_.data, packet_.data() + offload_.data + at, size);
+    return offload_.data + size;
 }
 
 void Cutter::AdjustIp(size_t size) const
 {
-    uint8_t* ip = room + offload.ip;
+    uint8_t* ip = room_ + offload_.ip;
     if (ip[0] >> 4 == 6) {
-        PutWord(ip + 4, static_cast<uint16_t>(size - offload.ip - kIpv6Header));
+        PutWord(ip + 4, static_cast<uint16_t>(size - offload_.ip - kIpv6Header));
         return;
     }
-    PutWord(ip + 2, static_cast<uint16_t>(size - offload.ip));
-    PutWord(ip + 4, static_cast<uint16_t>(Word(ip + 4) + number));
+    PutWord(ip + 2, static_cast<uint16_t>(size - offload_.ip));
+    PutWord(ip + 4, static_cast<uint16_t>(Word(ip + 4) + number_));
     PutWord(ip + 10, 0);
     PutWord(ip + 10, static_cast<uint16_t>(~Sum({ip, 4u * (ip[0] & 15)}, 0)));
 }
@@ -145,14 +145,14 @@ void Cutter::AdjustIp(size_t size) const
 // The checksum's place holds the sum of the pseudo header, of which the length changes.
 void Cutter::AdjustTcp(size_t at, size_t size) const
 {
-    uint8_t* tcp = room + offload.sumFrom;
+    uint8_t* tcp = room_ + offload_.sumFrom;
     PutLongWord(tcp + 4, LongWord(tcp + 4) + static_cast<uint32_t>(at));
-    if (offload.data + at + offload.perFrame < packet.size())
+    if (offload_.data + at + offload_.perFrame < packet_.size())
         tcp[13] &= static_cast<uint8_t>(~kFinOrPush);
-    if (number != 0)
+    if (number_ != 0)
         tcp[13] &= static_cast<uint8_t>(~kWindowReduced);
-    const auto before = static_cast<uint16_t>(packet.size() - offload.sumFrom);
-    const auto now = static_cast<uint16_t>(size - offload.sumFrom);
+    const auto before = static_cast<uint16_t>(packet_.size() - offload_.sumFrom);
+    const auto now = static_cast<uint16_t>(size - offload_.sumFrom);
     const uint32_t change = static_cast<uint16_t>(~before) + uint32_t{now};
     PutWord(tcp + kTcpSum, Sum({tcp + kTcpSum, 2}, change));
 }

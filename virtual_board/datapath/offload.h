@@ -37,7 +37,7 @@ class Cutter {
 public:
     // The room has kLongestPacket octets.
     Cutter(Bytes whole, const Offload& left, uint8_t* place)
-        : packet(whole), offload(left), room(place)
+        : packet_(whole), offload_(left), room_(place)
     {
     }
 
@@ -49,11 +49,11 @@ private:
     void AdjustIp(size_t size) const;
     void AdjustTcp(size_t at, size_t size) const;
 
-    Bytes packet;
-    Offload offload;
-    uint8_t* room;
-    size_t done = 0;  // octets of data; of a packet that is one frame, of all
-    uint16_t number = 0;
+    Bytes packet_;
+    Offload offload_;
+    uint8_t* room_;
+    size_t done_ = 0;  // octets of data; of a packet that is one frame, of all
+    uint16_t number_ = 0;
 };
 
 }  // namespace vboard::datapath

@@ -5,7 +5,7 @@
 
 namespace vboard::datapath {
 
-PacketMemory::PacketMemory() : buffers(kBuffers)
+PacketMemory::PacketMemory() : buffers_(kBuffers)
 {
     Clear();
 }
@@ -13,21 +13,21 @@ PacketMemory::PacketMemory() : buffers(kBuffers)
 void PacketMemory::Clear()
 {
     for (unsigned i = 0; i < kBuffers; ++i)
-        next[i] = static_cast<uint16_t>(i + 1);
-    firstFree = 0;
-    freeBuffers = kBuffers;
+        next_[i] = static_cast<uint16_t>(i + 1);
+    firstFree_ = 0;
+    freeBuffers_ = kBuffers;
 }
 
 uint16_t PacketMemory::Store(Bytes packet, unsigned count)
 {
-    const uint16_t first = firstFree;
+    const uint16_t first = firstFree_;
     for (unsigned left = count; left > 0; --left) {
         const size_t part = std::min(packet.size(), kBufferSize);
-        memcpy(buffers[firstFree].data(), packet.data(), part);
+        memcpy(buffers_[firstFree_].data(), packet.data(), part);
         packet = packet.subspan(part);
-        firstFree = next[firstFree];
+        firstFree_ = next_[firstFree_];
     }
-    freeBuffers -= count;
+    freeBuffers_ -= count;
     return first;
 }
 
@@ -35,18 +35,18 @@ void PacketMemory::Release(uint16_t first, unsigned count)
 {
     uint16_t last = first;
     for (unsigned i = 1; i < count; ++i)
-        last = next[last];
-    next[last] = firstFree;
-    firstFree = first;
-    freeBuffers += count;
+        last = next_[last];
+    next_[last] = firstFree_;
+    firstFree_ = first;
+    freeBuffers_ += count;
 }
 
 std::span<const iovec> PacketMemory::Show(uint16_t first, size_t bytes, Pieces& pieces)
 {
     size_t used = 0;
-    for (uint16_t at = first; bytes > 0; at = next[at]) {
+    for (uint16_t at = first; bytes > 0; at = next_[at]) {
         const size_t part = std::min(bytes, kBufferSize);
-        uint8_t* start = buffers[at].data();
+        uint8_t* start = buffers_[at].data();
         // Buffers that lie one behind the other are one piece: the kernel is quicker with few.
         if (used > 0 &&
             start == static_cast<uint8_t*>(pieces[used - 1].iov_base) + pieces[used - 1].iov_len)

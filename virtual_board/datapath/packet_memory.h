@@ -22,7 +22,7 @@ public:
 
     PacketMemory();
     void Clear();
-    unsigned Free() const { return freeBuffers; }
+    unsigned Free() const { return freeBuffers_; }
 
     // How many buffers the frames of a packet take on their way; never fewer than its octets do.
     static unsigned BuffersOf(const Shape& shape)
@@ -40,10 +40,10 @@ public:
     std::span<const iovec> Show(uint16_t first, size_t bytes, Pieces& pieces);
 
 private:
-    std::vector<std::array<uint8_t, kBufferSize>> buffers;
-    std::array<uint16_t, kBuffers> next;
-    uint16_t firstFree;
-    unsigned freeBuffers;
+    std::vector<std::array<uint8_t, kBufferSize>> buffers_;
+    std::array<uint16_t, kBuffers> next_;
+    uint16_t firstFree_;
+    unsigned freeBuffers_;
 };
 
 // A packet in one piece, in the room.

@@ -22,18 +22,18 @@ PortMask StillIn(const PortTimes& until, nanoseconds now)
     return static_cast<PortMask>(ports);
 }
 
-GroupTable::GroupTable() : entries(kGroups)
+GroupTable::GroupTable() : entries_(kGroups)
 {
     Clear();
 }
 
 void GroupTable::Clear()
 {
-    first.fill(kNone);
+    first_.fill(kNone);
     for (size_t i = 0; i < kGroups; ++i)
-        entries[i].next = static_cast<int16_t>(i + 1);
-    entries.back().next = kNone;
-    free = 0;
+        entries_[i].next = static_cast<int16_t>(i + 1);
+    entries_.back().next = kNone;
+    free_ = 0;
 }
 
 size_t GroupTable::BucketOf(const GroupAddress& group, uint16_t vid)
@@ -46,39 +46,39 @@ size_t GroupTable::BucketOf(const GroupAddress& group, uint16_t vid)
 
 int16_t GroupTable::Find(const GroupAddress& group, uint16_t vid) const
 {
-    int16_t at = first[BucketOf(group, vid)];
-    while (at != kNone && (entries[at].group != group || entries[at].vid != vid))
-        at = entries[at].next;
+    int16_t at = first_[BucketOf(group, vid)];
+    while (at != kNone && (entries_[at].group != group || entries_[at].vid != vid))
+        at = entries_[at].next;
     return at;
 }
 
 void GroupTable::DropEnded(nanoseconds now)
 {
-    for (int16_t& bucket : first) {
+    for (int16_t& bucket : first_) {
         for (int16_t* link = &bucket; *link != kNone;) {
-            Entry& entry = entries[*link];
+            Entry& entry = entries_[*link];
             if (StillIn(entry.until, now) != 0) {
                 link = &entry.next;
                 continue;
             }
             const int16_t ended = *link;
             *link = entry.next;
-            entry.next = free;
-            free = ended;
+            entry.next = free_;
+            free_ = ended;
         }
     }
 }
 
 int16_t GroupTable::Make(const GroupAddress& group, uint16_t vid, nanoseconds now)
 {
-    if (free == kNone)
+    if (free_ == kNone)
         DropEnded(now);
-    if (free == kNone)
+    if (free_ == kNone)
         return kNone;
-    const int16_t made = free;
-    free = entries[made].next;
-    int16_t& bucket = first[BucketOf(group, vid)];
-    entries[made] = {group, vid, {}, bucket};
+    const int16_t made = free_;
+    free_ = entries_[made].next;
+    int16_t& bucket = first_[BucketOf(group, vid)];
+    entries_[made] = {group, vid, {}, bucket};
     bucket = made;
     return made;
 }
@@ -89,27 +89,27 @@ void GroupTable::Join(const GroupAddress& group, uint16_t vid, unsigned port, na
     if (at == kNone)
         at = Make(group, vid, now);
     if (at != kNone)
-        entries[at].until[port] = now + kMembershipTime;
+        entries_[at].until[port] = now + kMembershipTime;
 }
 
 bool GroupTable::Leave(const GroupAddress& group, uint16_t vid, unsigned port, nanoseconds now)
 {
     const int16_t at = Find(group, vid);
-    if (at == kNone || entries[at].until[port] <= now)
+    if (at == kNone || entries_[at].until[port] <= now)
         return false;
-    entries[at].until[port] = std::min(entries[at].until[port], now + kLastMemberTime);
+    entries_[at].until[port] = std::min(entries_[at].until[port], now + kLastMemberTime);
     return true;
 }
 
 PortMask GroupTable::Members(const GroupAddress& group, uint16_t vid, nanoseconds now) const
 {
     const int16_t at = Find(group, vid);
-    return at == kNone ? PortMask{0} : StillIn(entries[at].until, now);
+    return at == kNone ? PortMask{0} : StillIn(entries_[at].until, now);
 }
 
 Snooping::Snooping()
 {
-    for (Family& family : families) {
+    for (Family& family : families_) {
         family.queriers.resize(vswitch::kMaxVid + 1);
         family.routers.resize(vswitch::kMaxVid + 1);
     }
@@ -133,8 +133,8 @@ void Snooping::Note(Family& family, const MulticastPacket& report, unsigned port
     report.ForEachChange([&](const GroupAddress& group, bool joins) {
         if (joins)
             family.groups.Join(group, vid, port, now);
-        else if (family.groups.Leave(group, vid, port, now) && !asked && leftCount < kMostLeft)
-            left[leftCount++] = group;
+        else if (family.groups.Leave(group, vid, port, now) && !asked && leftCount_ < kMostLeft)
+            left_[leftCount_++] = group;
     });
 }
 
@@ -144,7 +144,7 @@ void Snooping::Follow(const MulticastPacket& packet, unsigned port, uint16_t vid
     Family& family = Of(packet.Of());
     const Kind what = packet.What();
     family.empty = family.empty && what == Kind::kData;
-    leftCount = 0;
+    leftCount_ = 0;
     if (what == Kind::kQuery && packet.Elects())
         family.queriers[vid][port] = now + kQuerierTime;
     if (what == Kind::kHello)

@@ -49,9 +49,9 @@ private:
     int16_t Make(const GroupAddress& group, uint16_t vid, std::chrono::nanoseconds now);
     void DropEnded(std::chrono::nanoseconds now);
 
-    std::vector<Entry> entries;
-    std::array<int16_t, kGroups> first;
-    int16_t free;
+    std::vector<Entry> entries_;
+    std::array<int16_t, kGroups> first_;
+    int16_t free_;
 };
 
 class Snooping {
@@ -63,7 +63,7 @@ public:
     void Follow(const MulticastPacket& packet, unsigned port, uint16_t vid,
                 std::chrono::nanoseconds now);
     // The groups that members of a VLAN without a querier have left in the packet followed last.
-    std::span<const GroupAddress> Left() const { return {left.data(), leftCount}; }
+    std::span<const GroupAddress> Left() const { return {left_.data(), leftCount_}; }
     // Where it may go after that.
     vswitch::PortMask Destinations(const MulticastPacket& packet, uint16_t vid,
                                    unsigned internalPort, std::chrono::nanoseconds now) const;
@@ -75,17 +75,17 @@ private:
         std::vector<PortTimes> routers;   // likewise, heard of by their hellos
         bool empty = true;
     };
-    Family& Of(Protocol protocol) { return families[static_cast<size_t>(protocol)]; }
-    const Family& Of(Protocol protocol) const { return families[static_cast<size_t>(protocol)]; }
+    Family& Of(Protocol protocol) { return families_[static_cast<size_t>(protocol)]; }
+    const Family& Of(Protocol protocol) const { return families_[static_cast<size_t>(protocol)]; }
     void Note(Family& family, const MulticastPacket& report, unsigned port, uint16_t vid,
               std::chrono::nanoseconds now);
 
     // One report that leaves more asks for these only.
     static constexpr size_t kMostLeft = 16;
 
-    std::array<Family, 2> families;
-    std::array<GroupAddress, kMostLeft> left;
-    size_t leftCount = 0;
+    std::array<Family, 2> families_;
+    std::array<GroupAddress, kMostLeft> left_;
+    size_t leftCount_ = 0;
 };
 
 }  // namespace vboard::datapath

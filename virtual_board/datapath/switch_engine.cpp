@@ -21,47 +21,47 @@ constexpr uint8_t kPauseFrame[kShortest] = {0x01, 0x80, 0xC2, 0x00, 0x00, 0x01, 
 }  // namespace
 
 SwitchEngine::SwitchEngine(VswitchChip& switchChip, Wires& allWires)
-    : chip(switchChip), wires(allWires), counters(switchChip.PortCounters())
+    : chip_(switchChip), wires_(allWires), counters_(switchChip.PortCounters())
 {
     FollowChip();
 }
 
 void SwitchEngine::FollowChip()
 {
-    if (changesSeen == chip.ForwardingChanges())
+    if (changesSeen_ == chip_.ForwardingChanges())
         return;
-    changesSeen = chip.ForwardingChanges();
-    view = &chip.Forwarding();
-    queues.Configure(*view);
-    if (view->resets != resetsSeen)
-        queues.Clear();
-    if (view->resets != resetsSeen || view->igmpForgotten != igmpSeen)
-        snooping.Forget(Protocol::kIgmp);
-    if (view->resets != resetsSeen || view->mldForgotten != mldSeen)
-        snooping.Forget(Protocol::kMld);
-    resetsSeen = view->resets;
-    igmpSeen = view->igmpForgotten;
-    mldSeen = view->mldForgotten;
+    changesSeen_ = chip_.ForwardingChanges();
+    view_ = &chip_.Forwarding();
+    queues_.Configure(*view_);
+    if (view_->resets != resetsSeen_)
+        queues_.Clear();
+    if (view_->resets != resetsSeen_ || view_->igmpForgotten != igmpSeen_)
+        snooping_.Forget(Protocol::kIgmp);
+    if (view_->resets != resetsSeen_ || view_->mldForgotten != mldSeen_)
+        snooping_.Forget(Protocol::kMld);
+    resetsSeen_ = view_->resets;
+    igmpSeen_ = view_->igmpForgotten;
+    mldSeen_ = view_->mldForgotten;
 }
 
 Bytes SwitchEngine::Padded(Bytes frame)
 {
     if (frame.size() >= kShortest)
         return frame;
-    padded.fill(0);
-    std::ranges::copy(frame, padded.begin());
-    return padded;
+    padded_.fill(0);
+    std::ranges::copy(frame, padded_.begin());
+    return padded_;
 }
 
 const ForwardingView& SwitchEngine::View()
 {
     FollowChip();
-    return *view;
+    return *view_;
 }
 
 bool SwitchEngine::Open(unsigned port) const
 {
-    return (view->forwarding & MaskOf(port)) != 0 && chip.Awake(port);
+    return (view_->forwarding & MaskOf(port)) != 0 && chip_.Awake(port);
 }
 
 void SwitchEngine::Receive(unsigned port, Bytes given, Time now, const Offload& left)
@@ -72,7 +72,7 @@ void SwitchEngine::Receive(unsigned port, Bytes given, Time now, const Offload& 
     Transmit(now);
     if (left.IsDone() || ComesInWhole(port, given, left))
         return TakeIn(port, given, left, now);
-    Cutter cutter{given, left, comingIn.data()};
+    Cutter cutter{given, left, comingIn_.data()};
     for (Bytes frame = cutter.Next(); !frame.empty(); frame = cutter.Next())
         TakeIn(port, frame, {}, now);
 }
@@ -81,16 +81,16 @@ void SwitchEngine::Receive(unsigned port, Bytes given, Time now, const Offload& 
 bool SwitchEngine::ComesInWhole(unsigned port, Bytes packet, const Offload& left) const
 {
     const size_t longest = ShapeOf(packet.size(), left).Longest() + kCheckSequence;
-    return watcher == nullptr && view->ports[port].mirrorTo == ForwardingView::kNoMirror &&
-           (packet[0] & 1) == 0 && longest <= view->mtu;
+    return watcher_ == nullptr && view_->ports[port].mirrorTo == ForwardingView::kNoMirror &&
+           (packet[0] & 1) == 0 && longest <= view_->mtu;
 }
 
 void SwitchEngine::TakeIn(unsigned port, Bytes given, const Offload& left, Time now)
 {
     const Frame frame = Classify(port, Padded(given), left);
     const char* lost = Take(frame, given.size(), now);
-    if (watcher != nullptr)
-        watcher->Received(frame, lost);
+    if (watcher_ != nullptr)
+        watcher_->Received(frame, lost);
     Transmit(now);
 }
 
@@ -99,17 +99,17 @@ const char* SwitchEngine::Take(const Frame& frame, size_t length, Time now)
 {
     const unsigned port = frame.port;
     const Shape shape = ShapeOf(frame.bytes.size(), frame.offload);
-    if (!counters.Received(port, frame.Destination(), shape, view->mtu))
+    if (!counters_.Received(port, frame.Destination(), shape, view_->mtu))
         return "longer than the MTU";
     if (const char* why = WhyNoFrame(frame, length)) {
-        counters.Count(port, kInDiscards);
+        counters_.Count(port, kInDiscards);
         return why;
     }
-    if (view->ports[port].mirrorTo != ForwardingView::kNoMirror)
+    if (view_->ports[port].mirrorTo != ForwardingView::kNoMirror)
         Mirror(port, port, frame.tag, frame.bytes, now);
     const char* lost = Forward(frame, now);
     if (lost != nullptr && !IsPause(frame.Destination()))
-        counters.Count(port, kInDiscards);
+        counters_.Count(port, kInDiscards);
     return lost;
 }
 
@@ -120,11 +120,11 @@ void SwitchEngine::ReceiveBad(unsigned port, Bytes given, Time now, Damage damag
         return;
     const Bytes bytes = Padded(given);
     const size_t length = LengthOf(damage == Damage::kBadCheck ? bytes : given);
-    counters.ReceivedBad(port, length, damage, view->mtu);
-    if (watcher != nullptr)
-        watcher->Received(Classify(port, bytes), damage == Damage::kShort
-                                                     ? "shorter than a frame may be"
-                                                     : "wrong frame check sequence");
+    counters_.ReceivedBad(port, length, damage, view_->mtu);
+    if (watcher_ != nullptr)
+        watcher_->Received(Classify(port, bytes), damage == Damage::kShort
+                                                      ? "shorter than a frame may be"
+                                                      : "wrong frame check sequence");
     Transmit(now);
 }
 
@@ -137,8 +137,8 @@ const char* SwitchEngine::WhyNoFrame(const Frame& frame, size_t length)
 
 Frame SwitchEngine::Classify(unsigned port, Bytes bytes, const Offload& left) const
 {
-    const auto& rules = view->ports[port];
-    Frame frame = Parse(port, bytes, rules.customer ? uint16_t{0} : view->tpid);
+    const auto& rules = view_->ports[port];
+    Frame frame = Parse(port, bytes, rules.customer ? uint16_t{0} : view_->tpid);
     if (!frame.tagged)
         frame.tag.pcp = rules.pcp;
     if (frame.tag.vid == 0)
@@ -150,19 +150,19 @@ Frame SwitchEngine::Classify(unsigned port, Bytes bytes, const Offload& left) co
 uint16_t SwitchEngine::VlanOfUntagged(const Frame& frame) const
 {
     const uint64_t source = NumberOf(frame.Source());
-    for (unsigned i = view->firstRule[frame.port]; i < view->firstRule[frame.port + 1]; ++i) {
-        const auto& rule = view->macVlanRules[i];
+    for (unsigned i = view_->firstRule[frame.port]; i < view_->firstRule[frame.port + 1]; ++i) {
+        const auto& rule = view_->macVlanRules[i];
         if ((source & rule.mask) == rule.mac)
             return rule.vid;
     }
-    return view->ports[frame.port].pvid;
+    return view_->ports[frame.port].pvid;
 }
 
 // Why the frame is discarded, or null.
 const char* SwitchEngine::Forward(const Frame& frame, Time now)
 {
     if (!Admitted(frame)) {
-        counters.Count(frame.port, kVlanInDiscards);
+        counters_.Count(frame.port, kVlanInDiscards);
         return "the port is not in its VLAN";
     }
     Learn(frame, now);
@@ -179,38 +179,38 @@ const char* SwitchEngine::Forward(const Frame& frame, Time now)
 bool SwitchEngine::Admitted(const Frame& frame) const
 {
     const uint16_t vid = frame.tag.vid;
-    return vid != kReservedVid && (view->members[vid] & MaskOf(frame.port)) != 0;
+    return vid != kReservedVid && (view_->members[vid] & MaskOf(frame.port)) != 0;
 }
 
 void SwitchEngine::Learn(const Frame& frame, Time now)
 {
     const MacAddress source = AddressAt(frame.Source());
-    if (IsStation(source) && !chip.Stations().Learn(source, frame.tag.vid, frame.port, now))
-        chip.NoteStationRefused();
+    if (IsStation(source) && !chip_.Stations().Learn(source, frame.tag.vid, frame.port, now))
+        chip_.NoteStationRefused();
 }
 
 // To the bridge itself, which is the CPU behind the internal port; that one may send such frames.
 bool SwitchEngine::Trapped(const Frame& frame) const
 {
-    const bool reserved = view->providerBridged ? IsReservedOfProvider(frame.Destination())
-                                                : IsReserved(frame.Destination());
-    return reserved && frame.port != view->internalPort;
+    const bool reserved = view_->providerBridged ? IsReservedOfProvider(frame.Destination())
+                                                 : IsReserved(frame.Destination());
+    return reserved && frame.port != view_->internalPort;
 }
 
 bool SwitchEngine::Snooped(const MulticastPacket& packet) const
 {
-    const bool followed = packet.Of() == Protocol::kIgmp ? view->igmp : view->mld;
+    const bool followed = packet.Of() == Protocol::kIgmp ? view_->igmp : view_->mld;
     return followed && packet.What() != MulticastPacket::Kind::kOther;
 }
 
 void SwitchEngine::Snoop(const Frame& frame, Time now)
 {
-    if ((!view->igmp && !view->mld) || !frame.ToGroup() || Trapped(frame))
+    if ((!view_->igmp && !view_->mld) || !frame.ToGroup() || Trapped(frame))
         return;
     const MulticastPacket packet(frame);
     if (!Snooped(packet))
         return;
-    snooping.Follow(packet, frame.port, frame.tag.vid, now);
+    snooping_.Follow(packet, frame.port, frame.tag.vid, now);
     AskLastMembers(frame, packet, now);
 }
 
@@ -218,9 +218,9 @@ void SwitchEngine::Snoop(const Frame& frame, Time now)
 void SwitchEngine::AskLastMembers(const Frame& leave, const MulticastPacket& packet, Time now)
 {
     std::array<uint8_t, kLastMemberQuery> room;
-    for (const GroupAddress& group : snooping.Left()) {
+    for (const GroupAddress& group : snooping_.Left()) {
         const Bytes query = ComposeLastMemberQuery(packet.Of(), group, room.data());
-        Frame asked = Parse(view->internalPort, query, 0);
+        Frame asked = Parse(view_->internalPort, query, 0);
         asked.tag = {leave.tag.vid, kControlPriority, false};
         Distribute(asked, MaskOf(leave.port), now);
     }
@@ -229,20 +229,20 @@ void SwitchEngine::AskLastMembers(const Frame& leave, const MulticastPacket& pac
 Route SwitchEngine::RouteOf(const Frame& frame, Time now) const
 {
     const uint16_t vid = frame.tag.vid;
-    Route route{Route::By::kFlood, kEverywhere, view->members[vid], view->forwarding,
-                view->ports[frame.port].reaches};
+    Route route{Route::By::kFlood, kEverywhere, view_->members[vid], view_->forwarding,
+                view_->ports[frame.port].reaches};
     if (Trapped(frame)) {
         route.by = Route::By::kReserved;
-        route.wanted = MaskOf(view->internalPort);
+        route.wanted = MaskOf(view_->internalPort);
     } else if (frame.ToGroup()) {
-        if (!view->igmp && !view->mld)
+        if (!view_->igmp && !view_->mld)
             return route;
         const MulticastPacket packet(frame);
         if (!Snooped(packet))
             return route;
         route.by = Route::By::kGroup;
-        route.wanted = snooping.Destinations(packet, vid, view->internalPort, now);
-    } else if (const auto* known = chip.Stations().Find(AddressAt(frame.Destination()), vid)) {
+        route.wanted = snooping_.Destinations(packet, vid, view_->internalPort, now);
+    } else if (const auto* known = chip_.Stations().Find(AddressAt(frame.Destination()), vid)) {
         route.by = Route::By::kStation;
         route.wanted = MaskOf(known->port);
     }
@@ -251,19 +251,19 @@ Route SwitchEngine::RouteOf(const Frame& frame, Time now) const
 
 bool SwitchEngine::TaggedOn(unsigned port, uint16_t vid) const
 {
-    const auto& rules = view->ports[port];
-    if (port != view->internalPort || rules.egressTag)
+    const auto& rules = view_->ports[port];
+    if (port != view_->internalPort || rules.egressTag)
         return rules.egressTag;
-    return view->providerBridged || vid != rules.pvid;
+    return view_->providerBridged || vid != rules.pvid;
 }
 
 const SwitchEngine::Variant& SwitchEngine::Outgoing(const Frame& frame, bool tagged)
 {
-    Variant& variant = variants[tagged ? 1 : 0];
+    Variant& variant = variants_[tagged ? 1 : 0];
     if (!variant.bytes.empty())
         return variant;
     const bool asItIs = !tagged && !frame.tagged;
-    variant.bytes = asItIs ? frame.bytes : Compose(frame, tagged, view->tpid, variant.room.data());
+    variant.bytes = asItIs ? frame.bytes : Compose(frame, tagged, view_->tpid, variant.room.data());
     const int taken = static_cast<int>(frame.typeAt - kAddresses);
     variant.offload = frame.offload.MovedBy((tagged ? static_cast<int>(kTag) : 0) - taken);
     return variant;
@@ -272,24 +272,24 @@ const SwitchEngine::Variant& SwitchEngine::Outgoing(const Frame& frame, bool tag
 bool SwitchEngine::GoesWhole(const Frame& frame, PortMask destinations) const
 {
     // Hosts know only the identifiers of 802.1Q.
-    if (view->tpid != kCustomerTpid && view->tpid != kServiceTpid)
+    if (view_->tpid != kCustomerTpid && view_->tpid != kServiceTpid)
         return false;
     const Shape shape = ShapeOf(frame.bytes.size(), frame.offload);
     const Shape tagged{shape.frames, shape.each + kTag, shape.last + kTag};
-    return queues.TakesWhole(destinations, frame.port, tagged);
+    return queues_.TakesWhole(destinations, frame.port, tagged);
 }
 
 void SwitchEngine::Distribute(const Frame& frame, PortMask destinations, Time now)
 {
     if (frame.offload.IsLong() && !GoesWhole(frame, destinations)) {
-        Cutter cutter{frame.bytes, frame.offload, waiting.data()};
+        Cutter cutter{frame.bytes, frame.offload, waiting_.data()};
         Frame one = frame;
         one.offload = {};
         for (one.bytes = cutter.Next(); !one.bytes.empty(); one.bytes = cutter.Next())
             Distribute(one, destinations, now);
         return;
     }
-    for (Variant& variant : variants)
+    for (Variant& variant : variants_)
         variant.bytes = {};
     bool bufferFound = false;
     for (unsigned left = destinations; left != 0; left &= left - 1) {
@@ -301,17 +301,17 @@ void SwitchEngine::Distribute(const Frame& frame, PortMask destinations, Time no
         bufferFound = bufferFound || verdict != Verdict::kNoBuffer;
     }
     if (!bufferFound)
-        counters.Count(frame.port, kDropEvents);
+        counters_.Count(frame.port, kDropEvents);
 }
 
 Verdict SwitchEngine::Admit(const EgressQueues::Admission& admission, Bytes frame, Time now)
 {
-    const Verdict verdict = queues.Admit(admission, frame, now);
+    const Verdict verdict = queues_.Admit(admission, frame, now);
     if (verdict != Verdict::kQueued) {
-        counters.Count(admission.port, kOutDiscards);
-        if (watcher != nullptr)
-            watcher->Discarded(admission, frame,
-                               verdict == Verdict::kNoBuffer ? "no buffer" : "discarded early");
+        counters_.Count(admission.port, kOutDiscards);
+        if (watcher_ != nullptr)
+            watcher_->Discarded(admission, frame,
+                                verdict == Verdict::kNoBuffer ? "no buffer" : "discarded early");
     }
     SendPauses();
     return verdict;
@@ -319,29 +319,29 @@ Verdict SwitchEngine::Admit(const EgressQueues::Admission& admission, Bytes fram
 
 void SwitchEngine::SendPauses()
 {
-    for (unsigned left = queues.TakeTurnedRed(); left != 0; left &= left - 1) {
+    for (unsigned left = queues_.TakeTurnedRed(); left != 0; left &= left - 1) {
         const auto port = static_cast<unsigned>(std::countr_zero(left));
-        if (!view->ports[port].fullDuplex)
+        if (!view_->ports[port].fullDuplex)
             continue;
         uint8_t pause[kShortest];
         memcpy(pause, kPauseFrame, sizeof pause);
         const iovec piece{pause, sizeof pause};
-        wires.Send(port, {&piece, 1});
-        counters.Count(port, kPauseSent);
+        wires_.Send(port, {&piece, 1});
+        counters_.Count(port, kPauseSent);
     }
 }
 
 void SwitchEngine::Mirror(unsigned port, unsigned ingress, const Tag& tag, Bytes frame, Time now)
 {
-    const auto to = static_cast<unsigned>(view->ports[port].mirrorTo);
-    if (view->links & MaskOf(to))
+    const auto to = static_cast<unsigned>(view_->ports[port].mirrorTo);
+    if (view_->links & MaskOf(to))
         Admit({ingress, to, tag.vid, tag.pcp, tag.dei, true, {}}, frame, now);
 }
 
 void SwitchEngine::MirrorSent(const EgressQueues::Admission& admission,
                               std::span<const iovec> frame, Time now)
 {
-    const Bytes bytes = Gather(frame, mirrored.data());
+    const Bytes bytes = Gather(frame, mirrored_.data());
     Mirror(admission.port, admission.ingress, {admission.vid, admission.pcp, admission.dei}, bytes,
            now);
 }
@@ -350,29 +350,29 @@ void SwitchEngine::Transmit(Time now)
 {
     FollowChip();
     EgressQueues::Departure departure;
-    while (queues.Depart(now, departure)) {
+    while (queues_.Depart(now, departure)) {
         if (departure.admission.offload.IsDone() || LeavesWhole(departure.port))
             Send(departure.admission, departure.pieces, departure.bytes, now);
         else
             SendFrames(departure, now);
-        queues.Release(departure);
+        queues_.Release(departure);
     }
 }
 
 bool SwitchEngine::LeavesWhole(unsigned port) const
 {
-    return watcher == nullptr && view->ports[port].mirrorTo == ForwardingView::kNoMirror &&
-           wires.TakesPackets(port);
+    return watcher_ == nullptr && view_->ports[port].mirrorTo == ForwardingView::kNoMirror &&
+           wires_.TakesPackets(port);
 }
 
 void SwitchEngine::SendFrames(const EgressQueues::Departure& departure, Time now)
 {
     EgressQueues::Admission admission = departure.admission;
     admission.offload = {};
-    const Bytes packet = Gather(departure.pieces, waiting.data());
-    Cutter cutter{packet, departure.admission.offload, goingOut.data()};
+    const Bytes packet = Gather(departure.pieces, waiting_.data());
+    Cutter cutter{packet, departure.admission.offload, goingOut_.data()};
     for (Bytes frame = cutter.Next(); !frame.empty(); frame = cutter.Next()) {
-        const iovec piece{goingOut.data(), frame.size()};
+        const iovec piece{goingOut_.data(), frame.size()};
         Send(admission, {&piece, 1}, frame.size(), now);
     }
 }
@@ -382,14 +382,14 @@ void SwitchEngine::Send(const EgressQueues::Admission& admission, std::span<cons
 {
     const unsigned port = admission.port;
     if (admission.offload.IsDone())
-        wires.Send(port, packet);
+        wires_.Send(port, packet);
     else
-        wires.SendPacket(port, packet, admission.offload);
-    if (watcher != nullptr)
-        watcher->Sent(admission, packet);
-    counters.Sent(port, static_cast<const uint8_t*>(packet[0].iov_base),
-                  ShapeOf(size, admission.offload));
-    if (!admission.copy && view->ports[port].mirrorTo != ForwardingView::kNoMirror)
+        wires_.SendPacket(port, packet, admission.offload);
+    if (watcher_ != nullptr)
+        watcher_->Sent(admission, packet);
+    counters_.Sent(port, static_cast<const uint8_t*>(packet[0].iov_base),
+                   ShapeOf(size, admission.offload));
+    if (!admission.copy && view_->ports[port].mirrorTo != ForwardingView::kNoMirror)
         MirrorSent(admission, packet, now);
 }
 

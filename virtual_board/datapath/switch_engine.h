@@ -82,15 +82,15 @@ public:
     // A frame has collided on its cable.
     void CountCollisions(unsigned port, unsigned times)
     {
-        counters.Count(port, vswitch::kCollisions, times);
+        counters_.Count(port, vswitch::kCollisions, times);
     }
     // Sends what is to begin no later than now; Receive does it as well.
     void Transmit(Time now);
     // When Transmit has to be called next.
-    std::optional<Time> NextTransmission() const { return queues.NextDeparture(); }
+    std::optional<Time> NextTransmission() const { return queues_.NextDeparture(); }
 
     // Null: nobody is told any more.
-    void Watch(Watcher* told) { watcher = told; }
+    void Watch(Watcher* told) { watcher_ = told; }
 
     // What Receive would do with a frame now, step by step; it changes nothing.
     const vswitch::ForwardingView& View();
@@ -135,25 +135,25 @@ private:
     EgressQueues::Verdict Admit(const EgressQueues::Admission& admission, Bytes frame, Time now);
     void SendPauses();
 
-    VswitchChip& chip;
-    Wires& wires;
-    const vswitch::ForwardingView* view = nullptr;
-    FrameCounters counters;
-    Watcher* watcher = nullptr;
-    Snooping snooping;
-    EgressQueues queues;
+    VswitchChip& chip_;
+    Wires& wires_;
+    const vswitch::ForwardingView* view_ = nullptr;
+    FrameCounters counters_;
+    Watcher* watcher_ = nullptr;
+    Snooping snooping_;
+    EgressQueues queues_;
 
-    std::optional<uint32_t> changesSeen;
-    uint32_t resetsSeen = 0;
-    uint32_t igmpSeen = 0;
-    uint32_t mldSeen = 0;
+    std::optional<uint32_t> changesSeen_;
+    uint32_t resetsSeen_ = 0;
+    uint32_t igmpSeen_ = 0;
+    uint32_t mldSeen_ = 0;
 
-    std::array<uint8_t, kShortest> padded;
-    std::array<Variant, 2> variants;  // without and with a tag, composed when first needed
-    std::vector<uint8_t> mirrored = std::vector<uint8_t>(kLongestPacket);
-    std::vector<uint8_t> comingIn = std::vector<uint8_t>(kLongestPacket);  // frames cut there
-    std::vector<uint8_t> waiting = std::vector<uint8_t>(kLongestPacket);   // before they go out
-    std::vector<uint8_t> goingOut = std::vector<uint8_t>(kLongestPacket);  // and then
+    std::array<uint8_t, kShortest> padded_;
+    std::array<Variant, 2> variants_;  // without and with a tag, composed when first needed
+    std::vector<uint8_t> mirrored_ = std::vector<uint8_t>(kLongestPacket);
+    std::vector<uint8_t> comingIn_ = std::vector<uint8_t>(kLongestPacket);  // frames cut there
+    std::vector<uint8_t> waiting_ = std::vector<uint8_t>(kLongestPacket);   // before they go out
+    std::vector<uint8_t> goingOut_ = std::vector<uint8_t>(kLongestPacket);  // and then
 };
 
 }  // namespace vboard::datapath

@@ -41,7 +41,7 @@ std::string Ports(PortMask mask)
 class Tracer {
 public:
     Tracer(SwitchEngine& traced, std::chrono::nanoseconds time)
-        : engine(traced), view(traced.View()), now(time)
+        : engine_(traced), view_(traced.View()), now_(time)
     {
     }
 
@@ -54,18 +54,18 @@ public:
             bytes = padded;
         }
         if (ComesIn(port, given)) {
-            const Frame frame = engine.Classify(port, bytes);
+            const Frame frame = engine_.Classify(port, bytes);
             Classified(frame);
             if (IsTaken(frame, given.size()))
                 GoesOut(frame);
         }
-        return std::move(steps);
+        return std::move(steps_);
     }
 
 private:
     void Say(const std::string& decision, const std::string& registers = "")
     {
-        steps.push_back({decision, registers});
+        steps_.push_back({decision, registers});
     }
     bool Refuse(const std::string& why, const std::string& registers = "")
     {
@@ -76,26 +76,26 @@ private:
     bool ComesIn(unsigned port, Bytes given)
     {
         const std::string link = PortRegister("PORT_STATUS", port, vswitch::kPortStatus);
-        if (!(view.links & MaskOf(port)))
+        if (!(view_.links & MaskOf(port)))
             return Refuse("port " + Number(port) + " has no link", link);
-        if (!engine.Open(port))
+        if (!engine_.Open(port))
             return Refuse("port " + Number(port) + " is in a test, or its chip in reset",
                           PortRegister("PHY_DVT", port, vswitch::kPhyDvt) + ", R2");
         Say("comes in on port " + Number(port), link);
         if (given.size() < kHeader)
             return Refuse("shorter than an Ethernet header");
-        if (LengthOf(given) > view.mtu)
+        if (LengthOf(given) > view_.mtu)
             return Refuse(Number(static_cast<unsigned>(LengthOf(given))) +
-                              " octets are longer than the MTU of " + Number(view.mtu),
+                              " octets are longer than the MTU of " + Number(view_.mtu),
                           Register("MTU", vswitch::kMtu));
         return true;
     }
 
     void Classified(const Frame& frame)
     {
-        const auto& rules = view.ports[frame.port];
+        const auto& rules = view_.ports[frame.port];
         char tpid[8];
-        snprintf(tpid, sizeof tpid, "0x%04x", view.tpid);
+        snprintf(tpid, sizeof tpid, "0x%04x", view_.tpid);
         std::string what = "no tag of " + std::string(tpid);
         if (rules.customer)
             what = "a customer port: tags are data";
@@ -114,8 +114,8 @@ private:
         if (frame.tagged && (Word(frame.bytes.data() + kAddresses + 2) & 0x0FFF) != 0)
             return "";
         const uint64_t source = vswitch::NumberOf(frame.Source());
-        for (unsigned i = view.firstRule[frame.port]; i < view.firstRule[frame.port + 1]; ++i) {
-            const auto& rule = view.macVlanRules[i];
+        for (unsigned i = view_.firstRule[frame.port]; i < view_.firstRule[frame.port + 1]; ++i) {
+            const auto& rule = view_.macVlanRules[i];
             if ((source & rule.mask) == rule.mac)
                 return Register("source-MAC-to-VLAN table", vswitch::kMacVlanFirst);
         }
@@ -126,11 +126,11 @@ private:
     {
         if (const char* why = SwitchEngine::WhyNoFrame(frame, length))
             return Refuse(why);
-        const int mirror = view.ports[frame.port].mirrorTo;
+        const int mirror = view_.ports[frame.port].mirrorTo;
         if (mirror != ForwardingView::kNoMirror)
             Say("mirrored to port " + Number(static_cast<unsigned>(mirror)),
                 PortRegister("PORT_MIRROR", frame.port, vswitch::kPortMirror));
-        if (!engine.Admitted(frame))
+        if (!engine_.Admitted(frame))
             return Refuse("port " + Number(frame.port) + " is not in VLAN " + Number(frame.tag.vid),
                           PortRegister("PORT_VID", frame.port, vswitch::kPortVid));
         if (IsStation(AddressAt(frame.Source())))
@@ -147,7 +147,7 @@ private:
             Refuse("it is for the station that sends it, which is learnt there", "MAC table");
             return;
         }
-        const Route route = engine.RouteOf(frame, now);
+        const Route route = engine_.RouteOf(frame, now_);
         Wanted(route);
         const auto others = static_cast<PortMask>(route.wanted & ~MaskOf(frame.port));
         Without(others, route.members, "not in its VLAN", "PORT_VID", vswitch::kPortVid);
@@ -162,7 +162,7 @@ private:
         for (unsigned p = 0; p < kPorts; ++p)
             if (route.Ports() & MaskOf(p))
                 Say("goes out on port " + Number(p) +
-                        (engine.TaggedOn(p, frame.tag.vid) ? ", tagged" : ", untagged"),
+                        (engine_.TaggedOn(p, frame.tag.vid) ? ", tagged" : ", untagged"),
                     PortRegister("PORT_TAG", p, vswitch::kPortTag));
     }
 
@@ -185,10 +185,10 @@ private:
                 Say("not on port " + Number(p) + ": " + why, PortRegister(name, p, offset));
     }
 
-    SwitchEngine& engine;
-    const ForwardingView& view;
-    std::chrono::nanoseconds now;
-    std::vector<TraceStep> steps;
+    SwitchEngine& engine_;
+    const ForwardingView& view_;
+    std::chrono::nanoseconds now_;
+    std::vector<TraceStep> steps_;
 };
 
 }  // namespace

@@ -34,48 +34,48 @@ std::string Listed(std::span<const std::string_view> words)
 
 void Problems::Add(const toml::source_region& where, const std::string& what)
 {
-    all.push_back({where.begin, what});
+    all_.push_back({where.begin, what});
 }
 
 std::vector<std::string> Problems::InFileOrder() const
 {
-    std::vector<Problem> sorted = all;
+    std::vector<Problem> sorted = all_;
     std::ranges::stable_sort(sorted, std::less<>{}, &Problem::where);
     std::vector<std::string> lines;
     for (const auto& [where, what] : sorted)
-        lines.push_back(path + ":" + std::to_string(where.line) + ":" +
+        lines.push_back(path_ + ":" + std::to_string(where.line) + ":" +
                         std::to_string(where.column) + ": " + what);
     return lines;
 }
 
 const toml::node* TomlReader::Get(std::string_view key)
 {
-    asked.emplace(key);
-    return table.get(key);
+    asked_.emplace(key);
+    return table_.get(key);
 }
 
 void TomlReader::Complain(std::string_view key, const std::string& what)
 {
-    const toml::node* node = table.get(key);
-    const toml::node& at = node != nullptr ? *node : table;
-    problems.Add(at.source(), std::string(key) + ": " + what);
+    const toml::node* node = table_.get(key);
+    const toml::node& at = node != nullptr ? *node : table_;
+    problems_.Add(at.source(), std::string(key) + ": " + what);
 }
 
 void TomlReader::Require(std::string_view key)
 {
     if (Get(key) == nullptr)
-        problems.Add(table.source(), "key '" + std::string(key) + "' is missing here");
+        problems_.Add(table_.source(), "key '" + std::string(key) + "' is missing here");
 }
 
 void TomlReader::CheckUnknown()
 {
     std::string known;
-    for (const std::string& key : asked)
+    for (const std::string& key : asked_)
         known.append(known.empty() ? "" : ", ").append(key);
-    for (const auto& [key, node] : table)
-        if (!asked.contains(key.str()))
-            problems.Add(key.source(),
-                         "unknown key '" + std::string(key.str()) + "': expected one of " + known);
+    for (const auto& [key, node] : table_)
+        if (!asked_.contains(key.str()))
+            problems_.Add(key.source(),
+                          "unknown key '" + std::string(key.str()) + "': expected one of " + known);
 }
 
 std::optional<bool> TomlReader::Bool(std::string_view key)
@@ -157,8 +157,8 @@ bool TomlReader::Texts(std::string_view key, std::string_view expected, const Ta
     for (const toml::node& element : *node->as_array()) {
         const auto* text = element.as_string();
         if (text == nullptr || !take(text->get()))
-            problems.Add(element.source(),
-                         std::string(key) + ": expected " + std::string(expected));
+            problems_.Add(element.source(),
+                          std::string(key) + ": expected " + std::string(expected));
     }
     return true;
 }
@@ -177,7 +177,7 @@ std::vector<uint32_t> TomlReader::Numbers(std::string_view key, uint32_t max)
         if (InRange(element, 0, max))
             numbers.push_back(AsNumber(element));
         else
-            problems.Add(element.source(), std::string(key) + ": expected " + Range(0, max));
+            problems_.Add(element.source(), std::string(key) + ": expected " + Range(0, max));
     }
     return numbers;
 }
@@ -191,7 +191,7 @@ void TomlReader::Table(std::string_view key, const TakeTable& take)
         Complain(key, "expected a table");
         return;
     }
-    TomlReader reader{*node->as_table(), problems};
+    TomlReader reader{*node->as_table(), problems_};
     take(reader);
 }
 
@@ -207,9 +207,9 @@ void TomlReader::Tables(std::string_view key, size_t max, const TakeTable& take)
     size_t count = 0;
     for (const toml::node& element : *node->as_array()) {
         if (++count > max)
-            problems.Add(element.source(), "[[" + std::string(key) + "]]: expected at most " +
-                                               std::to_string(max) + " of these");
-        TomlReader reader{*element.as_table(), problems};
+            problems_.Add(element.source(), "[[" + std::string(key) + "]]: expected at most " +
+                                                std::to_string(max) + " of these");
+        TomlReader reader{*element.as_table(), problems_};
         take(reader);
     }
 }

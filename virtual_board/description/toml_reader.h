@@ -17,7 +17,7 @@ namespace vboard {
 
 class Problems {
 public:
-    explicit Problems(std::string_view file) : path{file} {}
+    explicit Problems(std::string_view file) : path_{file} {}
 
     void Add(const toml::source_region& where, const std::string& what);
     std::vector<std::string> InFileOrder() const;
@@ -27,21 +27,21 @@ private:
         toml::source_position where;
         std::string what;
     };
-    std::string path;
-    std::vector<Problem> all;
+    std::string path_;
+    std::vector<Problem> all_;
 };
 
 // The keys of one table. Each getter names what it expects in the complaint and returns nullopt
 // when the key is missing or wrong; a key that no getter asked for is unknown.
 class TomlReader {
 public:
-    TomlReader(const toml::table& read, Problems& noted) : table{read}, problems{noted} {}
+    TomlReader(const toml::table& read, Problems& noted) : table_{read}, problems_{noted} {}
     TomlReader(const TomlReader&) = delete;
     TomlReader& operator=(const TomlReader&) = delete;
     ~TomlReader() { CheckUnknown(); }
 
     void Require(std::string_view key);
-    bool Has(std::string_view key) const { return table.contains(key); }
+    bool Has(std::string_view key) const { return table_.contains(key); }
 
     std::optional<bool> Bool(std::string_view key);
     std::optional<uint32_t> Number(std::string_view key, uint32_t max, uint32_t min = 0);
@@ -70,9 +70,9 @@ private:
     const toml::node* Get(std::string_view key);
     void CheckUnknown();
 
-    const toml::table& table;
-    Problems& problems;
-    std::set<std::string, std::less<>> asked;
+    const toml::table& table_;
+    Problems& problems_;
+    std::set<std::string, std::less<>> asked_;
 };
 
 }  // namespace vboard

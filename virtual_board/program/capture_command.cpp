@@ -28,22 +28,22 @@ using File = std::unique_ptr<FILE, CloseFile>;
 
 class Output {
 public:
-    explicit Output(const std::string& path) : name(path), file(fopen(path.c_str(), "wbe"))
+    explicit Output(const std::string& path) : name_(path), file_(fopen(path.c_str(), "wbe"))
     {
-        if (!file)
-            Fail(name);
+        if (!file_)
+            Fail(name_);
     }
     // Whole, so that who reads along finds no half records.
     void Write(const std::string& bytes)
     {
-        if (fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size() ||
-            fflush(file.get()) != 0)
-            Fail(name);
+        if (fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size() ||
+            fflush(file_.get()) != 0)
+            Fail(name_);
     }
 
 private:
-    std::string name;
-    File file;
+    std::string name_;
+    File file_;
 };
 
 // Waits for a moment, if at all; true when a signal says to end.

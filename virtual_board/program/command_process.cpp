@@ -46,28 +46,28 @@ CommandProcess::CommandProcess(const std::vector<std::string>& command,
     const sigset_t set = BoardSignals();
     sigset_t before;
     sigprocmask(SIG_BLOCK, &set, &before);
-    signals = UniqueFd{signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK)};
+    signals_ = UniqueFd{signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK)};
     seam::EntryChannel channel;
     const pid_t board = getpid();
-    pid = fork();
-    if (pid < 0 || !signals)
+    pid_ = fork();
+    if (pid_ < 0 || !signals_)
         throw std::system_error(errno, std::generic_category(), "cannot start a process");
-    if (pid == 0)
+    if (pid_ == 0)
         KeepCommand(board, before, [&] {
             prepare();
             _exit(seam::EnterSeam(channel, filter) ? Execute(command) : kExitFailed);
         });
-    entered = seam::AwaitEntry(channel);
+    entered_ = seam::AwaitEntry(channel);
 }
 
 bool CommandProcess::HandleSignals()
 {
     signalfd_siginfo signal{};
-    while (read(signals.Get(), &signal, sizeof signal) == sizeof signal) {
+    while (read(signals_.Get(), &signal, sizeof signal) == sizeof signal) {
         // The terminal has sent it to the command as well.
         const bool fromTerminal = signal.ssi_code == SI_KERNEL;
         if (signal.ssi_signo != SIGCHLD && !fromTerminal)
-            kill(pid, static_cast<int>(signal.ssi_signo));  // result dropped: it may have ended
+            kill(pid_, static_cast<int>(signal.ssi_signo));  // result dropped: it may have ended
     }
     return Reap();
 }
@@ -75,9 +75,9 @@ bool CommandProcess::HandleSignals()
 bool CommandProcess::Reap()
 {
     int status = 0;
-    if (waitpid(pid, &status, WNOHANG) != pid)
+    if (waitpid(pid_, &status, WNOHANG) != pid_)
         return false;
-    exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : kExitSignalled + WTERMSIG(status);
+    exitStatus_ = WIFEXITED(status) ? WEXITSTATUS(status) : kExitSignalled + WTERMSIG(status);
     return true;
 }
 

@@ -25,12 +25,12 @@ public:
     CommandProcess(const std::vector<std::string>& command, const seam::FilterOptions& filter,
                    const std::function<void()>& prepare);
 
-    int SignalFd() const { return signals.Get(); }
-    int ExitStatus() const { return exitStatus; }
+    int SignalFd() const { return signals_.Get(); }
+    int ExitStatus() const { return exitStatus_; }
 
     // Through which the kernel asks about the command's calls. Once.
-    UniqueFd TakeListener() { return std::move(entered.listener); }
-    bool WithoutPrivileges() const { return entered.withoutPrivileges; }
+    UniqueFd TakeListener() { return std::move(entered_.listener); }
+    bool WithoutPrivileges() const { return entered_.withoutPrivileges; }
 
     // Passes on what has arrived; true once the command has ended.
     bool HandleSignals();
@@ -38,10 +38,10 @@ public:
 private:
     bool Reap();
 
-    pid_t pid = -1;
-    UniqueFd signals;
-    seam::Entered entered{};
-    int exitStatus = 1;
+    pid_t pid_ = -1;
+    UniqueFd signals_;
+    seam::Entered entered_{};
+    int exitStatus_ = 1;
 };
 
 }  // namespace vboard

@@ -66,25 +66,25 @@ RuntimeDir::RuntimeDir()
     RemoveDeserted(base);
     // The number of a process of another container may be the same.
     const std::string first = base + "/" + kPrefix + std::to_string(getpid());
-    for (unsigned number = 0; !lock; ++number) {
+    for (unsigned number = 0; !lock_; ++number) {
         if (number > kMaxBoards)
             throw std::runtime_error("cannot make and lock a directory such as " + first);
-        path = number == 0 ? first : first + "." + std::to_string(number);
-        if (fs::create_directory(path))
-            lock = Lock(path);
+        path_ = number == 0 ? first : first + "." + std::to_string(number);
+        if (fs::create_directory(path_))
+            lock_ = Lock(path_);
     }
-    fs::permissions(path, fs::perms::owner_all);
+    fs::permissions(path_, fs::perms::owner_all);
 }
 
 RuntimeDir::~RuntimeDir()
 {
     std::error_code ignored;
-    fs::remove_all(path, ignored);
+    fs::remove_all(path_, ignored);
 }
 
 std::string RuntimeDir::MakeNames() const
 {
-    const std::string names = path + "/names";
+    const std::string names = path_ + "/names";
     fs::create_directory(names);
     return names;
 }

@@ -15,13 +15,13 @@ public:
     RuntimeDir& operator=(const RuntimeDir&) = delete;
     ~RuntimeDir();
 
-    std::string DefaultSocket() const { return path + "/board.sock"; }
+    std::string DefaultSocket() const { return path_ + "/board.sock"; }
     // An empty directory in it.
     std::string MakeNames() const;
 
 private:
-    std::string path;
-    UniqueFd lock;  // of the directory: somebody is using it
+    std::string path_;
+    UniqueFd lock_;  // of the directory: somebody is using it
 };
 
 }  // namespace vboard

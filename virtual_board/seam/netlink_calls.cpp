@@ -114,28 +114,28 @@ Verdict NetlinkCalls::Open(const Target& target)
     struct stat facts {};
     if (!number || !fd || fstat(fd.Get(), &facts) != 0)
         return Continue();
-    sockets.push_front({facts.st_ino});
-    if (sockets.size() > kMostSockets)
-        sockets.pop_back();
+    sockets_.push_front({facts.st_ino});
+    if (sockets_.size() > kMostSockets)
+        sockets_.pop_back();
     return HandIn(std::move(fd), (type & SOCK_CLOEXEC) != 0, number);
 }
 
 NetlinkCalls::Socket* NetlinkCalls::Find(const Target& target)
 {
-    if (sockets.empty())
+    if (sockets_.empty())
         return nullptr;
     const std::string link = target.DescriptorLink(target.IntArgument(0));
-    const auto found = std::ranges::find_if(sockets, [&](const Socket& socket) {
+    const auto found = std::ranges::find_if(sockets_, [&](const Socket& socket) {
         return link == "socket:[" + std::to_string(socket.inode) + "]";
     });
-    return found != sockets.end() ? &*found : nullptr;
+    return found != sockets_.end() ? &*found : nullptr;
 }
 
 Message NetlinkCalls::AllLinks(const Target& target, const LinkRequest& request) const
 {
     Message all;
     for (uint32_t interface = 0; interface < std::size(wire::kInterfaceNames); ++interface) {
-        const Reply flags = InterfaceFlags(board, target.Process(), interface);
+        const Reply flags = InterfaceFlags(board_, target.Process(), interface);
         const Message link =
             LinkMessage(request.header, interface, static_cast<uint32_t>(flags.result));
         all.insert(all.end(), link.begin(), link.end());
@@ -156,7 +156,7 @@ int NetlinkCalls::SetFlags(const Target& target, const LinkRequest& request,
     if ((change & IFF_UP) == 0)
         return 0;
     const uint32_t arg = wire::InterfaceArg(interface, (request.flags & IFF_UP) != 0);
-    return board.Ask({target.Process(), wire::Op::kInterface, arg}).error;
+    return board_.Ask({target.Process(), wire::Op::kInterface, arg}).error;
 }
 
 // Does what a request about an interface of the board asks for; the answer.
@@ -166,7 +166,7 @@ Message NetlinkCalls::Carry(const Target& target, const LinkRequest& request,
     const nlmsghdr& header = request.header;
     switch (header.nlmsg_type) {
         case RTM_GETLINK: {
-            const Reply flags = InterfaceFlags(board, target.Process(), interface);
+            const Reply flags = InterfaceFlags(board_, target.Process(), interface);
             return LinkMessage(header, interface, static_cast<uint32_t>(flags.result));
         }
         case RTM_NEWLINK:

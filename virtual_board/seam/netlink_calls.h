@@ -17,7 +17,7 @@ namespace vboard::seam {
 
 class NetlinkCalls {
 public:
-    explicit NetlinkCalls(BoardSide& boardSide) : board{boardSide} {}
+    explicit NetlinkCalls(BoardSide& boardSide) : board_{boardSide} {}
 
     Verdict Open(const Target& target);
 
@@ -44,8 +44,8 @@ private:
     Message Carry(const Target& target, const LinkRequest& request, uint32_t interface) const;
     int SetFlags(const Target& target, const LinkRequest& request, uint32_t interface) const;
 
-    BoardSide& board;
-    std::list<Socket> sockets;
+    BoardSide& board_;
+    std::list<Socket> sockets_;
 };
 
 }  // namespace vboard::seam

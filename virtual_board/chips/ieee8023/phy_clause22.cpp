@@ -56,14 +56,14 @@ std::optional<uint16_t> PhyModel::Read22(uint8_t reg)
     if (!Answers())
         return kNobodyAnswers;
     if (InSoftReset() && reg != 0) {
-        complaint = "read during the software reset";
+        complaint_ = "read during the software reset";
         return std::nullopt;
     }
     if (reg == 14)
         return ReadIndirect();
     auto value = Peek22(reg);
     if (!value)
-        complaint = kNoRegister;
+        complaint_ = kNoRegister;
     else
         HaveRead22(reg);
     return value;
@@ -73,15 +73,15 @@ std::optional<uint16_t> PhyModel::Peek22(uint8_t reg) const
 {
     switch (reg) {
         case 0:
-            return static_cast<uint16_t>(control | (InSoftReset() ? kReset : 0));
+            return static_cast<uint16_t>(control_ | (InSoftReset() ? kReset : 0));
         case 1:
             return Status();
         case 2:
-            return static_cast<uint16_t>(config.identifier >> 16);
+            return static_cast<uint16_t>(config_.identifier >> 16);
         case 3:
-            return static_cast<uint16_t>(config.identifier);
+            return static_cast<uint16_t>(config_.identifier);
         case 13:
-            return mmdSelect;
+            return mmdSelect_;
         case 9:
         case 10:
         case 15:
@@ -93,17 +93,17 @@ std::optional<uint16_t> PhyModel::Peek22(uint8_t reg) const
 
 std::optional<uint16_t> PhyModel::PeekNegotiation(uint8_t reg) const
 {
-    if (!config.negotiates)
+    if (!config_.negotiates)
         return std::nullopt;
     switch (reg) {
         case 4:
-            return advertisement;
+            return advertisement_;
         case 5:
             return PartnerAbility();
         case 6:
             return Expansion();
         case 7:
-            return nextPage;
+            return nextPage_;
         case 8:
             return 0;
         default:
@@ -116,70 +116,70 @@ std::optional<uint16_t> PhyModel::PeekGigabit(uint8_t reg) const
     if (!Has(kPhyGigabit))
         return std::nullopt;
     if (reg == 9)
-        return gigabitControl;
+        return gigabitControl_;
     if (reg == 10)
         return GigabitStatus();
-    return static_cast<uint16_t>((config.modes & kPhyGigabit) << 8);
+    return static_cast<uint16_t>((config_.modes & kPhyGigabit) << 8);
 }
 
 // The latched bit and the present one.
 uint16_t PhyModel::LinkStatus(LinkLatch latch) const
 {
-    return LinkUp() && !wasDown[latch] ? kLinkStatus : 0;
+    return LinkUp() && !wasDown_[latch] ? kLinkStatus : 0;
 }
 
 uint16_t PhyModel::Status() const
 {
     unsigned status = kPreambleSuppression | kExtendedCapability | LinkStatus(kStatusLatch);
-    status |= (config.modes & 0x0FU) << kStatusModesShift;
+    status |= (config_.modes & 0x0FU) << kStatusModesShift;
     status |= Has(kPhyGigabit) ? kExtendedStatus : 0U;
-    status |= config.negotiates ? kNegotiationAbility : 0U;
+    status |= config_.negotiates ? kNegotiationAbility : 0U;
     status |= Negotiating() && LinkUp() ? kNegotiationComplete : 0U;
     return static_cast<uint16_t>(status);
 }
 
 uint16_t PhyModel::PartnerAbility() const
 {
-    if (link.detected)
-        return static_cast<uint16_t>(link.mode << kTechnologyShift);
-    if (!link.exchanged)
+    if (link_.detected)
+        return static_cast<uint16_t>(link_.mode << kTechnologyShift);
+    if (!link_.exchanged)
         return 0;
-    unsigned modes = (far.modes & 0x0FU) << kTechnologyShift;
+    unsigned modes = (far_.modes & 0x0FU) << kTechnologyShift;
     return static_cast<uint16_t>(modes | kAcknowledge | kSelector);
 }
 
 uint16_t PhyModel::Expansion() const
 {
     unsigned value = Has(kPhyGigabit | kPhy2500Full) ? kNextPageAble : 0U;
-    value |= pageReceived ? kPageReceived : 0U;
-    value |= link.exchanged ? kPartnerNegotiates : 0U;
-    bool partnerHasPages = (far.modes & (kPhyGigabit | kPhy2500Full)) != 0;
-    value |= link.exchanged && partnerHasPages ? kPartnerNextPageAble : 0U;
+    value |= pageReceived_ ? kPageReceived : 0U;
+    value |= link_.exchanged ? kPartnerNegotiates : 0U;
+    bool partnerHasPages = (far_.modes & (kPhyGigabit | kPhy2500Full)) != 0;
+    value |= link_.exchanged && partnerHasPages ? kPartnerNextPageAble : 0U;
     return static_cast<uint16_t>(value);
 }
 
 uint16_t PhyModel::GigabitStatus() const
 {
-    unsigned value = counters[kIdleErrors];
-    value |= counters[kMasterFaults] != 0 ? kMasterFault : 0U;
-    if (link.exchanged)
-        value |= (far.modes & kPhyGigabit) << 6;
-    if ((link.mode & kPhyGigabit) == 0)
+    unsigned value = counters_[kIdleErrors];
+    value |= counters_[kMasterFaults] != 0 ? kMasterFault : 0U;
+    if (link_.exchanged)
+        value |= (far_.modes & kPhyGigabit) << 6;
+    if ((link_.mode & kPhyGigabit) == 0)
         return static_cast<uint16_t>(value);
-    bool manual = (gigabitControl & kManualMaster) != 0;
+    bool manual = (gigabitControl_ & kManualMaster) != 0;
     uint16_t master = manual ? kMasterValue : kMultiport;
-    value |= (gigabitControl & master) != 0 ? kIsMaster : 0U;
+    value |= (gigabitControl_ & master) != 0 ? kIsMaster : 0U;
     return static_cast<uint16_t>(value | kReceiversGood);
 }
 
 void PhyModel::HaveRead22(uint8_t reg)
 {
     if (reg == 1)
-        wasDown[kStatusLatch] = !LinkUp();
+        wasDown_[kStatusLatch] = !LinkUp();
     if (reg == 6)
-        pageReceived = false;
+        pageReceived_ = false;
     if (reg == 10)
-        counters[kIdleErrors] = counters[kMasterFaults] = 0;
+        counters_[kIdleErrors] = counters_[kMasterFaults] = 0;
 }
 
 bool PhyModel::Write22(uint8_t reg, uint16_t value)
@@ -209,9 +209,9 @@ PhyModel::Refusal PhyModel::WriteRegister(uint8_t reg, uint16_t value)
     if ((value & reserved) != 0)
         return kReservedBit;
     if (reg == 7)
-        nextPage = value;
-    else if (config.indirect)
-        mmdSelect = value;
+        nextPage_ = value;
+    else if (config_.indirect)
+        mmdSelect_ = value;
     return nullptr;
 }
 
@@ -221,7 +221,7 @@ PhyModel::Refusal PhyModel::CheckControl(uint16_t value) const
         return kReservedBit;
     if ((value & kUnidirectional) != 0)
         return kNoAbility;
-    if ((value & (kNegotiate | kRestart)) != 0 && !config.negotiates)
+    if ((value & (kNegotiate | kRestart)) != 0 && !config_.negotiates)
         return kNoAbility;
     if ((value & (kNegotiate | kReset)) == 0 && !Has(ForcedMode(value)))
         return kNoMode;
@@ -234,11 +234,11 @@ PhyModel::Refusal PhyModel::WriteControl(uint16_t value)
         return refusal;
     if ((value & kReset) != 0) {
         DropLink();
-        softResetUntil = now + config.softResetTime;
+        softResetUntil_ = now_ + config_.softResetTime;
         return nullptr;
     }
-    uint16_t changed = control ^ value;
-    control = value & kControlStored;
+    uint16_t changed = control_ ^ value;
+    control_ = value & kControlStored;
     uint16_t decisive = kNegotiate | kPowerDown;
     if (!Negotiating())
         decisive |= kSpeedHigh | kSpeedLow | kFullDuplex;
@@ -249,7 +249,7 @@ PhyModel::Refusal PhyModel::WriteControl(uint16_t value)
 
 PhyModel::Refusal PhyModel::WriteAdvertisement(uint16_t value)
 {
-    auto modes = static_cast<uint16_t>((config.modes & 0x0FU) << kTechnologyShift);
+    auto modes = static_cast<uint16_t>((config_.modes & 0x0FU) << kTechnologyShift);
     uint16_t extras = kAdvertisementExtras;
     if (Has(kPhy2500Full))
         extras |= kExtendedNextPage;
@@ -259,50 +259,50 @@ PhyModel::Refusal PhyModel::WriteAdvertisement(uint16_t value)
         return kReservedBit;
     if ((value & ~(modes | extras | kSelectorField)) != 0)
         return kNoAbility;
-    advertisement = value;
+    advertisement_ = value;
     return nullptr;
 }
 
 PhyModel::Refusal PhyModel::WriteGigabitControl(uint16_t value)
 {
-    auto modes = static_cast<uint16_t>((config.modes & kPhyGigabit) << 4);
+    auto modes = static_cast<uint16_t>((config_.modes & kPhyGigabit) << 4);
     if ((value & 0x00FF) != 0)
         return kReservedBit;
     if ((value & kTestMode) != 0)
         return "test modes are not modelled";
     if ((value & ~(modes | kManualMaster | kMasterValue | kMultiport)) != 0)
         return kNoAbility;
-    gigabitControl = value;
+    gigabitControl_ = value;
     return nullptr;
 }
 
 std::optional<uint16_t> PhyModel::ReadIndirect()
 {
-    if (!config.indirect)
+    if (!config_.indirect)
         return 0;
-    uint8_t mmd = mmdSelect & 31;
-    MmdFunction function = FunctionOf(mmdSelect);
+    uint8_t mmd = mmdSelect_ & 31;
+    MmdFunction function = FunctionOf(mmdSelect_);
     if (function == kAddress)
-        return mmdAddress[mmd];
-    auto value = ReadMmd(mmd, mmdAddress[mmd]);
+        return mmdAddress_[mmd];
+    auto value = ReadMmd(mmd, mmdAddress_[mmd]);
     if (value && function == kDataIncrement)
-        ++mmdAddress[mmd];
+        ++mmdAddress_[mmd];
     return value;
 }
 
 PhyModel::Refusal PhyModel::WriteIndirect(uint16_t value)
 {
-    if (!config.indirect)
+    if (!config_.indirect)
         return nullptr;
-    uint8_t mmd = mmdSelect & 31;
-    MmdFunction function = FunctionOf(mmdSelect);
+    uint8_t mmd = mmdSelect_ & 31;
+    MmdFunction function = FunctionOf(mmdSelect_);
     if (function == kAddress) {
-        mmdAddress[mmd] = value;
+        mmdAddress_[mmd] = value;
         return nullptr;
     }
-    Refusal refusal = WriteMmd(mmd, mmdAddress[mmd], value);
+    Refusal refusal = WriteMmd(mmd, mmdAddress_[mmd], value);
     if (refusal == nullptr && function != kData)
-        ++mmdAddress[mmd];
+        ++mmdAddress_[mmd];
     return refusal;
 }
 

@@ -55,10 +55,10 @@ bool PhyModel::HasMmd(uint8_t mmd) const
 
 std::optional<uint16_t> PhyModel::Read45(uint8_t mmd, uint16_t reg)
 {
-    if (!Answers() || !config.clause45)
+    if (!Answers() || !config_.clause45)
         return kNobodyAnswers;
     if (InSoftReset() && !IsControl(mmd, reg)) {
-        complaint = "read during the software reset";
+        complaint_ = "read during the software reset";
         return std::nullopt;
     }
     return ReadMmd(mmd, reg);
@@ -70,7 +70,7 @@ std::optional<uint16_t> PhyModel::ReadMmd(uint8_t mmd, uint16_t reg)
         return kNobodyAnswers;
     auto value = PeekMmd(mmd, reg);
     if (!value)
-        complaint = kNoRegister;
+        complaint_ = kNoRegister;
     else
         HaveReadMmd(mmd, reg);
     return value;
@@ -78,7 +78,7 @@ std::optional<uint16_t> PhyModel::ReadMmd(uint8_t mmd, uint16_t reg)
 
 bool PhyModel::Write45(uint8_t mmd, uint16_t reg, uint16_t value)
 {
-    if (!Answers() || !config.clause45)
+    if (!Answers() || !config_.clause45)
         return Done("written where nothing answers clause 45");
     if (InSoftReset())
         return Done("written during the software reset");
@@ -104,10 +104,10 @@ std::optional<uint16_t> PhyModel::PeekCommon(uint8_t mmd, uint16_t reg) const
     switch (reg) {
         case 2:
         case 14:
-            return static_cast<uint16_t>(config.identifier >> 16);
+            return static_cast<uint16_t>(config_.identifier >> 16);
         case 3:
         case 15:
-            return static_cast<uint16_t>(config.identifier);
+            return static_cast<uint16_t>(config_.identifier);
         case 5:
             if (mmd != kVendor)
                 return kDevices;
@@ -127,16 +127,16 @@ std::optional<uint16_t> PhyModel::PeekVendor(uint16_t reg) const
     if (reg == 8)
         return kDevicePresent;
     if (reg == kLaneStatus)
-        return static_cast<uint16_t>(config.laneGood ? 1 : 0);
+        return static_cast<uint16_t>(config_.laneGood ? 1 : 0);
     return std::nullopt;
 }
 
 uint16_t PhyModel::PmaControl() const
 {
-    unsigned speed = control & kExtendedSpeed;
-    if (speed == kExtendedSpeed || link.mode == kPhy2500Full)
+    unsigned speed = control_ & kExtendedSpeed;
+    if (speed == kExtendedSpeed || link_.mode == kPhy2500Full)
         speed = kExtended2500;
-    return static_cast<uint16_t>(speed | (control & kPowerDown) | (InSoftReset() ? kReset : 0U));
+    return static_cast<uint16_t>(speed | (control_ & kPowerDown) | (InSoftReset() ? kReset : 0U));
 }
 
 uint16_t PhyModel::PeekPma(uint16_t reg) const
@@ -167,14 +167,14 @@ uint16_t PhyModel::PeekPma(uint16_t reg) const
 
 uint16_t PhyModel::PeekPcs(uint16_t reg) const
 {
-    bool locked = link.mode == kPhy2500Full;
-    bool lockKept = locked && !wasDown[kBlockLockLatch];
+    bool locked = link_.mode == kPhy2500Full;
+    bool lockKept = locked && !wasDown_[kBlockLockLatch];
     switch (reg) {
         case 0:
-            return static_cast<uint16_t>((InSoftReset() ? kReset : 0U) | (control & kPowerDown));
+            return static_cast<uint16_t>((InSoftReset() ? kReset : 0U) | (control_ & kPowerDown));
         case 1:
             return static_cast<uint16_t>(LinkStatus(kPcsLatch) | kLowPowerAbility |
-                                         (lowPowerSeen ? kLowPowerSeen : 0) |
+                                         (lowPowerSeen_ ? kLowPowerSeen : 0) |
                                          (EeeActive() ? kLowPowerNow : 0));
         case 4:
             return Has(kPhy2500Full) ? 0x0040 : 0;
@@ -183,14 +183,14 @@ uint16_t PhyModel::PeekPcs(uint16_t reg) const
         case 20:
             return EeeBits();
         case 21:
-            return (config.eee & kPhy2500Full) != 0 ? kEee2500 : 0;
+            return (config_.eee & kPhy2500Full) != 0 ? kEee2500 : 0;
         case 22:
-            return counters[kWakeErrors];
+            return counters_[kWakeErrors];
         case 32:
             return locked ? kBlockLock : 0;
         case 33:
-            return static_cast<uint16_t>((lockKept ? kBlockLockLatched : 0) | counters[kBer] << 8 |
-                                         counters[kErroredBlocks]);
+            return static_cast<uint16_t>((lockKept ? kBlockLockLatched : 0) | counters_[kBer] << 8 |
+                                         counters_[kErroredBlocks]);
         default:
             return 0;
     }
@@ -200,23 +200,23 @@ uint16_t PhyModel::PeekAn(uint16_t reg) const
 {
     switch (reg) {
         case 0:
-            return static_cast<uint16_t>((InSoftReset() ? kReset : 0U) | (control & kNegotiate));
+            return static_cast<uint16_t>((InSoftReset() ? kReset : 0U) | (control_ & kNegotiate));
         case 1:
             return AnStatus();
         case 16:
-            return advertisement;
+            return advertisement_;
         case 19:
             return PartnerAbility();
         case 32:
-            return multiGigControl;
+            return multiGigControl_;
         case 33:
             return MultiGigStatus();
         case 60:
-            return eeeAdvertisement;
+            return eeeAdvertisement_;
         case 61:
             return EeePartner(kPhy100Full | kPhy1000Full);
         case 62:
-            return eeeAdvertisement2;
+            return eeeAdvertisement2_;
         case 63:
             return EeePartner(kPhy2500Full);
         default:
@@ -227,33 +227,33 @@ uint16_t PhyModel::PeekAn(uint16_t reg) const
 uint16_t PhyModel::AnStatus() const
 {
     unsigned status = LinkStatus(kAnLatch);
-    status |= pageReceived ? kPageReceived : 0U;
+    status |= pageReceived_ ? kPageReceived : 0U;
     status |= Negotiating() && LinkUp() ? kNegotiationComplete : 0U;
-    status |= config.negotiates ? kNegotiationAbility : 0U;
-    status |= link.exchanged ? kPartnerNegotiates : 0U;
+    status |= config_.negotiates ? kNegotiationAbility : 0U;
+    status |= link_.exchanged ? kPartnerNegotiates : 0U;
     return static_cast<uint16_t>(status);
 }
 
 uint16_t PhyModel::MultiGigStatus() const
 {
-    if (!Has(kPhy2500Full) || !link.exchanged)
+    if (!Has(kPhy2500Full) || !link_.exchanged)
         return 0;
-    unsigned status = (far.modes & kPhy2500Full) != 0 ? kPartnerOffers2500 : 0U;
-    status |= link.mode == kPhy2500Full ? kMultiGigReceiversGood : 0U;
+    unsigned status = (far_.modes & kPhy2500Full) != 0 ? kPartnerOffers2500 : 0U;
+    status |= link_.mode == kPhy2500Full ? kMultiGigReceiversGood : 0U;
     return static_cast<uint16_t>(status);
 }
 
 uint16_t PhyModel::EeeBits() const
 {
-    return static_cast<uint16_t>(((config.eee & kPhy100Full) != 0 ? kEee100 : 0) |
-                                 ((config.eee & kPhy1000Full) != 0 ? kEee1000 : 0));
+    return static_cast<uint16_t>(((config_.eee & kPhy100Full) != 0 ? kEee100 : 0) |
+                                 ((config_.eee & kPhy1000Full) != 0 ? kEee1000 : 0));
 }
 
 uint16_t PhyModel::EeePartner(PhyModes modes) const
 {
-    if (!config.partner.eee || !link.exchanged)
+    if (!config_.partner.eee || !link_.exchanged)
         return 0;
-    unsigned both = far.modes & modes;
+    unsigned both = far_.modes & modes;
     return static_cast<uint16_t>(((both & kPhy100Full) != 0 ? kEee100 : 0) |
                                  ((both & kPhy1000Full) != 0 ? kEee1000 : 0) |
                                  ((both & kPhy2500Full) != 0 ? kEee2500 : 0));
@@ -262,23 +262,23 @@ uint16_t PhyModel::EeePartner(PhyModes modes) const
 void PhyModel::HaveReadMmd(uint8_t mmd, uint16_t reg)
 {
     if (mmd == kPma && reg == 1)
-        wasDown[kPmaLatch] = !LinkUp();
+        wasDown_[kPmaLatch] = !LinkUp();
     if (mmd == kAn && reg == 1) {
-        wasDown[kAnLatch] = !LinkUp();
-        pageReceived = false;
+        wasDown_[kAnLatch] = !LinkUp();
+        pageReceived_ = false;
     }
     if (mmd != kPcs)
         return;
     if (reg == 1) {
-        wasDown[kPcsLatch] = !LinkUp();
-        lowPowerSeen = EeeActive();
+        wasDown_[kPcsLatch] = !LinkUp();
+        lowPowerSeen_ = EeeActive();
     }
     if (reg == 22)
-        counters[kWakeErrors] = 0;
+        counters_[kWakeErrors] = 0;
     if (reg == 33) {
-        wasDown[kBlockLockLatch] = link.mode != kPhy2500Full;
-        counters[kBer] = 0;
-        counters[kErroredBlocks] = 0;
+        wasDown_[kBlockLockLatch] = link_.mode != kPhy2500Full;
+        counters_[kBer] = 0;
+        counters_[kErroredBlocks] = 0;
     }
 }
 
@@ -298,13 +298,13 @@ PhyModel::Refusal PhyModel::WriteMmd(uint8_t mmd, uint16_t reg, uint16_t value)
         case 0:
             return WriteAnControl(value);
         case 16:
-            return config.negotiates ? WriteAdvertisement(value) : kNoAbility;
+            return config_.negotiates ? WriteAdvertisement(value) : kNoAbility;
         case 32:
-            return store(multiGigControl, MultiGigBits());
+            return store(multiGigControl_, MultiGigBits());
         case 60:
-            return store(eeeAdvertisement, EeeBits());
+            return store(eeeAdvertisement_, EeeBits());
         case 62:
-            return store(eeeAdvertisement2, (config.eee & kPhy2500Full) != 0 ? kEee2500 : 0);
+            return store(eeeAdvertisement2_, (config_.eee & kPhy2500Full) != 0 ? kEee2500 : 0);
         default:
             return kReadOnly;
     }
@@ -319,10 +319,10 @@ uint16_t PhyModel::MultiGigBits() const
 PhyModel::Refusal PhyModel::WriteMmdControl(uint16_t present, uint16_t value)
 {
     if ((value & kReset) != 0)
-        return WriteControl(control | kReset);
+        return WriteControl(control_ | kReset);
     if (((value ^ present) & ~kPowerDown) != 0)
         return "only reset and low power can be written here";
-    return WriteControl(static_cast<uint16_t>((control & ~kPowerDown) | (value & kPowerDown)));
+    return WriteControl(static_cast<uint16_t>((control_ & ~kPowerDown) | (value & kPowerDown)));
 }
 
 PhyModel::Refusal PhyModel::WriteAnControl(uint16_t value)
@@ -330,7 +330,7 @@ PhyModel::Refusal PhyModel::WriteAnControl(uint16_t value)
     constexpr uint16_t kBits = kReset | kNegotiate | kRestart;
     if ((value & ~kBits) != 0)
         return kNoAbility;
-    return WriteControl(static_cast<uint16_t>((control & ~kNegotiate) | value));
+    return WriteControl(static_cast<uint16_t>((control_ & ~kNegotiate) | value));
 }
 
 }  // namespace vboard

@@ -46,7 +46,7 @@ PhyEnd EndOf(const LinkPartner& partner)
 }  // namespace
 
 PhyModel::PhyModel(const PhyConfig& given)
-    : config{given}, connected{given.partner.connected}, far{EndOf(given.partner)}
+    : config_{given}, connected_{given.partner.connected}, far_{EndOf(given.partner)}
 {
     Check(given);
     LoadDefaults();
@@ -54,72 +54,72 @@ PhyModel::PhyModel(const PhyConfig& given)
 
 bool PhyModel::Answers() const
 {
-    return !held && now >= answersAt;
+    return !held_ && now_ >= answersAt_;
 }
 
 bool PhyModel::InSoftReset() const
 {
-    return softResetUntil.has_value();
+    return softResetUntil_.has_value();
 }
 
 bool PhyModel::PoweredDown() const
 {
-    return (control & kPowerDown) != 0;
+    return (control_ & kPowerDown) != 0;
 }
 
 bool PhyModel::Negotiating() const
 {
-    return (control & kNegotiate) != 0;
+    return (control_ & kNegotiate) != 0;
 }
 
 bool PhyModel::Done(Refusal refusal)
 {
     if (refusal != nullptr)
-        complaint = refusal;
+        complaint_ = refusal;
     return refusal == nullptr;
 }
 
 void PhyModel::LoadDefaults()
 {
     DropLink();
-    control = DefaultControl(config);
-    PhyModes basePage = config.modes & (kPhy10Half | kPhy10Full | kPhy100Half | kPhy100Full);
-    advertisement = static_cast<uint16_t>(kSelector | basePage << kTechnologyShift);
-    nextPage = 0x2001;
-    gigabitControl = static_cast<uint16_t>((config.modes & kPhyGigabit) << 4);
-    mmdSelect = 0;
-    mmdAddress = {};
-    multiGigControl = Has(kPhy2500Full) ? kOffers2500 : 0;
-    eeeAdvertisement = 0;
-    eeeAdvertisement2 = 0;
-    counters = {};
-    wasDown.fill(true);
-    pageReceived = false;
-    lowPowerSeen = false;
+    control_ = DefaultControl(config_);
+    PhyModes basePage = config_.modes & (kPhy10Half | kPhy10Full | kPhy100Half | kPhy100Full);
+    advertisement_ = static_cast<uint16_t>(kSelector | basePage << kTechnologyShift);
+    nextPage_ = 0x2001;
+    gigabitControl_ = static_cast<uint16_t>((config_.modes & kPhyGigabit) << 4);
+    mmdSelect_ = 0;
+    mmdAddress_ = {};
+    multiGigControl_ = Has(kPhy2500Full) ? kOffers2500 : 0;
+    eeeAdvertisement_ = 0;
+    eeeAdvertisement2_ = 0;
+    counters_ = {};
+    wasDown_.fill(true);
+    pageReceived_ = false;
+    lowPowerSeen_ = false;
 }
 
 void PhyModel::SetResetLine(bool low)
 {
-    if (held == low)
+    if (held_ == low)
         return;
-    held = low;
-    softResetUntil.reset();
+    held_ = low;
+    softResetUntil_.reset();
     LoadDefaults();
-    answersAt = now + config.resetTime;
-    if (!held)
+    answersAt_ = now_ + config_.resetTime;
+    if (!held_)
         Relink();
 }
 
 void PhyModel::Advance(std::chrono::nanoseconds boardTime)
 {
-    if (softResetUntil && boardTime >= *softResetUntil) {
-        now = *softResetUntil;
-        softResetUntil.reset();
+    if (softResetUntil_ && boardTime >= *softResetUntil_) {
+        now_ = *softResetUntil_;
+        softResetUntil_.reset();
         LoadDefaults();
         Relink();
     }
-    now = boardTime;
-    if (concludesAt && now >= *concludesAt)
+    now_ = boardTime;
+    if (concludesAt_ && now_ >= *concludesAt_)
         Conclude();
 }
 
@@ -129,50 +129,50 @@ bool PhyModel::SetLink(unsigned port, bool up, unsigned speedCode, bool fullDupl
     bool best = speedCode == 1;
     if (port != 0 || (up && !best && !Has(mode)))
         return false;
-    connected = up;
+    connected_ = up;
     if (up)
-        far = best ? EndOf(config.partner) : PhyEnd{config.partner.negotiates, mode};
+        far_ = best ? EndOf(config_.partner) : PhyEnd{config_.partner.negotiates, mode};
     Relink();
     return true;
 }
 
 void PhyModel::DropLink()
 {
-    concludesAt.reset();
-    link = {};
-    wasDown.fill(true);
+    concludesAt_.reset();
+    link_ = {};
+    wasDown_.fill(true);
 }
 
 void PhyModel::Relink()
 {
     DropLink();
-    if (held || InSoftReset() || PoweredDown() || !connected)
+    if (held_ || InSoftReset() || PoweredDown() || !connected_)
         return;
-    pending = Negotiate(NearEnd(), config.modes, far);
-    auto start = std::max(now, answersAt);
-    concludesAt = start + (Negotiating() ? config.negotiationTime : kForcedLinkTime);
+    pending_ = Negotiate(NearEnd(), config_.modes, far_);
+    auto start = std::max(now_, answersAt_);
+    concludesAt_ = start + (Negotiating() ? config_.negotiationTime : kForcedLinkTime);
 }
 
 void PhyModel::Conclude()
 {
-    concludesAt.reset();
-    link = pending;
-    pageReceived = pageReceived || link.exchanged;
-    lowPowerSeen = lowPowerSeen || EeeActive();
+    concludesAt_.reset();
+    link_ = pending_;
+    pageReceived_ = pageReceived_ || link_.exchanged;
+    lowPowerSeen_ = lowPowerSeen_ || EeeActive();
 }
 
 PhyEnd PhyModel::NearEnd() const
 {
     if (Negotiating())
         return {true, Advertised()};
-    return {false, ForcedMode(control)};
+    return {false, ForcedMode(control_)};
 }
 
 PhyModes PhyModel::Advertised() const
 {
-    unsigned modes = advertisement >> kTechnologyShift & 0x0FU;
-    modes |= gigabitControl >> 4 & kPhyGigabit;
-    modes |= (multiGigControl & kOffers2500) != 0 ? kPhy2500Full : kPhyNoMode;
+    unsigned modes = advertisement_ >> kTechnologyShift & 0x0FU;
+    modes |= gigabitControl_ >> 4 & kPhyGigabit;
+    modes |= (multiGigControl_ & kOffers2500) != 0 ? kPhy2500Full : kPhyNoMode;
     return static_cast<PhyModes>(modes);
 }
 
@@ -187,12 +187,12 @@ PhyMode PhyModel::ForcedMode(uint16_t written) const
 
 bool PhyModel::EeeActive() const
 {
-    if (!link.exchanged)
+    if (!link_.exchanged)
         return false;
-    unsigned modes = (eeeAdvertisement & kEee100) != 0 ? kPhy100Full : kPhyNoMode;
-    modes |= (eeeAdvertisement & kEee1000) != 0 ? kPhy1000Full : kPhyNoMode;
-    modes |= (eeeAdvertisement2 & kEee2500) != 0 ? kPhy2500Full : kPhyNoMode;
-    return config.partner.eee && (modes & link.mode) != 0;
+    unsigned modes = (eeeAdvertisement_ & kEee100) != 0 ? kPhy100Full : kPhyNoMode;
+    modes |= (eeeAdvertisement_ & kEee1000) != 0 ? kPhy1000Full : kPhyNoMode;
+    modes |= (eeeAdvertisement2_ & kEee2500) != 0 ? kPhy2500Full : kPhyNoMode;
+    return config_.partner.eee && (modes & link_.mode) != 0;
 }
 
 bool PhyModel::AddCounter(unsigned port, std::string_view name, uint64_t value)
@@ -207,30 +207,31 @@ bool PhyModel::AddCounter(unsigned port, std::string_view name, uint64_t value)
                         {"master_faults", kMasterFaults, 1, Has(kPhyGigabit)},
                         {"ber", kBer, 0x3F, Has(kPhy2500Full)},
                         {"errored_blocks", kErroredBlocks, 0xFF, Has(kPhy2500Full)},
-                        {"wake_errors", kWakeErrors, 0xFFFF, config.eee != 0}};
+                        {"wake_errors", kWakeErrors, 0xFFFF, config_.eee != 0}};
     const Row* row = std::ranges::find(rows, name, &Row::name);
     if (port != 0 || row == std::end(rows) || !row->exists)
         return false;
-    uint64_t room = row->max - counters[row->counter];
-    counters[row->counter] += static_cast<uint16_t>(std::min(value, room));
+    uint64_t room = row->max - counters_[row->counter];
+    counters_[row->counter] += static_cast<uint16_t>(std::min(value, room));
     return true;
 }
 
 nlohmann::json PhyModel::State() const
 {
-    return {{"answers", Answers()},
-            {"poweredDown", PoweredDown()},
-            {"autoneg", Negotiating()},
-            {"link",
-             {{"up", LinkUp()},
-              {"speed", SpeedCodeOf(link.mode)},
-              {"megabits", MegabitsOf(link.mode)},
-              {"fullDuplex", IsFullDuplex(link.mode)},
-              {"parallelDetection", link.detected}}},
-            {"eeeActive", EeeActive()},
-            {"laneGood", config.laneGood},
-            {"partner",
-             {{"connected", connected}, {"autoneg", far.negotiates}, {"eee", config.partner.eee}}}};
+    return {
+        {"answers", Answers()},
+        {"poweredDown", PoweredDown()},
+        {"autoneg", Negotiating()},
+        {"link",
+         {{"up", LinkUp()},
+          {"speed", SpeedCodeOf(link_.mode)},
+          {"megabits", MegabitsOf(link_.mode)},
+          {"fullDuplex", IsFullDuplex(link_.mode)},
+          {"parallelDetection", link_.detected}}},
+        {"eeeActive", EeeActive()},
+        {"laneGood", config_.laneGood},
+        {"partner",
+         {{"connected", connected_}, {"autoneg", far_.negotiates}, {"eee", config_.partner.eee}}}};
 }
 
 }  // namespace vboard

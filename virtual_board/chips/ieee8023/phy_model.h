@@ -48,7 +48,7 @@ public:
     bool Write22(uint8_t reg, uint16_t value) override;
     std::optional<uint16_t> Read45(uint8_t mmd, uint16_t reg) override;
     bool Write45(uint8_t mmd, uint16_t reg, uint16_t value) override;
-    std::string_view Complaint() const override { return complaint; }
+    std::string_view Complaint() const override { return complaint_; }
     void SetResetLine(bool held) override;
     void Advance(std::chrono::nanoseconds boardTime) override;
     // The best of both ends leaves the duplex to them. A partner that does not negotiate is forced
@@ -61,7 +61,7 @@ public:
     std::optional<uint16_t> Peek22(uint8_t reg) const override;
     nlohmann::json State() const override;
 
-    void SetLaneGood(bool good) { config.laneGood = good; }
+    void SetLaneGood(bool good) { config_.laneGood = good; }
 
 private:
     using Refusal = const char*;  // null: done
@@ -69,13 +69,13 @@ private:
     enum LinkLatch { kStatusLatch, kPmaLatch, kPcsLatch, kAnLatch, kBlockLockLatch, kLatches };
     enum Counter { kIdleErrors, kMasterFaults, kBer, kErroredBlocks, kWakeErrors, kCounters };
 
-    bool Has(PhyModes modes) const { return (config.modes & modes) != 0; }
-    bool HasMmds() const { return config.clause45 || config.indirect; }
+    bool Has(PhyModes modes) const { return (config_.modes & modes) != 0; }
+    bool HasMmds() const { return config_.clause45 || config_.indirect; }
     bool Answers() const;
     bool InSoftReset() const;
     bool PoweredDown() const;
     bool Negotiating() const;
-    bool LinkUp() const { return link.mode != kPhyNoMode; }
+    bool LinkUp() const { return link_.mode != kPhyNoMode; }
     bool Done(Refusal refusal);
     void LoadDefaults();
 
@@ -123,32 +123,32 @@ private:
     uint16_t EeeBits() const;
     uint16_t MultiGigBits() const;
 
-    PhyConfig config;
-    std::string_view complaint = "refused by the chip";
-    std::chrono::nanoseconds now{};
-    bool held = true;
-    std::chrono::nanoseconds answersAt{};
-    std::optional<std::chrono::nanoseconds> softResetUntil;
+    PhyConfig config_;
+    std::string_view complaint_ = "refused by the chip";
+    std::chrono::nanoseconds now_{};
+    bool held_ = true;
+    std::chrono::nanoseconds answersAt_{};
+    std::optional<std::chrono::nanoseconds> softResetUntil_;
 
-    uint16_t control = 0;
-    uint16_t advertisement = 0;
-    uint16_t nextPage = 0;
-    uint16_t gigabitControl = 0;
-    uint16_t mmdSelect = 0;
-    std::array<uint16_t, 32> mmdAddress{};
-    uint16_t multiGigControl = 0;
-    uint16_t eeeAdvertisement = 0;
-    uint16_t eeeAdvertisement2 = 0;
-    std::array<uint16_t, kCounters> counters{};
+    uint16_t control_ = 0;
+    uint16_t advertisement_ = 0;
+    uint16_t nextPage_ = 0;
+    uint16_t gigabitControl_ = 0;
+    uint16_t mmdSelect_ = 0;
+    std::array<uint16_t, 32> mmdAddress_{};
+    uint16_t multiGigControl_ = 0;
+    uint16_t eeeAdvertisement_ = 0;
+    uint16_t eeeAdvertisement2_ = 0;
+    std::array<uint16_t, kCounters> counters_{};
 
-    bool connected;
-    PhyEnd far;
-    std::optional<std::chrono::nanoseconds> concludesAt;
-    PhyOutcome pending;
-    PhyOutcome link;
-    std::array<bool, kLatches> wasDown{};
-    bool pageReceived = false;
-    bool lowPowerSeen = false;
+    bool connected_;
+    PhyEnd far_;
+    std::optional<std::chrono::nanoseconds> concludesAt_;
+    PhyOutcome pending_;
+    PhyOutcome link_;
+    std::array<bool, kLatches> wasDown_{};
+    bool pageReceived_ = false;
+    bool lowPowerSeen_ = false;
 };
 
 }  // namespace vboard

@@ -34,40 +34,40 @@ bool Within(uint16_t address, uint16_t first, uint16_t last)
 }  // namespace
 
 VswitchChip::VswitchChip(unsigned internal)
-    : internalPort(internal), global(internal), macVlan(internal), ports(MakePorts(internal))
+    : internalPort_(internal), global_(internal), macVlan_(internal), ports_(MakePorts(internal))
 {
     Reset(kBootTime);
 }
 
 void VswitchChip::Reset(nanoseconds readyAfter)
 {
-    global.Reset();
-    fdb.Reset();
-    counters.Reset();
-    macVlan.Reset();
-    queues.Reset();
-    for (Port& port : ports)
+    global_.Reset();
+    fdb_.Reset();
+    counters_.Reset();
+    macVlan_.Reset();
+    queues_.Reset();
+    for (Port& port : ports_)
         port.Reset();
-    addr = 0;
-    linkMask = LinkMask();
-    ++view.resets;
+    addr_ = 0;
+    linkMask_ = LinkMask();
+    ++view_.resets;
     FollowRegisters();
-    readyAt = rxReadyAt = now + readyAfter;
+    readyAt_ = rxReadyAt_ = now_ + readyAfter;
 }
 
 void VswitchChip::SetResetLine(bool hold)
 {
-    if (hold == held)
+    if (hold == held_)
         return;
-    held = hold;
+    held_ = hold;
     Reset(kBootTime);
 }
 
 void VswitchChip::Advance(nanoseconds boardTime)
 {
-    now = boardTime;
-    fdb.Advance(now, global.AgeLimit());
-    counters.Advance(now);
+    now_ = boardTime;
+    fdb_.Advance(now_, global_.AgeLimit());
+    counters_.Advance(now_);
 }
 
 uint16_t VswitchChip::Status() const
@@ -81,7 +81,7 @@ std::optional<uint16_t> VswitchChip::Read22(uint8_t reg)
     const Refusal refusal = ReadDirect(reg, value);
     if (!refusal)
         return value;
-    complaint = refusal;
+    complaint_ = refusal;
     return std::nullopt;
 }
 
@@ -89,13 +89,13 @@ bool VswitchChip::Write22(uint8_t reg, uint16_t value)
 {
     const Refusal refusal = WriteDirect(reg, value);
     if (refusal)
-        complaint = refusal;
+        complaint_ = refusal;
     return !refusal;
 }
 
 Refusal VswitchChip::ReadDirect(uint8_t reg, uint16_t& value)
 {
-    if (held)
+    if (held_)
         return kHeld;
     if (reg > kDataInc)
         return kUnknownAddress;
@@ -105,28 +105,28 @@ Refusal VswitchChip::ReadDirect(uint8_t reg, uint16_t& value)
         value = *Peek22(reg);
         return nullptr;
     }
-    const Refusal refusal = ReadData(addr, value);
+    const Refusal refusal = ReadData(addr_, value);
     if (!refusal && reg == kDataInc)
-        ++addr;
+        ++addr_;
     return refusal;
 }
 
 std::optional<uint16_t> VswitchChip::Peek22(uint8_t reg) const
 {
-    if (held || reg > kDataInc)
+    if (held_ || reg > kDataInc)
         return std::nullopt;
-    const uint16_t direct[] = {kChipIdValue, kChipRevValue, Status(), 0, addr};
+    const uint16_t direct[] = {kChipIdValue, kChipRevValue, Status(), 0, addr_};
     if (reg < kData)
         return direct[reg];
     uint16_t value = 0;
-    if (!Ready() || PeekData(addr, value))
+    if (!Ready() || PeekData(addr_, value))
         return std::nullopt;
     return value;
 }
 
 Refusal VswitchChip::WriteDirect(uint8_t reg, uint16_t value)
 {
-    if (held)
+    if (held_)
         return kHeld;
     if (reg > kDataInc)
         return kUnknownAddress;
@@ -137,12 +137,12 @@ Refusal VswitchChip::WriteDirect(uint8_t reg, uint16_t value)
     if (reg == kControl)
         return Control(value);
     if (reg == kAddr) {
-        addr = value;
+        addr_ = value;
         return nullptr;
     }
-    const Refusal refusal = WriteData(addr, value);
+    const Refusal refusal = WriteData(addr_, value);
     if (!refusal && reg == kDataInc)
-        ++addr;
+        ++addr_;
     return refusal;
 }
 
@@ -158,35 +158,35 @@ Refusal VswitchChip::Control(uint16_t value)
         return kOutOfRange;
     if (!RxReady())
         return kBusy;
-    rxReadyAt = now + kRxResetTime;
+    rxReadyAt_ = now_ + kRxResetTime;
     return nullptr;
 }
 
 Refusal VswitchChip::ReadData(uint16_t address, uint16_t& value)
 {
     if (Within(address, kGlobalFirst, kGlobalLast))
-        return global.Read(address, value);
+        return global_.Read(address, value);
     if (Within(address, kFdbFirst, kFdbLast))
-        return fdb.Read(address, value);
+        return fdb_.Read(address, value);
     if (Within(address, kCntFirst, kCntLast))
-        return counters.Read(address, value);
+        return counters_.Read(address, value);
     return PeekData(address, value);
 }
 
 Refusal VswitchChip::PeekData(uint16_t address, uint16_t& value) const
 {
     if (Within(address, kGlobalFirst, kGlobalLast))
-        return global.Peek(address, value);
+        return global_.Peek(address, value);
     if (Within(address, kFdbFirst, kFdbLast))
-        return fdb.Peek(address, value);
+        return fdb_.Peek(address, value);
     if (Within(address, kCntFirst, kCntLast))
-        return counters.Peek(address, value);
+        return counters_.Peek(address, value);
     if (Within(address, kMacVlanFirst, kMacVlanLast))
-        return macVlan.Read(address, value);
+        return macVlan_.Read(address, value);
     if (Within(address, kPortFirst, kPortLast))
-        return ports[address >> 8 & 7].Read(address & 0xFF, value);
+        return ports_[address >> 8 & 7].Read(address & 0xFF, value);
     if (Within(address, kQueueFirst, kQueueLast))
-        return queues.Read(address, value);
+        return queues_.Read(address, value);
     return kUnknownAddress;
 }
 
@@ -200,31 +200,31 @@ Refusal VswitchChip::WriteData(uint16_t address, uint16_t value)
 Refusal VswitchChip::WriteBlock(uint16_t address, uint16_t value)
 {
     if (Within(address, kGlobalFirst, kGlobalLast))
-        return global.Write(address, value);
+        return global_.Write(address, value);
     if (Within(address, kFdbFirst, kFdbLast))
-        return fdb.Write(address, value, now);
+        return fdb_.Write(address, value, now_);
     if (Within(address, kCntFirst, kCntLast))
-        return counters.Write(address, value, now);
+        return counters_.Write(address, value, now_);
     if (Within(address, kMacVlanFirst, kMacVlanLast))
-        return macVlan.Write(address, value);
+        return macVlan_.Write(address, value);
     if (Within(address, kQueueFirst, kQueueLast))
-        return queues.Write(address, value);
+        return queues_.Write(address, value);
     if (!Within(address, kPortFirst, kPortLast))
         return kUnknownAddress;
     const unsigned index = address >> 8 & 7;
-    Port& port = ports[index];
+    Port& port = ports_[index];
     const uint16_t vid = port.Get(kPortVid);
     const Refusal refusal = port.Write(address & 0xFF, value);
     // What was learnt in the VLAN that the port has left is not behind it any more.
     if (port.Get(kPortVid) != vid)
-        fdb.table.FlushPort(index);
+        fdb_.table.FlushPort(index);
     FollowLinks();
     return refusal;
 }
 
 bool VswitchChip::SetLink(unsigned port, bool up, unsigned speedCode, bool fullDuplex)
 {
-    if (port >= kPorts || !ports[port].SetPartner(up, speedCode, fullDuplex))
+    if (port >= kPorts || !ports_[port].SetPartner(up, speedCode, fullDuplex))
         return false;
     FollowLinks();
     FollowRegisters();
@@ -233,57 +233,57 @@ bool VswitchChip::SetLink(unsigned port, bool up, unsigned speedCode, bool fullD
 
 void VswitchChip::SetPartnerPower(unsigned port, bool on)
 {
-    ports[port].SetPartnerPower(on);
+    ports_[port].SetPartnerPower(on);
     FollowLinks();
     FollowRegisters();
 }
 
 void VswitchChip::FollowRegisters()
 {
-    viewStale = true;
-    ++forwardingChanges;
-    const uint16_t snooping = global.Get(kSnooping);
-    view.igmpForgotten += snooping & 1 ? 0 : 1;
-    view.mldForgotten += snooping & 2 ? 0 : 1;
+    viewStale_ = true;
+    ++forwardingChanges_;
+    const uint16_t snooping = global_.Get(kSnooping);
+    view_.igmpForgotten += snooping & 1 ? 0 : 1;
+    view_.mldForgotten += snooping & 2 ? 0 : 1;
 }
 
 const ForwardingView& VswitchChip::Forwarding()
 {
-    if (viewStale)
-        Decode(global, ports, macVlan, queues, view);
-    viewStale = false;
-    return view;
+    if (viewStale_)
+        Decode(global_, ports_, macVlan_, queues_, view_);
+    viewStale_ = false;
+    return view_;
 }
 
 uint16_t VswitchChip::LinkMask() const
 {
     unsigned mask = 0;
     for (unsigned p = 0; p < kPorts; ++p)
-        mask |= (ports[p].CurrentLink().up ? 1u : 0u) << p;
+        mask |= (ports_[p].CurrentLink().up ? 1u : 0u) << p;
     return static_cast<uint16_t>(mask);
 }
 
 void VswitchChip::FollowLinks()
 {
     const uint16_t links = LinkMask();
-    const unsigned changed = links ^ linkMask;
-    global.NoteLinkChange(static_cast<uint16_t>(changed));
+    const unsigned changed = links ^ linkMask_;
+    global_.NoteLinkChange(static_cast<uint16_t>(changed));
     for (unsigned p = 0; p < kPorts; ++p) {
         if ((changed & ~links) >> p & 1)
-            fdb.table.FlushPort(p);
+            fdb_.table.FlushPort(p);
     }
-    linkMask = links;
+    linkMask_ = links;
 }
 
 bool VswitchChip::Learn(const MacAddress& mac, unsigned port, unsigned vid)
 {
     if (port >= kPorts || !Awake(port) || vid == 0 || vid > kMaxVid || !IsStation(mac))
         return false;
-    if (!ports[port].CurrentLink().up || ports[port].InTest())
+    if (!ports_[port].CurrentLink().up || ports_[port].InTest())
         return false;
-    if (fdb.table.Learn(mac, static_cast<uint16_t>(vid), port, now))
+    if (fdb_.table.Learn(mac, static_cast<uint16_t>(vid), port, now_))
         return true;
-    global.NoteFdbRefused();
+    global_.NoteFdbRefused();
     return false;
 }
 
@@ -291,13 +291,13 @@ bool VswitchChip::Forget()
 {
     if (!Ready())
         return false;
-    fdb.table.Flush();
+    fdb_.table.Flush();
     return true;
 }
 
 bool VswitchChip::AddCounter(unsigned port, std::string_view name, uint64_t value)
 {
-    return Ready() && counters.Add(port, name, value);
+    return Ready() && counters_.Add(port, name, value);
 }
 
 }  // namespace vboard

@@ -23,7 +23,7 @@ public:
 
     std::optional<uint16_t> Read22(uint8_t reg) override;
     bool Write22(uint8_t reg, uint16_t value) override;
-    std::string_view Complaint() const override { return complaint; }
+    std::string_view Complaint() const override { return complaint_; }
     std::optional<uint16_t> Peek22(uint8_t reg) const override;
 
     void SetResetLine(bool held) override;
@@ -43,18 +43,18 @@ public:
     // until one of them or a link changes, and writes into the MAC table and the counters.
     const vswitch::ForwardingView& Forwarding();
     // Counts the changes of the view.
-    uint32_t ForwardingChanges() const { return forwardingChanges; }
+    uint32_t ForwardingChanges() const { return forwardingChanges_; }
     // The chip, and on the internal port its receive path too, has booted.
-    bool Awake(unsigned port) const { return port == internalPort ? RxReady() : Ready(); }
-    vswitch::MacTable& Stations() { return fdb.table; }
-    vswitch::Counters& PortCounters() { return counters; }
-    void NoteStationRefused() { global.NoteFdbRefused(); }
+    bool Awake(unsigned port) const { return port == internalPort_ ? RxReady() : Ready(); }
+    vswitch::MacTable& Stations() { return fdb_.table; }
+    vswitch::Counters& PortCounters() { return counters_; }
+    void NoteStationRefused() { global_.NoteFdbRefused(); }
     // The device at the far end of a port's cable is switched on or off.
     void SetPartnerPower(unsigned port, bool on);
 
 private:
-    bool Ready() const { return !held && now >= readyAt; }
-    bool RxReady() const { return Ready() && now >= rxReadyAt; }
+    bool Ready() const { return !held_ && now_ >= readyAt_; }
+    bool RxReady() const { return Ready() && now_ >= rxReadyAt_; }
     uint16_t Status() const;
 
     void Reset(std::chrono::nanoseconds readyAfter);
@@ -75,25 +75,25 @@ private:
     nlohmann::json MacVlanState() const;
     nlohmann::json FdbState() const;
 
-    unsigned internalPort;
-    vswitch::GlobalRegisters global;
-    vswitch::Fdb fdb;
-    vswitch::Counters counters;
-    vswitch::MacVlanTable macVlan;
-    std::vector<vswitch::Port> ports;
-    vswitch::Queues queues;
+    unsigned internalPort_;
+    vswitch::GlobalRegisters global_;
+    vswitch::Fdb fdb_;
+    vswitch::Counters counters_;
+    vswitch::MacVlanTable macVlan_;
+    std::vector<vswitch::Port> ports_;
+    vswitch::Queues queues_;
 
-    bool held = false;
-    std::chrono::nanoseconds now{};
-    std::chrono::nanoseconds readyAt{};
-    std::chrono::nanoseconds rxReadyAt{};
-    uint16_t addr = 0;
-    uint16_t linkMask = 0;  // as last seen by FollowLinks
-    std::string_view complaint;
+    bool held_ = false;
+    std::chrono::nanoseconds now_{};
+    std::chrono::nanoseconds readyAt_{};
+    std::chrono::nanoseconds rxReadyAt_{};
+    uint16_t addr_ = 0;
+    uint16_t linkMask_ = 0;  // as last seen by FollowLinks
+    std::string_view complaint_;
 
-    vswitch::ForwardingView view{};
-    bool viewStale = true;
-    uint32_t forwardingChanges = 0;
+    vswitch::ForwardingView view_{};
+    bool viewStale_ = true;
+    uint32_t forwardingChanges_ = 0;
 };
 
 }  // namespace vboard

@@ -61,12 +61,12 @@ void Counters::Reset()
 
 void Counters::Advance(nanoseconds now)
 {
-    if (!doneAt || now < *doneAt)
+    if (!doneAt_ || now < *doneAt_)
         return;
-    doneAt.reset();
-    auto& ofPort = values[command & kCommandPort];
-    if (OpOf(command) == kSnapshot)
-        window = ofPort;
+    doneAt_.reset();
+    auto& ofPort = values_[command_ & kCommandPort];
+    if (OpOf(command_) == kSnapshot)
+        window_ = ofPort;
     else
         ofPort.fill(0);
 }
@@ -81,13 +81,13 @@ Refusal Counters::Read(uint16_t address, uint16_t& value) const
 Refusal Counters::Peek(uint16_t address, uint16_t& value) const
 {
     if (address == kCntFirst) {
-        value = static_cast<uint16_t>(command | (Busy() ? kCommandBusy : 0));
+        value = static_cast<uint16_t>(command_ | (Busy() ? kCommandBusy : 0));
         return nullptr;
     }
     if (address < kCntWindow || address > kCntLast)
         return kUnknownAddress;
     const unsigned word = address - kCntWindow;
-    value = static_cast<uint16_t>(window[word / 4] >> 16 * (word % 4));
+    value = static_cast<uint16_t>(window_[word / 4] >> 16 * (word % 4));
     return nullptr;
 }
 
@@ -103,8 +103,8 @@ Refusal Counters::Write(uint16_t address, uint16_t value, nanoseconds now)
         return kReservedBit;
     if (OpOf(value) != kSnapshot && OpOf(value) != kClear)
         return kOutOfRange;
-    command = value;
-    doneAt = now + kCommandTime;
+    command_ = value;
+    doneAt_ = now + kCommandTime;
     return nullptr;
 }
 
@@ -113,7 +113,7 @@ bool Counters::Add(unsigned port, std::string_view name, uint64_t value)
     const auto* found = std::ranges::find(kCounterNames, name);
     if (port >= kPorts || found == kCounterNames.end())
         return false;
-    values[port][static_cast<size_t>(found - kCounterNames.begin())] += value;
+    values_[port][static_cast<size_t>(found - kCounterNames.begin())] += value;
     return true;
 }
 

@@ -62,17 +62,17 @@ public:
     bool Add(unsigned port, std::string_view name, uint64_t value);
     void Count(unsigned port, CounterIndex counter, uint64_t value = 1)
     {
-        values[port][counter] += value;
+        values_[port][counter] += value;
     }
-    const std::array<uint64_t, kCounters>& OfPort(unsigned port) const { return values[port]; }
+    const std::array<uint64_t, kCounters>& OfPort(unsigned port) const { return values_[port]; }
 
 private:
-    bool Busy() const { return doneAt.has_value(); }
+    bool Busy() const { return doneAt_.has_value(); }
 
-    std::array<std::array<uint64_t, kCounters>, kPorts> values{};
-    std::array<uint64_t, kCounters> window{};
-    uint16_t command = 0;
-    std::optional<std::chrono::nanoseconds> doneAt;
+    std::array<std::array<uint64_t, kCounters>, kPorts> values_{};
+    std::array<uint64_t, kCounters> window_{};
+    uint16_t command_ = 0;
+    std::optional<std::chrono::nanoseconds> doneAt_;
 };
 
 }  // namespace vboard::vswitch

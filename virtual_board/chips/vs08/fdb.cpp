@@ -38,22 +38,22 @@ constexpr RegisterSpec kSpecs[] = {
 
 }  // namespace
 
-Fdb::Fdb() : registers(kSpecs) {}
+Fdb::Fdb() : registers_(kSpecs) {}
 
 void Fdb::Reset()
 {
-    registers.Reset();
+    registers_.Reset();
     table.Clear();
-    doneAt.reset();
-    failed = false;
+    doneAt_.reset();
+    failed_ = false;
 }
 
 void Fdb::Advance(nanoseconds now, nanoseconds ageLimit)
 {
-    currentTime = now;
-    if (doneAt && now >= *doneAt) {
-        doneAt.reset();
-        failed = !Execute();
+    currentTime_ = now;
+    if (doneAt_ && now >= *doneAt_) {
+        doneAt_.reset();
+        failed_ = !Execute();
     }
     table.Age(now, ageLimit);
 }
@@ -67,9 +67,9 @@ Refusal Fdb::Read(uint16_t address, uint16_t& value) const
 
 Refusal Fdb::Peek(uint16_t address, uint16_t& value) const
 {
-    const Refusal refusal = registers.Read(address, value);
+    const Refusal refusal = registers_.Read(address, value);
     if (address == kCommand)
-        value |= static_cast<uint16_t>((Busy() ? kCommandBusy : 0) | (failed ? kFailed : 0));
+        value |= static_cast<uint16_t>((Busy() ? kCommandBusy : 0) | (failed_ ? kFailed : 0));
     else if (address == kCount)
         value = static_cast<uint16_t>(table.Count());
     else if (address == kStaticCount)
@@ -81,28 +81,28 @@ Refusal Fdb::Write(uint16_t address, uint16_t value, nanoseconds now)
 {
     if (Busy() && address <= kAge)
         return kBusy;
-    return address == kCommand ? Start(value, now) : registers.Write(address, value);
+    return address == kCommand ? Start(value, now) : registers_.Write(address, value);
 }
 
 Refusal Fdb::Start(uint16_t value, nanoseconds now)
 {
-    const Refusal refusal = registers.Write(kCommand, value);
+    const Refusal refusal = registers_.Write(kCommand, value);
     if (refusal)
         return refusal;
-    failed = false;
-    doneAt = now + kCommandTime;
+    failed_ = false;
+    doneAt_ = now + kCommandTime;
     return nullptr;
 }
 
 bool Fdb::Execute()
 {
-    switch (registers[kCommand]) {
+    switch (registers_[kCommand]) {
         case kGetNext:
             return GetNext();
         case kAddStatic:
             return AddStatic();
         case kDelete:
-            return table.Delete(Mac(), registers[kVid]);
+            return table.Delete(Mac(), registers_[kVid]);
         default:
             table.Flush();
             return true;
@@ -111,33 +111,33 @@ bool Fdb::Execute()
 
 bool Fdb::GetNext()
 {
-    const size_t slot = table.NextUsed(registers[kIndex]);
+    const size_t slot = table.NextUsed(registers_[kIndex]);
     if (slot == MacTable::kSlots)
         return false;
     const MacTable::Entry& entry = table.At(slot);
-    registers.Set(kIndex, static_cast<uint16_t>(slot));
+    registers_.Set(kIndex, static_cast<uint16_t>(slot));
     for (uint16_t word = 0; word < 3; ++word)
-        registers.Set(kMac0 + word,
-                      static_cast<uint16_t>(entry.mac[2 * word] << 8 | entry.mac[2 * word + 1]));
-    registers.Set(kVid, entry.vid);
-    registers.Set(kInfo, static_cast<uint16_t>(entry.port | (entry.isStatic ? kInfoStatic : 0)));
-    const auto age = std::chrono::duration_cast<std::chrono::seconds>(currentTime - entry.seen);
-    registers.Set(kAge, entry.isStatic ? 0 : static_cast<uint16_t>(age.count()));
+        registers_.Set(kMac0 + word,
+                       static_cast<uint16_t>(entry.mac[2 * word] << 8 | entry.mac[2 * word + 1]));
+    registers_.Set(kVid, entry.vid);
+    registers_.Set(kInfo, static_cast<uint16_t>(entry.port | (entry.isStatic ? kInfoStatic : 0)));
+    const auto age = std::chrono::duration_cast<std::chrono::seconds>(currentTime_ - entry.seen);
+    registers_.Set(kAge, entry.isStatic ? 0 : static_cast<uint16_t>(age.count()));
     return true;
 }
 
 bool Fdb::AddStatic()
 {
     const MacAddress mac = Mac();
-    const uint16_t vid = registers[kVid];
-    return IsStation(mac) && vid != 0 && table.AddStatic(mac, vid, registers[kInfo] & 7);
+    const uint16_t vid = registers_[kVid];
+    return IsStation(mac) && vid != 0 && table.AddStatic(mac, vid, registers_[kInfo] & 7);
 }
 
 MacAddress Fdb::Mac() const
 {
     MacAddress mac;
     for (uint16_t i = 0; i < 6; ++i)
-        mac[i] = static_cast<uint8_t>(registers[kMac0 + i / 2] >> (i % 2 ? 0 : 8));
+        mac[i] = static_cast<uint8_t>(registers_[kMac0 + i / 2] >> (i % 2 ? 0 : 8));
     return mac;
 }
 

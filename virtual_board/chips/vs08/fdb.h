@@ -28,17 +28,17 @@ public:
     MacTable table;
 
 private:
-    bool Busy() const { return doneAt.has_value(); }
+    bool Busy() const { return doneAt_.has_value(); }
     Refusal Start(uint16_t value, std::chrono::nanoseconds now);
     bool Execute();
     bool GetNext();
     bool AddStatic();
     MacAddress Mac() const;
 
-    RegisterBank registers;
-    std::chrono::nanoseconds currentTime{};
-    std::optional<std::chrono::nanoseconds> doneAt;
-    bool failed = false;
+    RegisterBank registers_;
+    std::chrono::nanoseconds currentTime_{};
+    std::optional<std::chrono::nanoseconds> doneAt_;
+    bool failed_ = false;
 };
 
 }  // namespace vboard::vswitch

@@ -49,45 +49,45 @@ unsigned PercentOf(uint16_t wredCtrl)
 }  // namespace
 
 GlobalRegisters::GlobalRegisters(unsigned internal)
-    : internalPort(internal), identity(kIdentity), settings(kSettings), wred(kWred)
+    : internalPort_(internal), identity_(kIdentity), settings_(kSettings), wred_(kWred)
 {
     Reset();
 }
 
 void GlobalRegisters::Reset()
 {
-    identity.Reset();
-    identity.Set(kCaps, static_cast<uint16_t>(identity[kCaps] | internalPort << 8));
-    settings.Reset();
-    wred.Reset();
+    identity_.Reset();
+    identity_.Set(kCaps, static_cast<uint16_t>(identity_[kCaps] | internalPort_ << 8));
+    settings_.Reset();
+    wred_.Reset();
 }
 
 Refusal GlobalRegisters::Read(uint16_t address, uint16_t& value)
 {
     const Refusal refusal = Peek(address, value);
     if (address == kFdbRefused)
-        settings.Set(kFdbRefused, 0);
+        settings_.Set(kFdbRefused, 0);
     return refusal;
 }
 
 Refusal GlobalRegisters::Peek(uint16_t address, uint16_t& value) const
 {
     if (address < kForwardCtrl)
-        return identity.Read(address, value);
-    return address < kWredCtrl ? settings.Read(address, value) : wred.Read(address, value);
+        return identity_.Read(address, value);
+    return address < kWredCtrl ? settings_.Read(address, value) : wred_.Read(address, value);
 }
 
 Refusal GlobalRegisters::Write(uint16_t address, uint16_t value)
 {
     if (address < kForwardCtrl)
-        return identity.Write(address, value);
-    if (address == kWredCtrl && !wred.Check(address, value) && PercentOf(value) > kMaxPercent)
+        return identity_.Write(address, value);
+    if (address == kWredCtrl && !wred_.Check(address, value) && PercentOf(value) > kMaxPercent)
         return kOutOfRange;
     if (address >= kWredCtrl)
-        return wred.Write(address, value);
-    if (address == kLinkChange && !settings.Check(address, value))
-        value = settings[kLinkChange] & ~value;
-    return settings.Write(address, value);
+        return wred_.Write(address, value);
+    if (address == kLinkChange && !settings_.Check(address, value))
+        value = settings_[kLinkChange] & ~value;
+    return settings_.Write(address, value);
 }
 
 uint16_t GlobalRegisters::Get(GlobalRegister address) const
@@ -99,25 +99,25 @@ uint16_t GlobalRegisters::Get(GlobalRegister address) const
 
 uint16_t GlobalRegisters::WredThreshold(unsigned index) const
 {
-    return wred[static_cast<uint16_t>(kWredThresholds + index)];
+    return wred_[static_cast<uint16_t>(kWredThresholds + index)];
 }
 
 std::chrono::seconds GlobalRegisters::AgeLimit() const
 {
     constexpr int kSeconds[] = {15, 75, 300, 1200, 4800};
-    return std::chrono::seconds(kSeconds[settings[kAgeing] - 1]);
+    return std::chrono::seconds(kSeconds[settings_[kAgeing] - 1]);
 }
 
 void GlobalRegisters::NoteLinkChange(uint16_t ports)
 {
-    settings.Set(kLinkChange, settings[kLinkChange] | ports);
+    settings_.Set(kLinkChange, settings_[kLinkChange] | ports);
 }
 
 void GlobalRegisters::NoteFdbRefused()
 {
-    const uint16_t count = settings[kFdbRefused];
+    const uint16_t count = settings_[kFdbRefused];
     if (count != 0xFFFF)
-        settings.Set(kFdbRefused, count + 1);
+        settings_.Set(kFdbRefused, count + 1);
 }
 
 }  // namespace vboard::vswitch

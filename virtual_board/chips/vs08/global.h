@@ -48,10 +48,10 @@ public:
     void NoteFdbRefused();
 
 private:
-    unsigned internalPort;
-    RegisterBank identity;
-    RegisterBank settings;
-    RegisterBank wred;
+    unsigned internalPort_;
+    RegisterBank identity_;
+    RegisterBank settings_;
+    RegisterBank wred_;
 };
 
 }  // namespace vboard::vswitch

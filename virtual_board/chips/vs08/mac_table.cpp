@@ -16,40 +16,40 @@ size_t MacTable::BucketOf(const MacAddress& mac, uint16_t vid)
 
 int16_t MacTable::SlotOf(const MacAddress& mac, uint16_t vid) const
 {
-    int16_t slot = first[BucketOf(mac, vid)];
-    while (slot != kNone && (entries[slot].mac != mac || entries[slot].vid != vid))
-        slot = next[slot];
+    int16_t slot = first_[BucketOf(mac, vid)];
+    while (slot != kNone && (entries_[slot].mac != mac || entries_[slot].vid != vid))
+        slot = next_[slot];
     return slot;
 }
 
 const MacTable::Entry* MacTable::Find(const MacAddress& mac, uint16_t vid) const
 {
     const int16_t slot = SlotOf(mac, vid);
-    return slot == kNone ? nullptr : &entries[slot];
+    return slot == kNone ? nullptr : &entries_[slot];
 }
 
 int16_t MacTable::Insert(const MacAddress& mac, uint16_t vid)
 {
-    if (used.all())
+    if (used_.all())
         return kNone;
     size_t slot = 0;
-    while (used[slot])
+    while (used_[slot])
         ++slot;
     const size_t bucket = BucketOf(mac, vid);
-    entries[slot] = {mac, vid, 0, false, {}};
-    used[slot] = true;
-    next[slot] = first[bucket];
-    first[bucket] = static_cast<int16_t>(slot);
-    return first[bucket];
+    entries_[slot] = {mac, vid, 0, false, {}};
+    used_[slot] = true;
+    next_[slot] = first_[bucket];
+    first_[bucket] = static_cast<int16_t>(slot);
+    return first_[bucket];
 }
 
 void MacTable::Remove(size_t slot)
 {
-    int16_t* link = &first[BucketOf(entries[slot].mac, entries[slot].vid)];
+    int16_t* link = &first_[BucketOf(entries_[slot].mac, entries_[slot].vid)];
     while (*link != static_cast<int16_t>(slot))
-        link = &next[*link];
-    *link = next[slot];
-    used[slot] = false;
+        link = &next_[*link];
+    *link = next_[slot];
+    used_[slot] = false;
 }
 
 bool MacTable::Learn(const MacAddress& mac, uint16_t vid, unsigned port, nanoseconds now)
@@ -59,7 +59,7 @@ bool MacTable::Learn(const MacAddress& mac, uint16_t vid, unsigned port, nanosec
         slot = Insert(mac, vid);
     if (slot == kNone)
         return false;
-    Entry& entry = entries[slot];
+    Entry& entry = entries_[slot];
     if (!entry.isStatic) {
         entry.port = static_cast<uint8_t>(port);
         entry.seen = now;
@@ -74,8 +74,8 @@ bool MacTable::AddStatic(const MacAddress& mac, uint16_t vid, unsigned port)
         slot = Insert(mac, vid);
     if (slot == kNone)
         return false;
-    entries[slot].isStatic = true;
-    entries[slot].port = static_cast<uint8_t>(port);
+    entries_[slot].isStatic = true;
+    entries_[slot].port = static_cast<uint8_t>(port);
     return true;
 }
 
@@ -89,22 +89,22 @@ bool MacTable::Delete(const MacAddress& mac, uint16_t vid)
 
 size_t MacTable::NextUsed(size_t slot) const
 {
-    while (slot < kSlots && !used[slot])
+    while (slot < kSlots && !used_[slot])
         ++slot;
     return slot;
 }
 
 void MacTable::Clear()
 {
-    used.reset();
-    first.fill(kNone);
-    next.fill(kNone);
+    used_.reset();
+    first_.fill(kNone);
+    next_.fill(kNone);
 }
 
 void MacTable::Flush()
 {
     for (size_t slot = NextUsed(0); slot < kSlots; slot = NextUsed(slot + 1)) {
-        if (!entries[slot].isStatic)
+        if (!entries_[slot].isStatic)
             Remove(slot);
     }
 }
@@ -112,24 +112,24 @@ void MacTable::Flush()
 void MacTable::FlushPort(unsigned port)
 {
     for (size_t slot = NextUsed(0); slot < kSlots; slot = NextUsed(slot + 1)) {
-        if (!entries[slot].isStatic && entries[slot].port == port)
+        if (!entries_[slot].isStatic && entries_[slot].port == port)
             Remove(slot);
     }
 }
 
 void MacTable::Age(nanoseconds now, nanoseconds limit)
 {
-    if (now - oldestSeen < limit)
+    if (now - oldestSeen_ < limit)
         return;
-    oldestSeen = now;
+    oldestSeen_ = now;
     for (size_t slot = NextUsed(0); slot < kSlots; slot = NextUsed(slot + 1)) {
-        const Entry& entry = entries[slot];
+        const Entry& entry = entries_[slot];
         if (entry.isStatic)
             continue;
         if (now - entry.seen >= limit)
             Remove(slot);
         else
-            oldestSeen = std::min(oldestSeen, entry.seen);
+            oldestSeen_ = std::min(oldestSeen_, entry.seen);
     }
 }
 
@@ -137,7 +137,7 @@ size_t MacTable::StaticCount() const
 {
     size_t count = 0;
     for (size_t slot = NextUsed(0); slot < kSlots; slot = NextUsed(slot + 1))
-        count += entries[slot].isStatic ? 1 : 0;
+        count += entries_[slot].isStatic ? 1 : 0;
     return count;
 }
 

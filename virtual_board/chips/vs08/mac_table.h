@@ -34,7 +34,7 @@ public:
 
     // The first used slot at or above this one; kSlots when there is none.
     size_t NextUsed(size_t slot) const;
-    const Entry& At(size_t slot) const { return entries[slot]; }
+    const Entry& At(size_t slot) const { return entries_[slot]; }
 
     void Clear();
     // Removes what is not static: all of it, or that of one port.
@@ -43,7 +43,7 @@ public:
     // Removes what was not seen for this long.
     void Age(std::chrono::nanoseconds now, std::chrono::nanoseconds limit);
 
-    size_t Count() const { return used.count(); }
+    size_t Count() const { return used_.count(); }
     size_t StaticCount() const;
 
 private:
@@ -55,11 +55,11 @@ private:
     int16_t Insert(const MacAddress& mac, uint16_t vid);
     void Remove(size_t slot);
 
-    std::array<Entry, kSlots> entries{};
-    std::bitset<kSlots> used;
-    std::array<int16_t, kBuckets> first{};
-    std::array<int16_t, kSlots> next{};
-    std::chrono::nanoseconds oldestSeen{};  // at or before that of every entry that can age
+    std::array<Entry, kSlots> entries_{};
+    std::bitset<kSlots> used_;
+    std::array<int16_t, kBuckets> first_{};
+    std::array<int16_t, kSlots> next_{};
+    std::chrono::nanoseconds oldestSeen_{};  // at or before that of every entry that can age
 };
 
 }  // namespace vboard::vswitch

@@ -16,31 +16,31 @@ constexpr RegisterSpec kSpecs[] = {
 }  // namespace
 
 MacVlanTable::MacVlanTable(unsigned internal)
-    : internalPort(internal), entries(kMacVlanEntries, RegisterBank(kSpecs))
+    : internalPort_(internal), entries_(kMacVlanEntries, RegisterBank(kSpecs))
 {
 }
 
 void MacVlanTable::Reset()
 {
-    for (RegisterBank& entry : entries)
+    for (RegisterBank& entry : entries_)
         entry.Reset();
 }
 
 Refusal MacVlanTable::Read(uint16_t address, uint16_t& value) const
 {
-    return entries[(address - kMacVlanFirst) / 8].Read(address % 8, value);
+    return entries_[(address - kMacVlanFirst) / 8].Read(address % 8, value);
 }
 
 Refusal MacVlanTable::Write(uint16_t address, uint16_t value)
 {
-    RegisterBank& entry = entries[(address - kMacVlanFirst) / 8];
+    RegisterBank& entry = entries_[(address - kMacVlanFirst) / 8];
     const uint16_t offset = address % 8;
     const Refusal refusal = entry.Check(offset, value);
     if (refusal)
         return refusal;
     if (offset != kCtrl && entry[kCtrl] & kValid)
         return "entry is valid";
-    if (offset == kCtrl && value & kValid && (entry[kVid] == 0 || (value & 7u) == internalPort))
+    if (offset == kCtrl && value & kValid && (entry[kVid] == 0 || (value & 7u) == internalPort_))
         return kOutOfRange;
     entry.Set(offset, value);
     return nullptr;
@@ -48,7 +48,7 @@ Refusal MacVlanTable::Write(uint16_t address, uint16_t value)
 
 MacVlanTable::Entry MacVlanTable::At(unsigned index) const
 {
-    const RegisterBank& entry = entries[index];
+    const RegisterBank& entry = entries_[index];
     Entry result{(entry[kCtrl] & kValid) != 0, entry[kCtrl] & 7u, entry[kVid], entry[kMask], {}};
     for (uint16_t i = 0; i < 6; ++i)
         result.mac[i] = static_cast<uint8_t>(entry[kMac0 + i / 2] >> (i % 2 ? 0 : 8));

@@ -31,8 +31,8 @@ public:
     Entry At(unsigned index) const;
 
 private:
-    unsigned internalPort;
-    std::vector<RegisterBank> entries;
+    unsigned internalPort_;
+    std::vector<RegisterBank> entries_;
 };
 
 }  // namespace vboard::vswitch

@@ -70,21 +70,21 @@ bool SerdesFits(uint16_t value)
 }  // namespace
 
 Port::Port(unsigned number, bool isInternal)
-    : index(number),
-      internal(isInternal),
-      kind(KindOf(number, isInternal)),
-      registers(RegistersOf(kind))
+    : index_(number),
+      internal_(isInternal),
+      kind_(KindOf(number, isInternal)),
+      registers_(RegistersOf(kind_))
 {
 }
 
 Refusal Port::Read(uint16_t offset, uint16_t& value) const
 {
-    const Refusal refusal = registers.Read(offset, value);
+    const Refusal refusal = registers_.Read(offset, value);
     if (refusal)
         return refusal;
     if (offset == kPortInfo) {
         const uint16_t ofKind[] = {kInfoSerdes, kInfoPhy, kInfoRgmii};
-        value = ofKind[static_cast<int>(kind)] | (internal ? kInfoInternal : 0);
+        value = ofKind[static_cast<int>(kind_)] | (internal_ ? kInfoInternal : 0);
     } else if (offset == kPortStatus) {
         value = Status();
     } else if (offset == kPhyEee) {
@@ -95,13 +95,13 @@ Refusal Port::Read(uint16_t offset, uint16_t& value) const
 
 Refusal Port::Write(uint16_t offset, uint16_t value)
 {
-    if (offset == kPhyEee && kind == Kind::kPhy && value & 2)
+    if (offset == kPhyEee && kind_ == Kind::kPhy && value & 2)
         return kReadOnly;
-    Refusal refusal = registers.Check(offset, value);
+    Refusal refusal = registers_.Check(offset, value);
     if (!refusal)
         refusal = CheckFields(offset, value);
     if (!refusal)
-        registers.Set(offset, value);
+        registers_.Set(offset, value);
     return refusal;
 }
 
@@ -112,7 +112,7 @@ Refusal Port::CheckFields(uint16_t offset, uint16_t value) const
     if (offset == kPortGroup)
         fits = value & kGroupValid || value == 0;
     else if (offset == kPortMirror)
-        fits = value & kMirrorEnable ? low != index : value == 0;
+        fits = value & kMirrorEnable ? low != index_ : value == 0;
     else if (offset == kPhyCtrl)
         fits = low >= kSpeedAutoneg && low <= kSpeed1000;
     else if (offset == kSerdesCtrl)
@@ -123,47 +123,47 @@ Refusal Port::CheckFields(uint16_t offset, uint16_t value) const
 bool Port::SetPartner(bool up, unsigned speedCode, bool fullDuplex)
 {
     if (!up) {
-        partner = {};
+        partner_ = {};
         return true;
     }
-    const unsigned best = kind == Kind::kSerdes ? kSpeed2500 : kSpeed1000;
+    const unsigned best = kind_ == Kind::kSerdes ? kSpeed2500 : kSpeed1000;
     const unsigned speed = speedCode == kSpeedAutoneg ? best : speedCode;
     if (speed < kSpeed10 || speed > best)
         return false;
-    partner = {true, speed, fullDuplex};
+    partner_ = {true, speed, fullDuplex};
     return true;
 }
 
 Link Port::SerdesLink() const
 {
-    const uint16_t ctrl = registers[kSerdesCtrl];
+    const uint16_t ctrl = registers_[kSerdesCtrl];
     const unsigned speed = SpeedField(ctrl);
     if (speed == kSpeedAutoneg)
-        return {true, std::min<unsigned>(partner.speed, kSpeed1000), partner.fullDuplex};
+        return {true, std::min<unsigned>(partner_.speed, kSpeed1000), partner_.fullDuplex};
     return {true, speed, true};
 }
 
 Link Port::CurrentLink() const
 {
-    const bool enabled = registers[kPortCtrl] & 1;
-    if (!enabled || !partner.up || !partnerPower)
+    const bool enabled = registers_[kPortCtrl] & 1;
+    if (!enabled || !partner_.up || !partnerPower_)
         return {};
-    if (kind == Kind::kSerdes)
+    if (kind_ == Kind::kSerdes)
         return SerdesLink();
-    if (kind == Kind::kRgmii)
-        return partner;
-    if (registers[kPhyTest] != 0)
+    if (kind_ == Kind::kRgmii)
+        return partner_;
+    if (registers_[kPhyTest] != 0)
         return {};
-    const uint16_t ctrl = registers[kPhyCtrl];
+    const uint16_t ctrl = registers_[kPhyCtrl];
     if ((ctrl & 7u) == kSpeedAutoneg)
-        return partner;
+        return partner_;
     return {true, ctrl & 7u, (ctrl & 8) != 0};
 }
 
 bool Port::EeeActive() const
 {
     const Link link = CurrentLink();
-    return kind == Kind::kPhy && registers[kPhyEee] && link.up && link.fullDuplex &&
+    return kind_ == Kind::kPhy && registers_[kPhyEee] && link.up && link.fullDuplex &&
            link.speed >= kSpeed100;
 }
 

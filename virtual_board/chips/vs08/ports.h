@@ -56,34 +56,34 @@ public:
 
     Port(unsigned index, bool internal);
 
-    void Reset() { registers.Reset(); }
+    void Reset() { registers_.Reset(); }
     Refusal Read(uint16_t offset, uint16_t& value) const;
     Refusal Write(uint16_t offset, uint16_t value);
 
     // The far end of the port's link; it knows no reset. False: a speed the port does not have.
     bool SetPartner(bool up, unsigned speedCode, bool fullDuplex);
     // Whether the device at the far end is switched on; it is unless somebody says otherwise.
-    void SetPartnerPower(bool on) { partnerPower = on; }
+    void SetPartnerPower(bool on) { partnerPower_ = on; }
 
     Link CurrentLink() const;
-    bool InTest() const { return kind == Kind::kPhy && registers[kPhyDvt] != 0; }
+    bool InTest() const { return kind_ == Kind::kPhy && registers_[kPhyDvt] != 0; }
     bool EeeActive() const;
-    Kind PortKind() const { return kind; }
-    bool Internal() const { return internal; }
+    Kind PortKind() const { return kind_; }
+    bool Internal() const { return internal_; }
     // A register of this port's kind.
-    uint16_t Get(PortRegister offset) const { return registers[offset]; }
+    uint16_t Get(PortRegister offset) const { return registers_[offset]; }
 
 private:
     Link SerdesLink() const;
     uint16_t Status() const;
     Refusal CheckFields(uint16_t offset, uint16_t value) const;
 
-    unsigned index;
-    bool internal;
-    Kind kind;
-    RegisterBank registers;
-    Link partner;
-    bool partnerPower = true;
+    unsigned index_;
+    bool internal_;
+    Kind kind_;
+    RegisterBank registers_;
+    Link partner_;
+    bool partnerPower_ = true;
 };
 
 // All ports of a chip; throws std::invalid_argument when there is no such internal port.

@@ -19,30 +19,30 @@ constexpr RegisterSpec kSpecs[] = {
 
 }  // namespace
 
-Queues::Queues() : queues(kQueues, RegisterBank(kSpecs)) {}
+Queues::Queues() : queues_(kQueues, RegisterBank(kSpecs)) {}
 
 void Queues::Reset()
 {
-    for (RegisterBank& queue : queues)
+    for (RegisterBank& queue : queues_)
         queue.Reset();
 }
 
 Refusal Queues::Read(uint16_t address, uint16_t& value) const
 {
-    return queues[(address - kQueueFirst) / 8].Read(address % 8, value);
+    return queues_[(address - kQueueFirst) / 8].Read(address % 8, value);
 }
 
 Refusal Queues::Write(uint16_t address, uint16_t value)
 {
-    return queues[(address - kQueueFirst) / 8].Write(address % 8, value);
+    return queues_[(address - kQueueFirst) / 8].Write(address % 8, value);
 }
 
 Queues::Settings Queues::At(unsigned queue) const
 {
     Settings settings{};
     for (uint16_t i = 0; i < kThresholds; ++i)
-        settings.thresholds[i] = queues[queue][i];
-    settings.reserved = queues[queue][kReserved];
+        settings.thresholds[i] = queues_[queue][i];
+    settings.reserved = queues_[queue][kReserved];
     return settings;
 }
 

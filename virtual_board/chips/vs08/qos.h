@@ -33,7 +33,7 @@ public:
     Settings At(unsigned queue) const;
 
 private:
-    std::vector<RegisterBank> queues;
+    std::vector<RegisterBank> queues_;
 };
 
 }  // namespace vboard::vswitch

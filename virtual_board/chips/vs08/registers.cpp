@@ -5,16 +5,16 @@
 
 namespace vboard::vswitch {
 
-RegisterBank::RegisterBank(std::span<const RegisterSpec> list) : specs(list)
+RegisterBank::RegisterBank(std::span<const RegisterSpec> list) : specs_(list)
 {
-    if (specs.size() > kCapacity)
+    if (specs_.size() > kCapacity)
         throw std::length_error("too many registers in a bank");
     Reset();
 }
 
 void RegisterBank::Reset()
 {
-    std::ranges::transform(specs, values.begin(), &RegisterSpec::reset);
+    std::ranges::transform(specs_, values_.begin(), &RegisterSpec::reset);
 }
 
 // The number of specs when there is no such register.
@@ -25,19 +25,19 @@ static size_t Search(std::span<const RegisterSpec> specs, uint16_t offset)
 
 Refusal RegisterBank::Read(uint16_t offset, uint16_t& value) const
 {
-    const size_t index = Search(specs, offset);
-    if (index == specs.size())
+    const size_t index = Search(specs_, offset);
+    if (index == specs_.size())
         return kUnknownAddress;
-    value = values[index];
+    value = values_[index];
     return nullptr;
 }
 
 Refusal RegisterBank::Check(uint16_t offset, uint16_t value) const
 {
-    const size_t index = Search(specs, offset);
-    if (index == specs.size())
+    const size_t index = Search(specs_, offset);
+    if (index == specs_.size())
         return kUnknownAddress;
-    const RegisterSpec& spec = specs[index];
+    const RegisterSpec& spec = specs_[index];
     if (spec.bits == 0)
         return kReadOnly;
     if (value & ~spec.bits)
@@ -55,8 +55,8 @@ Refusal RegisterBank::Write(uint16_t offset, uint16_t value)
 
 size_t RegisterBank::IndexOf(uint16_t offset) const
 {
-    const size_t index = Search(specs, offset);
-    if (index == specs.size())
+    const size_t index = Search(specs_, offset);
+    if (index == specs_.size())
         throw std::out_of_range("register offset");
     return index;
 }

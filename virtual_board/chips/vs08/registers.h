@@ -39,14 +39,14 @@ public:
     Refusal Write(uint16_t offset, uint16_t value);
 
     // The register at an offset of the specs; without the rules.
-    uint16_t operator[](uint16_t offset) const { return values[IndexOf(offset)]; }
-    void Set(uint16_t offset, uint16_t value) { values[IndexOf(offset)] = value; }
+    uint16_t operator[](uint16_t offset) const { return values_[IndexOf(offset)]; }
+    void Set(uint16_t offset, uint16_t value) { values_[IndexOf(offset)] = value; }
 
 private:
     size_t IndexOf(uint16_t offset) const;
 
-    std::span<const RegisterSpec> specs;
-    std::array<uint16_t, kCapacity> values{};
+    std::span<const RegisterSpec> specs_;
+    std::array<uint16_t, kCapacity> values_{};
 };
 
 }  // namespace vboard::vswitch

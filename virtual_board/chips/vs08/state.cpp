@@ -95,35 +95,35 @@ json VswitchChip::GlobalState() const
     static constexpr const char* kLedModes[] = {
         "off",    "link",        "activity", "link and activity", "speed", "duplex and collision",
         "all on", "all blinking"};
-    const unsigned snooping = global.Get(kSnooping);
+    const unsigned snooping = global_.Get(kSnooping);
     json linkChange = json::array();
     for (unsigned p = 0; p < kPorts; ++p) {
-        if (global.Get(kLinkChange) >> p & 1)
+        if (global_.Get(kLinkChange) >> p & 1)
             linkChange.push_back(p);
     }
     return {{"chip", "VS08"},
             {"revision", "1.0"},
-            {"reset", held      ? "held"
+            {"reset", held_     ? "held"
                       : Ready() ? "released"
                                 : "booting"},
             {"rxReady", RxReady()},
-            {"internalPort", internalPort},
-            {"portIsolation", global.Get(kForwardCtrl) != 0},
+            {"internalPort", internalPort_},
+            {"portIsolation", global_.Get(kForwardCtrl) != 0},
             {"providerBridged",
-             {{"enabled", global.Get(kProviderCtrl) != 0}, {"tpid", global.Get(kProviderTpid)}}},
-            {"ageing", {{"step", global.Get(kAgeing)}, {"seconds", global.AgeLimit().count()}}},
-            {"mtu", global.Get(kMtu)},
+             {{"enabled", global_.Get(kProviderCtrl) != 0}, {"tpid", global_.Get(kProviderTpid)}}},
+            {"ageing", {{"step", global_.Get(kAgeing)}, {"seconds", global_.AgeLimit().count()}}},
+            {"mtu", global_.Get(kMtu)},
             {"snooping", {{"igmp", (snooping & 1) != 0}, {"mld", (snooping & 2) != 0}}},
-            {"led", {{"mode", global.Get(kLedMode)}, {"shows", kLedModes[global.Get(kLedMode)]}}},
+            {"led", {{"mode", global_.Get(kLedMode)}, {"shows", kLedModes[global_.Get(kLedMode)]}}},
             {"linkChange", linkChange},
-            {"fdbRefused", global.Get(kFdbRefused)},
-            {"wred", WredState(global)}};
+            {"fdbRefused", global_.Get(kFdbRefused)},
+            {"wred", WredState(global_)}};
 }
 
 json VswitchChip::PortState(unsigned index) const
 {
     static constexpr const char* kKinds[] = {"SerDes", "PHY", "RGMII"};
-    const Port& port = ports[index];
+    const Port& port = ports_[index];
     const unsigned group = port.Get(kPortGroup);
     const unsigned mirror = port.Get(kPortMirror);
     json state = {{"port", index},
@@ -137,7 +137,7 @@ json VswitchChip::PortState(unsigned index) const
                   {"group", group & kGroupValid ? json(group & kGroupId) : json()},
                   {"mirrorTo", mirror & kMirrorEnable ? json(mirror & kMirrorDest) : json()},
                   {"flowControl", {{"xoff", port.Get(kPortXoff)}, {"xon", port.Get(kPortXon)}}},
-                  {"counters", CounterState(counters.OfPort(index))}};
+                  {"counters", CounterState(counters_.OfPort(index))}};
     if (port.PortKind() == Port::Kind::kPhy)
         state["phy"] = PhyState(port);
     else if (port.PortKind() == Port::Kind::kSerdes)
@@ -151,7 +151,7 @@ json VswitchChip::QueueState() const
 {
     json state = json::array();
     for (unsigned q = 0; q < kQueues; ++q) {
-        const Queues::Settings settings = queues.At(q);
+        const Queues::Settings settings = queues_.At(q);
         json queue = Thresholds(settings.thresholds);
         queue["queue"] = q;
         queue["reserved"] = settings.reserved;
@@ -164,7 +164,7 @@ json VswitchChip::MacVlanState() const
 {
     json state = json::array();
     for (unsigned i = 0; i < kMacVlanEntries; ++i) {
-        const MacVlanTable::Entry entry = macVlan.At(i);
+        const MacVlanTable::Entry entry = macVlan_.At(i);
         if (!entry.valid)
             continue;
         state.push_back({{"index", i},
@@ -179,10 +179,10 @@ json VswitchChip::MacVlanState() const
 json VswitchChip::FdbState() const
 {
     json entries = json::array();
-    const MacTable& table = fdb.table;
+    const MacTable& table = fdb_.table;
     for (size_t s = table.NextUsed(0); s < MacTable::kSlots; s = table.NextUsed(s + 1)) {
         const MacTable::Entry& entry = table.At(s);
-        const auto age = std::chrono::duration_cast<std::chrono::seconds>(now - entry.seen);
+        const auto age = std::chrono::duration_cast<std::chrono::seconds>(now_ - entry.seen);
         entries.push_back({{"slot", s},
                            {"mac", Text(entry.mac)},
                            {"vlan", entry.vid},
