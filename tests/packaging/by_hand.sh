@@ -24,6 +24,7 @@ sed "s|(WRITE \"[^\"]*/\${CMAKE_INSTALL_MANIFEST}\"|(WRITE \"$place/manifest\"|"
 DESTDIR=$place/installed cmake -P "$place/install.cmake"
 tar -C "$place/installed" --owner=0 --group=0 -c . | as_root tar -C "$root" -x
 
+in_root "$root" apt-get install -q -y --no-install-recommends python3
 # Nothing runs there that could be told; boot.sh tells what does.
 tail -n +2 <<<"$commands" | in_root "$root" env SYSTEMD_OFFLINE=1 sh -ex
 in_root "$root" sh -ex <<'LOOK'
@@ -36,6 +37,7 @@ done
 systemd-analyze verify --man=no orblink-init.service orblink-config.service
 [ "$(stat -c '%U:%G %a' /var/tmp/orblink_sem /var/tmp/ethphy_sem | sort -u)" = "root:orblink 660" ]
 orblink-vboard run --board /usr/local/share/orblink/boards/phy.toml --time-scale 0.01 -- \
-    sh -c 'orblinkctl init && orblinkctl up 0 && orblinkctl port'
+    sh -c 'orblinkctl init && orblinkctl up 0 && orblinkctl port &&
+        python3 -c "import orblink; print(orblink.Switch(0).port(1))"'
 LOOK
 echo "All of it works"
