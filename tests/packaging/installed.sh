@@ -19,6 +19,10 @@ cmake -DCMAKE_INSTALL_PREFIX="$place/usr" -P install.cmake >install.log || {
 }
 # Where it was made is of no use to anybody else.
 ! grep -rIl "$build" usr || exit 1
+grep -qx "ExecStart=$place/usr/libexec/orblink/bring-up" usr/lib/systemd/system/orblink-config.service || {
+    grep ^ExecStart usr/lib/systemd/system/orblink-config.service
+    exit 1
+}
 
 libraries=$(dirname "$(find usr -name liborblink.so)")
 PKG_CONFIG_PATH=$place/$libraries/pkgconfig
@@ -28,6 +32,7 @@ gcc $strict "$here/consumer.c" $(pkg-config --cflags --libs orblink) -o with_pkg
 g++ $strict -x c++ "$here/consumer.c" -x none $(pkg-config --cflags --libs orblink) \
     -o with_pkg_config_cxx
 gcc $strict -shared -fPIC "$here/hal.c" $(pkg-config --cflags --libs orblink-hal) -o hal.so
+gcc $strict "$here/platform.c" $(pkg-config --cflags --libs obplatform) -o platform_with_pkg_config
 
 CFLAGS=$bits CXXFLAGS=$bits cmake -G Ninja -S "$here/project" -B project -DCMAKE_PREFIX_PATH="$place/usr" \
     >cmake.log || {
@@ -40,6 +45,14 @@ cmake --build project >>cmake.log || {
 }
 
 export LD_LIBRARY_PATH="$place/$libraries"
+for program in ./platform_with_pkg_config project/platform_with_cmake; do
+    said=$($program)
+    [ "$said" = "main says with severity 1: 1 of 2" ] || {
+        echo "$program says: $said"
+        exit 1
+    }
+    ! readelf -d $program | grep -q liborblink || { echo "$program needs too much"; exit 1; }
+done
 programs="./with_pkg_config_c ./with_pkg_config_cxx project/with_cmake_c project/with_cmake_cxx"
 said=$(usr/bin/orblink-vboard run --board usr/share/orblink/boards/phy.toml -- sh -c \
     "usr/bin/orblinkctl init >&2; for program in $programs; do \$program; done" 2>log) || :
