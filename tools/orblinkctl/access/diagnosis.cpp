@@ -127,6 +127,10 @@ std::optional<Objection> ObjectionTo(const Diagnosis& found)
         return Objection{"one of " + std::to_string(found.users.hidden) +
                              " processes that only root may look into may hold the lock",
                          true};
+    // The kernel has no number for it here, which is all that can be known of it.
+    if (found.state.lock.lastOperation != 0 && found.state.lock.lastOperator == 0)
+        return Objection{
+            "whoever used the lock last is in another PID namespace, where it may live", true};
     if (found.state.lock.lastOperation == 0 &&
         std::time(nullptr) - found.state.lock.created < kMomentAgo)
         return Objection{"the initialisation began a moment ago", true};

@@ -99,6 +99,16 @@ TEST(Objection, AnyUserOfTheRegionMayBeAnUnknownHolder)
     EXPECT_TRUE(objection->overruled);
 }
 
+TEST(Objection, AProcessOfAnotherPidNamespaceMayHoldTheLock)
+{
+    LockState lock = Taken();
+    lock.lastOperator = 0;
+    const auto objection = ObjectionTo(With(lock, std::nullopt));
+    ASSERT_TRUE(objection);
+    EXPECT_THAT(objection->text, HasSubstr("in another PID namespace"));
+    EXPECT_TRUE(objection->overruled);
+}
+
 TEST(Objection, AnInitialisationThatBeganAMomentAgo)
 {
     LockState lock = Taken();

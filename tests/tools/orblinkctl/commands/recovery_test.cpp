@@ -60,6 +60,26 @@ TEST(Recover, NeverTouchesTheLockOfALivingHolder)
     EXPECT_EQ(r[4].code, 7) << "the lock was freed";
 }
 
+TEST(Recover, LeavesALockWhoseHolderCannotBeSeenFromHere)
+{
+    if (NamespacesAreRefused())
+        GTEST_SKIP() << "namespaces are not allowed here";
+    const std::string apart = std::string("unshare ") + (geteuid() == 0 ? "" : "-r ") +
+                              "--pid --fork --mount-proc orblinkctl recover --phy --apply";
+    const auto r = OnBoardUp(
+        "phy", {InBackground("phy take wait"), apart, "ctl --wait 0 phy 0", "kill $(cat holder)",
+                apart + " --force", "ctl --wait 0 phy 0 >/dev/null"});
+    EXPECT_EQ(r[1].code, 5) << r[1].err;
+    EXPECT_THAT(r[1].out,
+                AllOf(HasSubstr("an unknown process has held the lock since"),
+                      HasSubstr("  in the way: whoever used the lock last is in another PID "
+                                "namespace, where it may live\n"
+                                "  next: orblinkctl recover --apply --force\n")));
+    EXPECT_EQ(r[2].code, 7) << "the lock was freed";
+    EXPECT_EQ(r[4].code, 0) << r[4].out << r[4].err;
+    EXPECT_EQ(r[5].code, 0) << r[5].err;
+}
+
 // A lock that was made and never used: nobody knows who made it.
 TEST(Recover, UndoesACutOffInitialisation)
 {
