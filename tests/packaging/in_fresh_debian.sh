@@ -67,6 +67,7 @@ for bits in 64 32; do
     g++ $strict -x c++ /consumer/consumer.c -x none $(pkg-config --cflags --libs orblink) \
         -o with_pkg_config_cxx
     gcc $strict -shared -fPIC /consumer/hal.c $(pkg-config --cflags --libs orblink-hal) -o hal.so
+    gcc $strict /consumer/platform.c $(pkg-config --cflags --libs obplatform) -o platform
     shown 'int main(void)' programs.md >shown.c
     gcc $strict shown.c $(pkg-config --cflags --libs orblink) -o shown_c
     shown '"orblink.hpp"' programs.md >shown.cpp
@@ -74,6 +75,10 @@ for bits in 64 32; do
     CFLAGS=-m$bits CXXFLAGS=-m$bits cmake -G Ninja -S /consumer/project -B project
     cmake --build project
     grep -q "/usr/lib/$triplet/cmake/OrbLink" project/CMakeCache.txt || fail "another OrbLink was found"
+    for program in ./platform project/platform_with_cmake; do
+        said=$($program)
+        [ "$said" = "main says with severity 1: 1 of 2" ] || fail "$bits-bit $program says: $said"
+    done
     programs="./with_pkg_config_c ./with_pkg_config_cxx project/with_cmake_c project/with_cmake_cxx"
     for program in $programs; do
         file=$(readelf -h $program | grep Class:)

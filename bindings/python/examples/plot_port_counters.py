@@ -4,10 +4,11 @@
     plot_port_counters.py [--switch 0] [--counter aFramesReceivedOK] [--interval 1] [--samples 60]
                           [--png FILE]
 
-With matplotlib and --png the plot is written as a picture; otherwise it is drawn as text, one line for
-each port."""
+With --png the plot is written as a picture, which takes matplotlib; otherwise it is drawn as text, one
+line for each port."""
 
 import argparse
+import importlib.util
 import sys
 import time
 
@@ -55,11 +56,8 @@ def draw_text(found: dict[int, list[float]], counter: str) -> None:
         print(f"port {port} |{bars}| {values[-1]:.1f}")
 
 
-def draw_picture(found: dict[int, list[float]], counter: str, interval: float, file: str) -> bool:
-    try:
-        import matplotlib
-    except ImportError:
-        return False
+def draw_picture(found: dict[int, list[float]], counter: str, interval: float, file: str) -> None:
+    import matplotlib
     matplotlib.use("Agg")
     from matplotlib import pyplot
     figure, axes = pyplot.subplots()
@@ -70,18 +68,22 @@ def draw_picture(found: dict[int, list[float]], counter: str, interval: float, f
     axes.set_ylabel(f"{counter} a second")
     axes.legend()
     figure.savefig(file)
-    return True
 
 
 def main() -> int:
     wanted = options()
+    if wanted.png and importlib.util.find_spec("matplotlib") is None:
+        print("--png takes matplotlib, which is not installed", file=sys.stderr)
+        return 1
     try:
         found = rates(orblink.Switch(wanted.switch).ports(), wanted.counter, wanted.interval,
                       wanted.samples)
     except orblink.Error as error:
         print(f"switch {wanted.switch}: {error}", file=sys.stderr)
         return 1
-    if not wanted.png or not draw_picture(found, wanted.counter, wanted.interval, wanted.png):
+    if wanted.png:
+        draw_picture(found, wanted.counter, wanted.interval, wanted.png)
+    else:
         draw_text(found, wanted.counter)
     return 0
 

@@ -23,7 +23,11 @@ orblink-vboard run --time-scale 0.05 --board "$source/virtual_board/boards/phy.t
     # A sleep of the shell is a twentieth as long here; Python sleeps until a time of the clock.
     while sleep 0.2; do orblink-vboard control counter sw0:3 aFramesReceivedOK 1000; done &
     python3 "$1/bindings/python/examples/plot_port_counters.py" --interval 0.3 --samples 3
-    kill $!' sh "$source" >"${TMPDIR:-/tmp}/plot.$$" || {
+    kill $!
+    python3 -c "import matplotlib" 2>/dev/null || {
+        ! said=$(python3 "$1/bindings/python/examples/plot_port_counters.py" --png no.png 2>&1) || exit 1
+        [ "$said" = "--png takes matplotlib, which is not installed" ]
+    }' sh "$source" >"${TMPDIR:-/tmp}/plot.$$" || {
     cat "${TMPDIR:-/tmp}/plot.$$"
     rm -f "${TMPDIR:-/tmp}/plot.$$"
     exit 1
