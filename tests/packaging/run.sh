@@ -3,7 +3,8 @@
 # Compares the libraries' interfaces with those recorded; makes the packages of both architectures
 # twice and holds that they are the same bytes and that lintian finds nothing; builds the libraries for
 # an older C library; installs the packages into a fresh Debian, uses them there as others would, boots
-# it, and removes everything again. What is fetched and made for it is kept in BUILD_DIR/packages.
+# it, and removes everything again; takes a clone of what is committed through README.md. What is
+# fetched and made for it is kept in BUILD_DIR/packages.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 place=$(realpath -m "$1")/packages
@@ -43,6 +44,8 @@ different=$(diff <(cd "$place/1" && sha256sum *.deb) <(cd "$place/2" && sha256su
     exit 1
 }
 
+printf '            %s packages\n' "$(ls "$place"/1/*.deb | wc -l)"
+
 stage "lintian"
 logged lintian lintian --allow-root --fail-on error,warning,info --display-info --info \
     --tag-display-limit 0 "$place"/1/*.changes
@@ -51,6 +54,8 @@ stage "an old Debian"
 logged old tests/packaging/old_debian.sh "$place" "$place"/1 "$place/cache"
 stage "a fresh Debian"
 logged fresh tests/packaging/fresh_debian.sh "$place"/1 "$place/cache"
+stage "a clean clone"
+logged clone tests/packaging/clean_clone.sh "$place"/1
 stage "an installation by hand"
 [ -e "$release/bin/orblink-web" ] ||
     scripts/build.sh release "$release" "$place/release.log" -- installed
