@@ -7,17 +7,17 @@
 
 namespace linux_switch {
 
-// The device is named in the first attribute of every command.
 struct Ethtool::Command : Request {
-    Command(const Ethtool& ethtool, uint8_t command, uint32_t index) : Request(ethtool.family, 0)
+    // The device is named in an attribute of each command's own.
+    Command(const Ethtool& ethtool, uint8_t command, uint16_t device, uint32_t index)
+        : Request(ethtool.family, 0)
     {
         Header(genlmsghdr{command, 1, 0});
-        const size_t header = Open(1 | NLA_F_NESTED);
+        const size_t header = Open(device | NLA_F_NESTED);
         Put<uint32_t>(ETHTOOL_A_HEADER_DEV_INDEX, index);
         Close(header);
     }
 };
-static_assert(ETHTOOL_A_LINKMODES_HEADER == 1 && ETHTOOL_A_EEE_HEADER == 1);
 
 namespace {
 
@@ -148,7 +148,7 @@ int Ethtool::GetMode(uint32_t index, LinkMode& mode)
     if (unusable)
         return unusable;
     mode = {};
-    Command request(*this, ETHTOOL_MSG_LINKMODES_GET, index);
+    Command request(*this, ETHTOOL_MSG_LINKMODES_GET, ETHTOOL_A_LINKMODES_HEADER, index);
     return netlink.Ask(request, [&mode](const Reply& reply) {
         const Attributes values = Behind(reply);
         const auto speed = values.Find(ETHTOOL_A_LINKMODES_SPEED).As<uint32_t>();
@@ -163,7 +163,7 @@ int Ethtool::SetMode(uint32_t index, const LinkMode& mode)
 {
     if (unusable)
         return unusable;
-    Command request(*this, ETHTOOL_MSG_LINKMODES_SET, index);
+    Command request(*this, ETHTOOL_MSG_LINKMODES_SET, ETHTOOL_A_LINKMODES_HEADER, index);
     request.Put<uint8_t>(ETHTOOL_A_LINKMODES_AUTONEG, mode.autoneg);
     if (!mode.autoneg) {
         request.Put<uint32_t>(ETHTOOL_A_LINKMODES_SPEED, mode.megabits);
@@ -178,7 +178,7 @@ int Ethtool::GetEee(uint32_t index, EeeState& state)
     if (unusable)
         return unusable;
     state = {};
-    Command request(*this, ETHTOOL_MSG_EEE_GET, index);
+    Command request(*this, ETHTOOL_MSG_EEE_GET, ETHTOOL_A_EEE_HEADER, index);
     return netlink.Ask(request, [&state](const Reply& reply) {
         const Attributes values = Behind(reply);
         state.supported = static_cast<bool>(values.Find(ETHTOOL_A_EEE_MODES_OURS));
@@ -190,7 +190,7 @@ int Ethtool::SetEee(uint32_t index, bool enabled)
 {
     if (unusable)
         return unusable;
-    Command request(*this, ETHTOOL_MSG_EEE_SET, index);
+    Command request(*this, ETHTOOL_MSG_EEE_SET, ETHTOOL_A_EEE_HEADER, index);
     request.Put<uint8_t>(ETHTOOL_A_EEE_ENABLED, enabled);
     return netlink.Do(request);
 }
@@ -201,7 +201,7 @@ int Ethtool::GetCounters(uint32_t index, DriverCounters& counters)
     if (unusable)
         return unusable;
     constexpr uint32_t kGroups = 1U << ETHTOOL_STATS_ETH_MAC | 1U << ETHTOOL_STATS_RMON;
-    Command request(*this, ETHTOOL_MSG_STATS_GET, index);
+    Command request(*this, ETHTOOL_MSG_STATS_GET, ETHTOOL_A_STATS_HEADER, index);
     const size_t groups = request.Open(ETHTOOL_A_STATS_GROUPS | NLA_F_NESTED);
     request.Put(ETHTOOL_A_BITSET_NOMASK, nullptr, 0);
     request.Put<uint32_t>(ETHTOOL_A_BITSET_SIZE, ETHTOOL_STATS_RMON + 1);

@@ -9,9 +9,7 @@
 namespace linux_switch {
 namespace {
 
-// The kernel's units of time: hundredths of a second.
-constexpr uint32_t kSecond = 100;
-constexpr uint32_t kAgeing[] = {15, 75, 300, 1200, 4800};
+constexpr uint16_t kAgeing[] = {15, 75, 300, 1200, 4800};
 
 // Header and frame check sequence, which an MTU of the kernel leaves out.
 constexpr int kAroundMtu = 18;
@@ -27,17 +25,21 @@ int SetSnooping(int devIdx, bool enabled)
     if (session.Bridge().snoops)
         error = SetBridge<uint8_t>(session.Route(), session.Bridge().index, IFLA_BR_MCAST_SNOOPING,
                                    enabled);
-    if (error == 0)
-        return 0;
-    return session.Refuse("set the snooping of", session.Memory().bridge, error);
+    if (error != 0)
+        return session.Refuse("set the snooping of", session.Memory().bridge, error);
+    SwitchMemory wanted = session.Memory();
+    wanted.snooping = enabled ? 1 : 0;
+    return session.Keep(wanted);
 }
 
-int SetPortMtu(Session& session, int port, uint32_t mtu)
+int SetPortMtu(Session& session, int port, SwitchMemory& wanted)
 {
     const Link& link = session.Port(port);
-    if (!link || link.mtu == mtu)
+    if (!link || link.mtu == wanted.mtu)
         return 0;
-    return SetMtu(session.Route(), link.index, mtu);
+    if (wanted.port[port].mtuBefore == 0)
+        wanted.port[port].mtuBefore = MtuOf(link);
+    return SetMtu(session.Route(), link.index, wanted.mtu);
 }
 
 }  // namespace
@@ -64,7 +66,11 @@ int SetMacAging(int devIdx, int step)
         return -1;
     const int error = SetBridge<uint32_t>(session.Route(), session.Bridge().index,
                                           IFLA_BR_AGEING_TIME, kAgeing[step - 1] * kSecond);
-    return error == 0 ? 0 : session.Refuse("set the ageing of", session.Memory().bridge, error);
+    if (error != 0)
+        return session.Refuse("set the ageing of", session.Memory().bridge, error);
+    SwitchMemory wanted = session.Memory();
+    wanted.ageing = kAgeing[step - 1];
+    return session.Keep(wanted);
 }
 
 int SetMtuSize(int devIdx, int octets)
@@ -77,11 +83,12 @@ int SetMtuSize(int devIdx, int octets)
     if (!session.Meet())
         return -1;
     const SwitchMemory& memory = session.Memory();
-    const auto mtu = static_cast<uint32_t>(octets - kAroundMtu);
+    SwitchMemory wanted = memory;
+    wanted.mtu = static_cast<uint16_t>(octets - kAroundMtu);
     // The bridge last: its own is bounded by that of its ports.
     for (int i = 1; i <= memory.ports; ++i) {
         const int port = (memory.cpuPort + i) % memory.ports;
-        const int error = SetPortMtu(session, port, mtu);
+        const int error = SetPortMtu(session, port, wanted);
         if (error == 0)
             continue;
         session.Refuse("set the MTU of", memory.NameOf(port), error);
@@ -92,7 +99,7 @@ int SetMtuSize(int devIdx, int octets)
         }
         return -1;
     }
-    return 0;
+    return session.Keep(wanted);
 }
 
 int PrintMachineState(int devIdx)

@@ -18,6 +18,9 @@ constexpr uint32_t kHook = TC_H_MAKE(TC_H_CLSACT, 0U);
 constexpr uint32_t kIngress = TC_H_MAKE(TC_H_CLSACT, TC_H_MIN_INGRESS);
 constexpr uint32_t kEgress = TC_H_MAKE(TC_H_CLSACT, TC_H_MIN_EGRESS);
 
+// What tells this HAL's filters from those of others.
+constexpr uint8_t kOwner[] = {'o', 'r', 'b', 'l', 'i', 'n', 'k'};
+
 tcmsg Of(uint32_t index, uint32_t parent)
 {
     tcmsg header{};
@@ -102,31 +105,54 @@ void PutKeys(Request& request, const Filter& filter)
     }
 }
 
-int DeletePrecedence(Netlink& netlink, uint32_t index, uint32_t parent, uint32_t info)
+// A filter as the kernel shows it.
+struct FoundFilter {
+    tcmsg header;
+    bool flower;
+};
+
+bool IsOwn(const Reply& reply, FoundFilter& found)
+{
+    if (reply.Type() != RTM_NEWTFILTER || !reply.Header(found.header))
+        return false;
+    const uint32_t precedence = found.header.tcm_info >> 16;
+    if (precedence < kFirstPrecedence || precedence > kLastPrecedence)
+        return false;
+    const Attributes attributes = reply.Behind(sizeof found.header);
+    const Attribute kind = attributes.Find(TCA_KIND);
+    found.flower = kind && kind.IsText("flower");
+    const Attributes options{attributes.Find(TCA_OPTIONS)};
+    const Attributes actions{options.Find(
+        static_cast<uint16_t>(found.flower ? int{TCA_FLOWER_ACT} : int{TCA_MATCHALL_ACT}))};
+    const Attribute owner = Attributes(actions.Find(1)).Find(TCA_ACT_COOKIE);
+    return owner && owner.size == sizeof kOwner && memcmp(owner.data, kOwner, sizeof kOwner) == 0;
+}
+
+int DeleteFound(Netlink& netlink, const FoundFilter& found)
 {
     Request request(RTM_DELTFILTER, 0);
-    tcmsg header = Of(index, parent);
-    header.tcm_info = info;
-    request.Header(header);
+    request.Header(found.header);
+    request.PutText(TCA_KIND, found.flower ? "flower" : "matchall");
     return netlink.Do(request);
 }
 
-// The first filter of this HAL, or 0.
-int FindOwn(Netlink& netlink, uint32_t index, uint32_t parent, uint32_t& info)
+// The first filter of this HAL. ENOENT: there is none.
+int FindOwn(Netlink& netlink, uint32_t index, uint32_t parent, FoundFilter& own)
 {
     Request request(RTM_GETTFILTER, NLM_F_DUMP);
     request.Header(Of(index, parent));
-    return netlink.Dump(
+    bool any = false;
+    const int error = netlink.Dump(
         request,
         [&](const Reply& reply) {
-            tcmsg header;
-            if (reply.Type() != RTM_NEWTFILTER || !reply.Header(header))
-                return;
-            const uint32_t precedence = header.tcm_info >> 16;
-            if (precedence >= kFirstPrecedence && precedence <= kLastPrecedence && info == 0)
-                info = header.tcm_info;
+            FoundFilter found;
+            if (!any && IsOwn(reply, found)) {
+                own = found;
+                any = true;
+            }
         },
-        [&] { info = 0; });
+        [&] { any = false; });
+    return error != 0 || any ? error : ENOENT;
 }
 
 int CountFilters(Netlink& netlink, uint32_t index, uint32_t parent, int& count)
@@ -142,12 +168,12 @@ int DeleteAllAt(Netlink& netlink, uint32_t index, uint32_t parent)
 {
     // No port has as many.
     for (int i = 0; i < 2 * kMostFilters; ++i) {
-        uint32_t info = 0;
-        int error = FindOwn(netlink, index, parent, info);
-        if (error == EINVAL || error == ENOENT || (error == 0 && info == 0))
+        FoundFilter own;
+        int error = FindOwn(netlink, index, parent, own);
+        if (error == EINVAL || error == ENOENT)
             return 0;  // no hook, or nothing on it
         if (error == 0)
-            error = DeletePrecedence(netlink, index, parent, info);
+            error = DeleteFound(netlink, own);
         if (error != 0)
             return error;
     }
@@ -171,6 +197,7 @@ int PutFilter(Netlink& netlink, uint32_t index, const Filter& filter)
         (mirrors ? int{TCA_MATCHALL_ACT} : int{TCA_FLOWER_ACT}) | NLA_F_NESTED));
     const size_t first = request.Open(1 | NLA_F_NESTED);
     PutAction(request, filter);
+    request.Put(TCA_ACT_COOKIE, kOwner, sizeof kOwner);
     request.Close(first);
     request.Close(actions);
     request.Close(options);
@@ -205,9 +232,11 @@ int DeleteIdleHook(Netlink& netlink, uint32_t index)
 {
     int in = 0;
     int out = 0;
-    if (CountFilters(netlink, index, kIngress, in) != 0 ||
-        CountFilters(netlink, index, kEgress, out) != 0 || in + out != 0)
-        return 0;
+    int error = CountFilters(netlink, index, kIngress, in);
+    if (error == 0)
+        error = CountFilters(netlink, index, kEgress, out);
+    if (error != 0 || in + out != 0)
+        return error == EINVAL ? 0 : error;  // EINVAL: there is no hook
     Request request(RTM_DELQDISC, 0);
     tcmsg header = Of(index, TC_H_CLSACT);
     header.tcm_handle = kHook;

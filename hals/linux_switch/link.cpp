@@ -1,5 +1,6 @@
 #include "hals/linux_switch/link.h"
 
+#include <arpa/inet.h>
 #include <errno.h>
 #include <linux/if.h>
 #include <linux/if_bridge.h>
@@ -26,6 +27,24 @@ void ReadBridge(const Attribute& info, Link& link)
     // The setting of the filtering itself is shown by every kernel.
     link.filters = link.isBridge && settings.Find(IFLA_BR_VLAN_PROTOCOL);
     link.snoops = link.isBridge && settings.Find(IFLA_BR_MCAST_SNOOPING);
+    link.settings = {settings.Find(IFLA_BR_STP_STATE).As<uint32_t>() != 0,
+                     settings.Find(IFLA_BR_MCAST_SNOOPING).As<uint8_t>() != 0,
+                     settings.Find(IFLA_BR_VLAN_FILTERING).As<uint8_t>() != 0,
+                     ntohs(settings.Find(IFLA_BR_VLAN_PROTOCOL).As<uint16_t>()),
+                     settings.Find(IFLA_BR_AGEING_TIME).As<uint32_t>()};
+}
+
+PortFlags ReadFlags(const Attribute& info)
+{
+    const Attributes settings{Attributes(info).Find(IFLA_INFO_SLAVE_DATA)};
+    PortFlags flags = FlagsAtFirst();
+    size_t i = 0;
+    for (const PortFlag& flag : kPortFlags) {
+        if (const Attribute found = settings.Find(flag.setting))
+            flags.value[i] = found.As<uint8_t>();
+        ++i;
+    }
+    return flags;
 }
 
 bool ReadLink(const Reply& reply, const char* name, Link& link)
@@ -43,7 +62,9 @@ bool ReadLink(const Reply& reply, const char* name, Link& link)
     link.master = attributes.Find(IFLA_MASTER).As<uint32_t>();
     link.mtu = attributes.Find(IFLA_MTU).As<uint32_t>();
     link.offloads = static_cast<bool>(attributes.Find(IFLA_PHYS_SWITCH_ID));
-    ReadBridge(attributes.Find(IFLA_LINKINFO), link);
+    const Attribute info = attributes.Find(IFLA_LINKINFO);
+    ReadBridge(info, link);
+    link.flags = ReadFlags(info);
     return true;
 }
 
@@ -87,6 +108,15 @@ int ChangeVlans(Netlink& netlink, uint16_t type, const VlanMember& member,
 }
 
 }  // namespace
+
+PortFlags FlagsAtFirst()
+{
+    PortFlags flags{};
+    size_t i = 0;
+    for (const PortFlag& flag : kPortFlags)
+        flags.value[i++] = flag.atFirst;
+    return flags;
+}
 
 int FindLink(Netlink& netlink, const char* name, uint32_t lastIndex, Link& link)
 {
@@ -153,6 +183,26 @@ int SetMtu(Netlink& netlink, uint32_t index, uint32_t mtu)
     return SetLink(netlink, index, IFLA_MTU, mtu);
 }
 
+int PutSettings(Netlink& netlink, const Link& bridge, const BridgeSettings& settings)
+{
+    Request request(RTM_NEWLINK, 0);
+    request.Header(Of(bridge.index));
+    const size_t info = request.Open(IFLA_LINKINFO);
+    request.PutText(IFLA_INFO_KIND, "bridge");
+    const size_t data = request.Open(IFLA_INFO_DATA);
+    request.Put<uint32_t>(IFLA_BR_STP_STATE, settings.spanningTree);
+    request.Put<uint32_t>(IFLA_BR_AGEING_TIME, settings.ageing);
+    if (bridge.snoops)
+        request.Put<uint8_t>(IFLA_BR_MCAST_SNOOPING, settings.snooping);
+    if (bridge.filters) {
+        request.Put<uint16_t>(IFLA_BR_VLAN_PROTOCOL, htons(settings.tpid));
+        request.Put<uint8_t>(IFLA_BR_VLAN_FILTERING, settings.filtering);
+    }
+    request.Close(data);
+    request.Close(info);
+    return netlink.Do(request);
+}
+
 template <typename T>
 int SetBridge(Netlink& netlink, uint32_t index, uint16_t setting, T value)
 {
@@ -179,6 +229,28 @@ int SetBridgePort(Netlink& netlink, uint32_t index, uint16_t setting, uint8_t va
     request.Put<uint8_t>(setting, value);
     request.Close(nest);
     return netlink.Do(request);
+}
+
+int PutFlags(Netlink& netlink, uint32_t index, const PortFlags& flags)
+{
+    Request request(RTM_SETLINK, 0);
+    request.Header(Of(index, AF_BRIDGE));
+    const size_t nest = request.Open(IFLA_PROTINFO | NLA_F_NESTED);
+    size_t i = 0;
+    for (const PortFlag& flag : kPortFlags)
+        request.Put<uint8_t>(flag.setting, flags.value[i++]);
+    request.Close(nest);
+    int error = netlink.Do(request);
+    if (error != EOPNOTSUPP)
+        return error;
+    // The driver has not got all of them.
+    i = 0;
+    for (const PortFlag& flag : kPortFlags) {
+        error = SetBridgePort(netlink, index, flag.setting, flags.value[i++]);
+        if (error != 0 && error != EOPNOTSUPP)
+            return error;
+    }
+    return 0;
 }
 
 int AddVlan(Netlink& netlink, const VlanMember& member, uint16_t vid, uint16_t flags)

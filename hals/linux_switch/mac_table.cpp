@@ -1,4 +1,6 @@
 // The walk of the bridge's forwarding database, and its ioctls.
+#include "hals/linux_switch/mac_table.h"
+
 #include <errno.h>
 #include <linux/neighbour.h>
 #include <string.h>
@@ -6,7 +8,6 @@
 
 #include "hals/linux_switch/linux_switch_hal.h"
 #include "hals/linux_switch/log.h"
-#include "hals/linux_switch/session.h"
 #include "hals/linux_switch/slots.h"
 
 namespace linux_switch {
@@ -80,12 +81,9 @@ bool ReadEntry(const Session& session, const Reply& reply, LinuxSwitchMacEntry& 
         attributes.Find(NDA_MASTER).As<uint32_t>() != session.Bridge().index)
         return false;
     const auto vid = attributes.Find(NDA_VLAN).As<uint16_t>();
-    // Where VLANs are filtered, an entry of none is for what the filter never lets in.
-    if (vid == 0 && session.Memory().filtering)
-        return false;
     entry = {};
     memcpy(entry.mac, mac.data, sizeof entry.mac);
-    entry.vlanId = vid != 0 ? vid : kDefaultVid;
+    entry.vlanId = vid != 0 || session.Memory().filtering ? vid : kDefaultVid;
     entry.port = static_cast<uint8_t>(port);
     entry.isStatic = (header.ndm_state & NUD_NOARP) != 0 ? 1 : 0;
     const auto cache = attributes.Find(NDA_CACHEINFO).As<nda_cacheinfo>();
@@ -110,6 +108,24 @@ int ReadTable(Session& session, EntryTable& table)
         [&] { table.Clear(); });
 }
 
+// One station behind one port.
+int AskForEntry(Session& session, uint16_t type, uint16_t flags,
+                const LinuxSwitchStaticMac& station, bool ofVlan)
+{
+    const SwitchMemory& memory = session.Memory();
+    Request request(type, flags);
+    ndmsg header{};
+    header.ndm_family = AF_BRIDGE;
+    header.ndm_ifindex = static_cast<int>(session.Port(station.port).index);
+    header.ndm_state = NUD_NOARP;
+    header.ndm_flags = memory.port[station.port].name[0] ? NTF_MASTER : NTF_SELF;
+    request.Header(header);
+    request.Put(NDA_LLADDR, station.mac, sizeof station.mac);
+    if (ofVlan)
+        request.Put<uint16_t>(NDA_VLAN, station.vlanId);
+    return session.Route().Do(request);
+}
+
 bool ChangeEntry(int devIdx, const void* param, uint16_t type, const char* what)
 {
     LinuxSwitchStaticMac station{};
@@ -123,17 +139,9 @@ bool ChangeEntry(int devIdx, const void* param, uint16_t type, const char* what)
     for (int port = 0; port < session.Memory().ports && error == ENOENT; ++port) {
         if (!session.Port(port) || (adds && port != station.port))
             continue;
-        Request request(type, adds ? NLM_F_CREATE | NLM_F_REPLACE : 0);
-        ndmsg header{};
-        header.ndm_family = AF_BRIDGE;
-        header.ndm_ifindex = static_cast<int>(session.Port(port).index);
-        header.ndm_state = NUD_NOARP;
-        header.ndm_flags = session.Memory().port[port].name[0] ? NTF_MASTER : NTF_SELF;
-        request.Header(header);
-        request.Put(NDA_LLADDR, station.mac, sizeof station.mac);
-        if (session.Memory().filtering)
-            request.Put<uint16_t>(NDA_VLAN, station.vlanId);
-        error = session.Route().Do(request);
+        station.port = static_cast<uint8_t>(port);
+        error = AskForEntry(session, type, adds ? NLM_F_CREATE | NLM_F_REPLACE : 0, station,
+                            session.Memory().filtering != 0);
     }
     if (error != 0)
         session.Refuse(what, session.Memory().bridge, error);
@@ -150,15 +158,44 @@ int ForEachMacEntry(int devIdx, MacEntryCallback callback, void* context)
         return -1;
     if (const int error = ReadTable(session, table))
         return session.Refuse("read the MAC table of", session.Memory().bridge, error);
+    uint16_t slot = 0;
     for (size_t i = 0; i < table.Count(); ++i) {
         LinuxSwitchMacEntry filled;
         memcpy(&filled, table.At(i), sizeof filled);
-        filled.slot = static_cast<uint16_t>(i);
+        // Where VLANs are filtered, an entry of none is for what the filter never lets in.
+        if (filled.vlanId == 0)
+            continue;
+        filled.slot = slot++;
         filled.contextWord = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(context));
         MacEntry entry;
         memcpy(&entry, &filled, sizeof entry);
         if (callback(&entry) == 0)
             return 0;
+    }
+    return 0;
+}
+
+int EmptyMacTable(Session& session)
+{
+    EntryTable table;
+    if (!table)
+        return ENOMEM;
+    if (const int error = ReadTable(session, table))
+        return error;
+    const uint32_t bridge = session.Bridge().index;
+    if (const int error = SetBridge<uint32_t>(session.Route(), bridge, IFLA_BR_FDB_FLUSH, 0))
+        return error;
+    for (size_t i = 0; i < table.Count(); ++i) {
+        LinuxSwitchMacEntry entry;
+        memcpy(&entry, table.At(i), sizeof entry);
+        LinuxSwitchStaticMac station = {{}, entry.vlanId, entry.port};
+        memcpy(station.mac, entry.mac, sizeof station.mac);
+        if (!entry.isStatic)
+            continue;
+        const bool ofVlan = session.Memory().filtering && entry.vlanId != 0;
+        const int error = AskForEntry(session, RTM_DELNEIGH, 0, station, ofVlan);
+        if (error != 0 && error != ENOENT)
+            return error;
     }
     return 0;
 }

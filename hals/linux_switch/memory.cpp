@@ -14,7 +14,7 @@ struct PrivateData {
     uint32_t format;
     SwitchMemory ofSwitch[OB_MAX_SWITCHES];
 };
-static_assert(sizeof(PortMemory) == 32 && sizeof(Steering) == 12);
+static_assert(sizeof(PortMemory) == 40 && sizeof(Steering) == 12);
 static_assert(sizeof(PrivateData) <= OB_HAL_PRIV_DATA_SIZE);
 
 // Unaligned, so it is copied in and out.
@@ -60,12 +60,17 @@ void ClearSettings(SwitchMemory& memory, int port)
     cleared.pcp = 0;
     cleared.mirror = OB_NO_MIRROR;
     cleared.enabled = 1;
+    cleared.megabits = 0;
+    cleared.eee = Switched::kNever;
 }
 
 void ClearSettings(SwitchMemory& memory)
 {
     memory.tpid = 0x8100;
     memory.isolation = 0;
+    memory.ageing = kDefaultAgeing;
+    memory.snooping = 0;
+    memory.mtu = 0;
     memset(memory.steering, 0, sizeof memory.steering);
     for (int port = 0; port < kPorts; ++port)
         ClearSettings(memory, port);

@@ -13,23 +13,30 @@ constexpr int kPorts = OB_MAX_PORTS;
 constexpr int kSteerings = 32;
 constexpr uint32_t kNoGroup = 0xFFFFFFFF;
 constexpr uint16_t kDefaultVid = 1;
+constexpr uint16_t kDefaultAgeing = 300;
 
 enum class OnReset : uint8_t {
     kBuild,     // makes the bridge and takes the interfaces in
     kSettings,  // bridge and ports are somebody else's, only the settings go back
 };
 
+enum class Switched : uint8_t { kNever, kOn, kOff };
+
 struct PortMemory {
     char name[IFNAMSIZ];  // empty: the CPU port is the bridge itself
     uint32_t index;       // of the interface when it was last met; 0: never
     uint32_t group;
     uint16_t vid;
+    uint16_t megabits;   // forced speed; 0: automatic
+    uint16_t mtuBefore;  // what the interface had before the switch was given one; 0: it was not
     uint8_t tagged;
     uint8_t pcp;
     uint8_t mirror;  // OB_NO_MIRROR: none
     uint8_t enabled;
     uint8_t ownsHook;  // the queueing discipline that the filters hang on was made here
-    uint8_t reserved;
+    uint8_t fullDuplex;
+    Switched eee;
+    uint8_t reserved[3];
 };
 
 // Stations of a port whose frames go into another VLAN.
@@ -49,7 +56,11 @@ struct SwitchMemory {
     uint16_t tpid;  // of the VLAN tags that the bridge goes by
     uint8_t isolation;
     uint8_t filtering;  // the kernel has VLAN filtering
+    uint16_t mtu;       // of the interfaces; 0: it was never set
+    uint16_t ageing;    // seconds
     uint32_t index;     // of the bridge
+    uint8_t snooping;
+    uint8_t reserved[3];
     char bridge[IFNAMSIZ];
     PortMemory port[kPorts];
     Steering steering[kSteerings];

@@ -65,9 +65,11 @@ int SetEee(int devIdx, int port, bool enabled)
         return -1;
     Ethtool ethtool;
     const int error = ethtool.SetEee(session.Port(port).index, enabled);
-    if (error == 0 || error == EOPNOTSUPP)
-        return 0;
-    return Refuse(devIdx, "set EEE of", session.Memory().NameOf(port), error, ethtool.Reason());
+    if (error != 0 && error != EOPNOTSUPP)
+        return Refuse(devIdx, "set EEE of", session.Memory().NameOf(port), error, ethtool.Reason());
+    SwitchMemory wanted = session.Memory();
+    wanted.port[port].eee = enabled ? Switched::kOn : Switched::kOff;
+    return session.Keep(wanted);
 }
 
 }  // namespace
@@ -135,14 +137,21 @@ int SetPhyPortSpeedDuplex(int devIdx, int port, uint32_t speed, uint32_t fullDup
     int error = ethtool.GetMode(index, now);
     // An interface that never negotiates is as automatic as it can be.
     const bool asWanted = wanted.autoneg && (now.autoneg || !now.negotiates);
-    if (asWanted && (error == 0 || error == EOPNOTSUPP))
-        return 0;
-    if (error == 0)
+    if (asWanted && error == EOPNOTSUPP)
+        error = 0;
+    else if (!asWanted && error == 0)
         error = ethtool.SetMode(index, wanted);
-    if (error == 0)
-        return 0;
-    return Refuse(devIdx, "set the speed of", session.Memory().NameOf(port), error,
-                  ethtool.Reason());
+    if (error != 0) {
+        Refuse(devIdx, "set the speed of", session.Memory().NameOf(port), error, ethtool.Reason());
+        // Drivers have stopped negotiating by the time they refuse; for others this is no change.
+        if (now.autoneg)
+            ethtool.SetMode(index, now);
+        return -1;
+    }
+    SwitchMemory settled = session.Memory();
+    settled.port[port].megabits = static_cast<uint16_t>(wanted.megabits);
+    settled.port[port].fullDuplex = wanted.fullDuplex ? 1 : 0;
+    return session.Keep(settled);
 }
 
 int EnablePhyPortEee(int devIdx, int port)

@@ -1,12 +1,12 @@
 #include "hals/linux_switch/reset.h"
 
-#include <arpa/inet.h>
 #include <errno.h>
 #include <linux/if_bridge.h>
 #include <linux/if_ether.h>
 #include <linux/if_link.h>
 
 #include "hals/linux_switch/log.h"
+#include "hals/linux_switch/mac_table.h"
 #include "hals/linux_switch/session.h"
 
 namespace linux_switch {
@@ -28,10 +28,12 @@ private:
     int ClearBridge();
     int ClearPort(int port);
     int ClearVlans(const VlanMember& member);
+    int PutMtus();
     int SetUpAll();
     void GiveBack();
 
     Session session;
+    SwitchMemory before{};
     bool made = false;
     bool taken[kPorts] = {};
 };
@@ -104,24 +106,15 @@ int Resetting::ClearVlans(const VlanMember& member)
 
 int Resetting::ClearBridge()
 {
-    Netlink& route = session.Route();
-    const uint32_t index = session.Bridge().index;
-    if (const int error = SetBridge<uint32_t>(route, index, IFLA_BR_STP_STATE, 0))
+    const Link& bridge = session.Bridge();
+    const BridgeSettings atFirst = {.spanningTree = false,
+                                    .snooping = false,
+                                    .filtering = true,
+                                    .tpid = ETH_P_8021Q,
+                                    .ageing = kDefaultAgeing * kSecond};
+    if (const int error = PutSettings(session.Route(), bridge, atFirst))
         return error;
-    if (session.Bridge().snoops) {
-        if (const int error = SetBridge<uint8_t>(route, index, IFLA_BR_MCAST_SNOOPING, 0))
-            return error;
-    }
-    if (session.Bridge().filters) {
-        if (const int error =
-                SetBridge<uint16_t>(route, index, IFLA_BR_VLAN_PROTOCOL, htons(ETH_P_8021Q)))
-            return error;
-        if (const int error = SetBridge<uint8_t>(route, index, IFLA_BR_VLAN_FILTERING, 1))
-            return error;
-    }
-    if (const int error = SetBridge<uint32_t>(route, index, IFLA_BR_FDB_FLUSH, 0))
-        return error;
-    return ClearVlans({index, true});
+    return ClearVlans({bridge.index, true});
 }
 
 int Resetting::ClearPort(int port)
@@ -138,21 +131,23 @@ int Resetting::ClearPort(int port)
         return error;
     if (isBridge)
         return 0;
-    const struct {
-        uint16_t setting;
-        uint8_t value;
-    } defaults[] = {{IFLA_BRPORT_ISOLATED, 0},
-                    {IFLA_BRPORT_LEARNING, 1},
-                    {IFLA_BRPORT_UNICAST_FLOOD, 1},
-                    {IFLA_BRPORT_MCAST_FLOOD, 1},
-                    {IFLA_BRPORT_BCAST_FLOOD, 1}};
-    for (const auto& [setting, value] : defaults) {
-        const int error = SetBridgePort(route, link.index, setting, value);
-        // What a driver has not got is at its default.
-        if (error != 0 && error != EOPNOTSUPP)
+    if (const int error = PutFlags(route, link.index, FlagsAtFirst()))
+        return error;
+    return ClearVlans({link.index, false});
+}
+
+// What the interfaces had before the switch was given one; the bridge last, as everywhere.
+int Resetting::PutMtus()
+{
+    for (int i = 1; i <= before.ports; ++i) {
+        const int port = (before.cpuPort + i) % before.ports;
+        const uint16_t mtu = before.port[port].mtuBefore;
+        if (mtu == 0)
+            continue;
+        if (const int error = SetMtu(session.Route(), session.Port(port).index, mtu))
             return error;
     }
-    return ClearVlans({link.index, false});
+    return 0;
 }
 
 int Resetting::SetUpAll()
@@ -167,23 +162,37 @@ int Resetting::SetUpAll()
     return 0;
 }
 
+// Results dropped: there is nothing else to fall back to.
 void Resetting::GiveBack()
 {
-    for (int port = 0; port < session.Memory().ports; ++port) {
+    Netlink& route = session.Route();
+    const Link& bridge = session.Bridge();
+    if (bridge && !made)
+        PutSettings(route, bridge, bridge.settings);
+    for (int port = 0; port < before.ports; ++port) {
         const Link& link = session.Port(port);
         if (taken[port])
-            SetMaster(session.Route(), link.index, 0);
-        if (link)
-            SetUp(session.Route(), link.index, link.up);
+            SetMaster(route, link.index, 0);
+        else if (link && !made && before.port[port].name[0] != '\0')
+            PutFlags(route, link.index, link.flags);
+        if (link && before.port[port].mtuBefore != 0)
+            SetMtu(route, link.index, link.mtu);
+    }
+    if (!made)
+        session.PutBack(before);
+    for (int port = 0; port < before.ports; ++port) {
+        if (session.Port(port))
+            SetUp(route, session.Port(port).index, session.Port(port).up);
     }
     if (made)
-        DeleteLink(session.Route(), session.Memory().bridge);
+        DeleteLink(route, before.bridge);
 }
 
 int Resetting::Run(uint8_t isolation)
 {
     if (!session.Recall() || !Check())
         return -1;
+    before = session.Memory();
     if (!FindOrMakeBridge()) {
         GiveBack();
         return -1;
@@ -198,7 +207,12 @@ int Resetting::Run(uint8_t isolation)
     if (error == 0)
         error = session.Start(isolation);
     if (error == 0)
+        error = PutMtus();
+    if (error == 0)
         error = SetUpAll();
+    // Last, because nothing brings stations back.
+    if (error == 0)
+        error = EmptyMacTable(session);
     if (error == 0)
         return session.Remember() ? 0 : -1;
     session.Refuse("reset", failed, error);

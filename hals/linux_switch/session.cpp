@@ -98,65 +98,6 @@ bool Session::MeetPort(int port)
     return static_cast<bool>(links[port]);
 }
 
-// An interface that went away and came back has an index of its own and none of its settings.
-void Session::ReviveReturned()
-{
-    for (int port = 0; port < memory.ports; ++port) {
-        const uint32_t last = memory.port[port].index;
-        if (memory.port[port].name[0] != '\0' && last != 0 && links[port] &&
-            links[port].index != last)
-            Revive(port);
-    }
-}
-
-void Session::Revive(int port)
-{
-    const char* name = memory.port[port].name;
-    SwitchMemory before = memory;
-    ClearSettings(before, port);
-    for (Steering& steering : before.steering) {
-        if (steering.port == port)
-            steering.used = 0;
-    }
-    before.port[port].ownsHook = memory.port[port].ownsHook = 0;
-    int error = 0;
-    if (memory.onReset == OnReset::kBuild && links[port].master == 0)
-        error = SetMaster(route, links[port].index, bridge.index);
-    else if (links[port].master != bridge.index)
-        error = EBUSY;
-    if (error == 0)
-        error = Apply(before, memory);
-    if (error == 0)
-        error = PutFiltersThatName(port);
-    if (error == 0)
-        error = SetUp(route, links[port].index, memory.port[port].enabled);
-    if (error != 0) {
-        Refuse("bring back", name, error);
-        return;
-    }
-    memory.port[port].index = links[port].index;
-    if (Remember())
-        LS_NOTICE("%s is back, port %d, DevIdx=%d", name, port, devIdx);
-}
-
-// Filters of other ports that meant the interface that went away.
-int Session::PutFiltersThatName(int port)
-{
-    for (int other = 0; other < memory.ports; ++other) {
-        if (other == port || !links[other])
-            continue;
-        const FilterList list = FiltersOf(memory, other, links);
-        for (int i = 0; i < list.count; ++i) {
-            if (list.filter[i].other != links[port].index)
-                continue;
-            DeleteFilter(route, links[other].index, list.filter[i]);  // it may be gone already
-            if (const int error = Put(other, list.filter[i]))
-                return error;
-        }
-    }
-    return 0;
-}
-
 VlanMember Session::Member(int port) const
 {
     return {links[port].index, memory.port[port].name[0] == '\0'};
@@ -280,11 +221,34 @@ int Session::Start(uint8_t isolation)
     ClearSettings(memory);
     memory.filtering = bridge.filters ? 1 : 0;
     memory.index = bridge.index;
-    for (int port = 0; port < memory.ports; ++port)
+    for (int port = 0; port < memory.ports; ++port) {
         memory.port[port].index = links[port].index;
+        memory.port[port].mtuBefore = 0;
+        if (!memory.port[port].ownsHook)
+            continue;
+        if (const int error = DeleteIdleHook(route, links[port].index))
+            return error;
+        memory.port[port].ownsHook = 0;
+    }
     const SwitchMemory before = memory;
     memory.isolation = isolation;
     return Apply(before, memory);
+}
+
+int Session::Keep(const SwitchMemory& wanted)
+{
+    memory = wanted;
+    return Remember() ? 0 : -1;
+}
+
+void Session::PutBack(const SwitchMemory& before)
+{
+    SwitchMemory cleared = before;
+    ClearSettings(cleared);
+    memory = before;
+    undoing = true;
+    Apply(cleared, before);  // result dropped: there is nothing else to fall back to
+    undoing = false;
 }
 
 int Session::Settle(const char* what, const char* interface, const SwitchMemory& wanted)
@@ -303,8 +267,7 @@ int Session::Settle(const char* what, const char* interface, const SwitchMemory&
     SwitchMemory settled = wanted;
     for (int port = 0; port < kPorts; ++port)
         settled.port[port].ownsHook = memory.port[port].ownsHook;
-    memory = settled;
-    return Remember() ? 0 : -1;
+    return Keep(settled);
 }
 
 }  // namespace linux_switch

@@ -29,6 +29,8 @@ public:
     // Brings the kernel from the settings that are to those that are wanted, and remembers them.
     // What fails is undone, and logged with what it was for.
     int Settle(const char* what, const char* interface, const SwitchMemory& wanted);
+    // Remembers what the kernel has already.
+    int Keep(const SwitchMemory& wanted);
     int Refuse(const char* what, const char* interface, int error)
     {
         return linux_switch::Refuse(devIdx, what, interface, error, route.Reason());
@@ -40,11 +42,18 @@ public:
     // Forgets all settings; what isolation comes to is put in place.
     int Start(uint8_t isolation);
     bool Remember();
+    // The settings that were, over those that a reset has come to.
+    void PutBack(const SwitchMemory& before);
 
 private:
     int Apply(const SwitchMemory& from, const SwitchMemory& to);
+    // revive.cpp
     void ReviveReturned();
+    void ReviveBridge();
     void Revive(int port);
+    int PutBridgeBack();
+    int TakeIn(int port);
+    int PutDriverSettings(int port);
     int PutFiltersThatName(int port);
     int Put(int port, const Filter& filter);
     VlanMember Member(int port) const;

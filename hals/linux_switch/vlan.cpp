@@ -28,9 +28,15 @@ bool MeetLanPort(Session& session, int devIdx, int port)
 {
     if (!session.MeetPort(port))
         return false;
-    if (!session.Memory().IsLanPort(port))
+    const SwitchMemory& memory = session.Memory();
+    if (!memory.IsLanPort(port)) {
         Invalid(devIdx, "LAN port", port);
-    return session.Memory().IsLanPort(port);
+        return false;
+    }
+    if (session.Port(port).master == session.Bridge().index)
+        return true;
+    session.Refuse("use port interface, which is not in the bridge,", memory.NameOf(port), EBUSY);
+    return false;
 }
 
 // A change of one member of a LAN port's settings.

@@ -1,13 +1,13 @@
 #!/bin/sh
-# hal_check.sh PROGRAM LIBRARY
+# hal_check.sh PROGRAM LIBRARY [OPTION...]
 # The check of HAL libraries on the one for the kernel's switches, with a switch of two cables in a
 # network of its own. 77: such networks are not allowed here.
 set -eu
-if [ "${3:-}" != inside ]; then
+if [ -z "${INSIDE_OWN_NETWORK:-}" ]; then
     options=-n
     [ "$(id -u)" -eq 0 ] || options=-rn
     unshare $options true 2>/dev/null || exit 77
-    exec unshare $options "$0" "$1" "$2" inside
+    INSIDE_OWN_NETWORK=yes exec unshare $options "$0" "$@"
 fi
 mapping=$(mktemp -d)
 trap 'rm -rf "$mapping"' EXIT
@@ -22,4 +22,4 @@ cpu_port = 0
 1 = "lan1"
 2 = "lan2"
 TOML
-ORBLINK_LINUX_SWITCH=$mapping "$1" "$2"
+ORBLINK_LINUX_SWITCH=$mapping "$@"

@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <dlfcn.h>
+#include <linux/genetlink.h>
 #include <linux/if_packet.h>
 #include <linux/netlink.h>
 #include <net/if.h>
@@ -17,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
+#include <utility>
 
 #include "platform/ob_platform.h"
 
@@ -44,6 +46,21 @@ void OBPLAT_Log(const OBPLAT_LogSite* site, const char*, int, const char* format
         LinuxSwitch::current->log.push_back(text.substr(text.find(' ') + 1));
 }
 
+namespace {
+
+// Generic netlink's only families here are the one that names the others, and ethtool's.
+bool IsForADriver(int fd, const uint8_t* bytes)
+{
+    int protocol = 0;
+    socklen_t size = sizeof protocol;
+    nlmsghdr header;
+    memcpy(&header, bytes, sizeof header);
+    return getsockopt(fd, SOL_SOCKET, SO_PROTOCOL, &protocol, &size) == 0 &&
+           protocol == NETLINK_GENERIC && header.nlmsg_type != GENL_ID_CTRL;
+}
+
+}  // namespace
+
 extern "C" ssize_t send(int fd, const void* bytes, size_t size, int flags)
 {
     using Send = ssize_t (*)(int, const void*, size_t, int);
@@ -55,6 +72,11 @@ extern "C" ssize_t send(int fd, const void* bytes, size_t size, int flags)
     }
     if (test.silentFrom != 0 && test.requests >= test.silentFrom)
         return static_cast<ssize_t>(size);
+    const auto* request = static_cast<const uint8_t*>(bytes);
+    if (test.driver && IsForADriver(fd, request)) {
+        test.driversAnswer = test.driver({request, request + size});
+        return static_cast<ssize_t>(size);
+    }
     return next(fd, bytes, size, flags);
 }
 
@@ -63,11 +85,23 @@ extern "C" ssize_t recv(int fd, void* bytes, size_t size, int flags)
     using Recv = ssize_t (*)(int, void*, size_t, int);
     static const Recv next = reinterpret_cast<Recv>(dlsym(RTLD_NEXT, "recv"));
     LinuxSwitch& test = *LinuxSwitch::current;
+    if (!test.driversAnswer.empty()) {
+        const std::vector<uint8_t> answer = std::exchange(test.driversAnswer, {});
+        memcpy(bytes, answer.data(), std::min(size, answer.size()));
+        return static_cast<ssize_t>(answer.size());
+    }
     const ssize_t got = next(fd, bytes, size, flags);
     if (got < 0 && errno == EAGAIN)
         ++test.waitsInVain;
+    const auto fits = [](const nlmsghdr* at, int left) {
+        return left >= int{NLMSG_HDRLEN} && static_cast<int>(at->nlmsg_len) <= left;
+    };
     int left = static_cast<int>(got);
-    for (auto* at = static_cast<nlmsghdr*>(bytes); NLMSG_OK(at, left); at = NLMSG_NEXT(at, left)) {
+    for (auto* at = static_cast<nlmsghdr*>(bytes); fits(at, left); at = NLMSG_NEXT(at, left)) {
+        int error = 0;
+        if (at->nlmsg_type == NLMSG_ERROR)
+            memcpy(&error, NLMSG_DATA(at), sizeof error);
+        test.refusals += error != 0 ? 1 : 0;
         if (at->nlmsg_type == NLMSG_DONE && test.interruptedLists > 0) {
             --test.interruptedLists;
             at->nlmsg_flags |= NLM_F_DUMP_INTR;
@@ -181,8 +215,43 @@ std::string LinuxSwitch::KernelState()
         Sh("ip -d link; bridge vlan\n"
            "tc -force -batch - 2>/dev/null <<END || true\n" +
            shows + "END");
-    // What runs by itself, and the numbers that the kernel gives to actions one after the other.
-    return std::regex_replace(shown, std::regex("[a-z_]+_timer +[0-9.]+|index [0-9]+ (?=ref)"), "");
+    // What runs by itself or follows later, and the numbers that the kernel gives to actions.
+    return std::regex_replace(
+        shown, std::regex("[a-z_]+_timer +[0-9.]+|NO-CARRIER,|state [A-Z]+ |index [0-9]+ (?=ref)"),
+        "");
+}
+
+std::string LinuxSwitch::StateInTheEnd(const std::string& expected)
+{
+    std::string state = KernelState();
+    for (int look = 0; look < 40 && state != expected; ++look) {
+        usleep(50'000);
+        state = KernelState();
+    }
+    return state;
+}
+
+void LinuxSwitch::FailEachRequest(const std::function<int()>& slot)
+{
+    usleep(100'000);
+    const std::string before = KernelState();
+    for (int fault = 1; fault < 200; ++fault) {
+        log.clear();
+        requests = 0;
+        failAt = fault;
+        const int result = slot();
+        failAt = 0;
+        if (requests < fault) {
+            EXPECT_EQ(result, 0) << ::testing::PrintToString(log);
+            EXPECT_NE(KernelState(), before);
+            EXPECT_GT(fault, 1);
+            return;
+        }
+        ASSERT_NE(result, 0) << "request " << fault;
+        EXPECT_EQ(log.size(), 1u) << "request " << fault;
+        ASSERT_EQ(StateInTheEnd(before), before) << "request " << fault;
+    }
+    FAIL() << "the slot does not come to an end";
 }
 
 std::string LinuxSwitch::Vlans(const std::string& interface)

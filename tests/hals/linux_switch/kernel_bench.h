@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -24,8 +25,12 @@ public:
     int internalPort = kCpuPort;
     int failAt = 0;  // the request to the kernel that is not sent, counted from 1; 0: none
     int requests = 0;
-    int silentFrom = 0;        // the first request that the kernel does not answer; 0: none
-    int waitsInVain = 0;       // for an answer
+    int silentFrom = 0;   // the first request that the kernel does not answer; 0: none
+    int waitsInVain = 0;  // for an answer
+    // Answers what is asked of ethtool's family, if it is set.
+    std::function<std::vector<uint8_t>(const std::vector<uint8_t>& request)> driver;
+    std::vector<uint8_t> driversAnswer;  // to the last request
+    int refusals = 0;                    // requests that the kernel did not take
     int interruptedLists = 0;  // how many of the next lists have changed while they were read
     uint8_t privateData[1 + OB_HAL_PRIV_DATA_SIZE + 1] = {};  // from byte 1 on, as in the region
 
@@ -44,6 +49,11 @@ protected:
     nlohmann::json Json(const std::string& command);
     // Everything that the kernel has of links, VLANs and filters, in words.
     std::string KernelState();
+    // The kernel shows whether a link is up a moment after it has become so.
+    std::string StateInTheEnd(const std::string& expected);
+    // Fails each request of the slot in turn, and looks for what is left; the slot itself, without
+    // a fault, ends the row.
+    void FailEachRequest(const std::function<int()>& slot);
     // "1 pvid untagged, 5": the VLANs of an interface.
     std::string Vlans(const std::string& interface);
 

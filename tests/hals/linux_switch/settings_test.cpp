@@ -271,7 +271,9 @@ TEST_F(LinuxSwitch, CountersAreTheKernelsAndTheOthersAreUnknown)
 {
     BringUp();
     LinuxSwitchCounters before, after;
+    refusals = 0;
     ASSERT_EQ(Hal().GetPortCounters(0, 1, &before), 0);
+    EXPECT_EQ(refusals, 0) << "of the driver's counters";
     SendFrames("host1", 5, 100);
     // A veth takes them in when the kernel has time for it.
     for (int tries = 0; tries < 100; ++tries) {
