@@ -7,6 +7,9 @@
 #   VM_PACKAGES  packages of this machine that are there
 #   VM_INSTALL   a build that is installed there
 #   VM_MODULES   modules of the kernel, in the order in which they are loaded
+#   VM_KERNEL    package of the kernel; linux-image-cloud-amd64 unless it is given
+#   VM_DEVICES   more of the machine, in QEMU's words
+# The machine's third serial line is QEMU's monitor, so that a command there can unplug a cable.
 # A machine that takes longer than N seconds (600) is ended: 124. The processor is emulated, which
 # works everywhere; VM_ACCEL=kvm takes the real one.
 set -euo pipefail
@@ -30,7 +33,7 @@ kernel_package()
 fetch_kernel()
 {
     local package
-    package=$(kernel_package linux-image-cloud-amd64)
+    package=$(kernel_package "${VM_KERNEL:-linux-image-cloud-amd64}")
     [ -n "$package" ] || { echo "boot.sh: no kernel package; try apt-get update" >&2; exit 1; }
     kernel=$directory/$package
     [ ! -e "$kernel/complete" ] || return 0
@@ -92,9 +95,13 @@ build_root()
 boot()
 {
     # One processor: on a busy machine two wait for each other.
+    # shellcheck disable=SC2086 # words of QEMU's
     timeout --foreground -k 5 "$seconds" qemu-system-x86_64 -accel "${VM_ACCEL:-tcg}" \
         -cpu "${VM_CPU:-qemu64}" -m 2048 -smp 1 -nodefaults -nographic -no-reboot \
-        -serial file:"$directory/console" -serial stdio -kernel "$kernel"/boot/vmlinuz-* \
+        -serial file:"$directory/console" -serial stdio \
+        -chardev socket,id=line,path="$sockets/monitor",server=on,wait=off -serial chardev:line \
+        -chardev socket,id=monitor,path="$sockets/monitor" -mon chardev=monitor,mode=readline \
+        ${VM_DEVICES:-} -kernel "$kernel"/boot/vmlinuz-* \
         -initrd "$directory/root.cpio" \
         -append "console=ttyS0 panic=-1 no_timer_check mitigations=off net.ifnames=0 \
             systemd.unit=command.service" \
@@ -103,6 +110,8 @@ boot()
 
 fetch_kernel
 build_root "$@"
+sockets=$(mktemp -d)
+trap 'rm -rf "$sockets"' EXIT
 boot || true
 status=$(sed -n 's/^vm: ends with \([0-9]*\)$/\1/p' "$directory/said")
 if [ -z "$status" ]; then
