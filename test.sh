@@ -87,7 +87,8 @@ library_coverage()
 }
 
 stage "packages"
-logged "$builds/packages.log" scripts/install-packages.sh $([ $full = no ] || echo --browser --packaging --vm)
+logged "$builds/packages.log" scripts/install-packages.sh $([ $full = no ] ||
+    echo --analysis --browser --packaging --vm)
 
 if [ $only_presets -eq 0 ]; then
     stage "form of sources and commits"

@@ -3,33 +3,21 @@
 # --library: clang-tidy over the library, with the commands of a clang build without tests.
 # --whole: clang-tidy and cppcheck over everything, with commands of its own, which know no
 # precompiled header: so what a source forgets to include is seen, too. With folders: clang-tidy
-# over these alone.
+# over these alone. As many runs at a time as `nproc` says (OMP_NUM_THREADS=1 for one).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=$1
 library='/(common|platform|hwmbox|board|switch|switch_hal_services|phy)/.*\.cpp$'
 
-# The sources of the compilation database whose paths match.
-sources()
+# clang-tidy with a check of its own, compiled against the headers that came with it.
+tidy_whole()
 {
-    python3 - "$build/compile_commands.json" "$PWD" "$1" <<'PYTHON'
-import json, os, re, sys
-database, root, wanted = sys.argv[1:]
-root = os.path.realpath(root)
-files = {os.path.realpath(entry["file"]) for entry in json.load(open(database))}
-for path in sorted(files):
-    inside = path[len(root):]
-    if path.startswith(root + "/") and re.match(wanted, inside) and not inside.startswith("/build"):
-        print(path)
-PYTHON
-}
-
-tidy()
-{
-    local files
-    files=$(sources "$1")
-    [ "$(wc -l <<<"$files")" -ge "$2" ] || { echo "too few sources to analyse"; exit 1; }
-    xargs -n 1 -P "$(nproc)" clang-tidy --quiet -p "$build" <<<"$files"
+    local source=scripts/tidy_tree_only.cpp plugin llvm
+    plugin=$(realpath "$build")/tidy_tree_only.so
+    llvm=$(dirname "$(dirname "$(readlink -f "$(command -v clang-tidy)")")")
+    [ "$plugin" -nt $source ] || clang++ -std=c++17 -fno-rtti -fno-exceptions -shared -fPIC -D_GNU_SOURCE \
+        -D__STDC_CONSTANT_MACROS -D__STDC_LIMIT_MACROS "-I$llvm/include" $source -o "$plugin"
+    scripts/tidy.py "$build" "$1" "$2" "$plugin"
 }
 
 # It is given a copy in which the log macros have the older spelling of __VA_OPT__, which it does not
@@ -51,21 +39,20 @@ check_with_cppcheck()
 
 case ${2:-} in
     --library)
-        tidy "$library" 50
+        scripts/tidy.py "$build" "$library" 50
         ;;
     --whole)
-        cmake --preset clang -B "$build" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
+        cmake --preset clang -B "$build" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DORBLINK_UNITY=ON
         shift 2
         if [ $# -gt 0 ]; then
-            tidy "/($(IFS='|' && echo "$*"))/.*\.cpp$" 1
+            tidy_whole "/($(IFS='|' && echo "$*"))/.*\.(cpp|c)$" 1
             exit
         fi
-        cmake --build "$build"
-        tidy '.*\.cpp$' 300
+        tidy_whole '.*\.(cpp|c)$' 600
         check_with_cppcheck
         ;;
     *)
-        sed -n '2,6s/^# //p' "$0" >&2
+        sed -n '2,7s/^# //p' "$0" >&2
         exit 2
         ;;
 esac

@@ -1,7 +1,8 @@
 #!/bin/sh
-# install-packages.sh [--browser] [--packaging] [--vm]
+# install-packages.sh [--analysis] [--browser] [--packaging] [--vm]
 # Installs the Debian 12 packages that building, testing and the demo need. When all are there it
 # needs no rights and does nothing; without the rights it says what to ask an administrator for.
+#   --analysis   also what the analysis of the whole tree needs
 #   --browser    also what the tests of the page in a browser need
 #   --packaging  also what making and testing the Debian packages needs
 #   --vm         also what the tests in a virtual machine need
@@ -51,6 +52,7 @@ packages="
 
 for option in "$@"; do
     case $option in
+        --analysis) packages="$packages libclang-14-dev llvm-14-dev" ;;
         --browser) packages="$packages chromium fonts-dejavu-core python3-websocket" ;;
         --vm) packages="$packages busybox-static cpio qemu-system-x86 systemd" ;;
         --packaging)
