@@ -128,7 +128,7 @@ FreshProcess::FreshProcess(const std::function<int()>& work)
     fflush(nullptr);
     pid_ = fork();
     if (pid_ == 0) {
-        char token;
+        char token = 0;
         close(go[1]);
         if (read(go[0], &token, 1) == 1)
             WriteReport(report[1], work());

@@ -38,7 +38,7 @@ void* CallAndEnd(void* argument)
 bool CancelInSlot(Cancelled& work)
 {
     cancelled = &work;
-    pthread_t thread;
+    pthread_t thread = 0;
     EXPECT_EQ(pthread_create(&thread, nullptr, CallAndEnd, &work), 0);
     for (int i = 0; i < 10000 && !work.inSlot; ++i)
         usleep(1000);
@@ -86,7 +86,7 @@ TEST_F(CancelledThread, LeavesNoLockWhateverItCalls)
 {
     for (const ExportedCall& call : ExportedCalls()) {
         Cancelled work{call.run};
-        pthread_t thread;
+        pthread_t thread = 0;
         ASSERT_EQ(pthread_create(
                       &thread, nullptr,
                       [](void* argument) -> void* {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <string>
 
 namespace obtest {
 
@@ -13,7 +14,7 @@ inline bool Thorough()
 
 inline int Seconds(int shortly)
 {
-    return Thorough() ? atoi(getenv("ORBLINK_THOROUGH")) : shortly;
+    return Thorough() ? std::stoi(getenv("ORBLINK_THOROUGH")) : shortly;
 }
 
 }  // namespace obtest

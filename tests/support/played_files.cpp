@@ -54,6 +54,7 @@ FILE* PlayedAttribute(const std::string& path)
     for (const char* attribute : kResetAttributes)
         if (path == attribute)
             return fopencookie(
+                // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): WriteAttribute() reads it
                 const_cast<char*>(attribute), "w",
                 {.read = nullptr, .write = WriteAttribute, .seek = nullptr, .close = nullptr});
     errno = ENOENT;

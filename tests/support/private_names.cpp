@@ -68,7 +68,13 @@ uint32_t FreeKeys()
 
 bool Inherit(const char* text)
 {
-    return text != nullptr && sscanf(text, "%47s %u", prefix, &firstKey) == 2;
+    const char* const space = text != nullptr ? strchr(text, ' ') : nullptr;
+    if (space == nullptr || static_cast<size_t>(space - text) >= sizeof(prefix))
+        return false;
+    memcpy(prefix, text, static_cast<size_t>(space - text));
+    char* end = nullptr;
+    firstKey = static_cast<uint32_t>(strtoul(space + 1, &end, 10));
+    return end != space + 1 && *end == '\0';
 }
 
 void RemoveFiles(const char* folder)
@@ -92,7 +98,7 @@ void RemoveFiles(const char* folder)
     close_range(4, ~0U, 0);
     for (int fd : {0, 1, 2})
         close(fd);
-    char never;
+    char never = 0;
     while (read(3, &never, 1) == -1 && errno == EINTR) {
     }
     RemovePrivateNames();

@@ -94,8 +94,10 @@ public:
         FILE* const said = fdopen(out[0], "r");
         char line[256];
         while (fgets(line, sizeof(line), said) != nullptr)
-            if (sscanf(line, "using %d", &semaphore_) == 1)
+            if (strncmp(line, "using ", 6) == 0) {
+                semaphore_ = std::stoi(line + 6);
                 break;
+            }
         fclose(said);
     }
     ~Another() { LetTheChildEnd(); }
@@ -130,7 +132,7 @@ private:
         if (!TakePrivateNames() || ORBLINK_InitOnce(1) != 0)
             _exit(1);
         if (fork() == 0) {
-            char never;
+            char never = 0;
             _exit(read(STDIN_FILENO, &never, 1) == 0 ? 0 : 1);
         }
         std::cout << "using " << OwnSemaphore() << std::endl;

@@ -5,6 +5,7 @@
 #include <ucontext.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace obtest {
@@ -50,11 +51,12 @@ Mappings SharedMappings()
     FILE* const maps = fopen("/proc/self/maps", "r");
     char line[512];
     while (fgets(line, sizeof(line), maps) != nullptr) {
-        unsigned long first = 0, last = 0;
         const bool region = strstr(line, "obos_orblink_driver") != nullptr ||
                             strstr(line, "ethphy_driver") != nullptr;
-        if (region && sscanf(line, "%lx-%lx", &first, &last) == 2)
-            mappings.Add({first, last - first});
+        char* end = nullptr;
+        const unsigned long first = strtoul(line, &end, 16);
+        if (region && *end == '-')
+            mappings.Add({first, strtoul(end + 1, nullptr, 16) - first});
     }
     fclose(maps);
     return mappings;

@@ -62,7 +62,7 @@ TEST_F(PhyHostileRegion, ACancelledThreadReleasesTheLockFirst)
         usleep(100'000);  // where a thread would be cancelled
         return 0;
     };
-    pthread_t thread;
+    pthread_t thread = 0;
     ASSERT_EQ(pthread_create(&thread, nullptr, PollOnce, nullptr), 0);
     while (!inSlot)
         usleep(1000);

@@ -19,7 +19,7 @@ class Cancellation : public SwitchTest {
 protected:
     void* Run(void* (*function)(void*))
     {
-        pthread_t thread;
+        pthread_t thread = 0;
         void* ended = nullptr;
         EXPECT_EQ(pthread_create(&thread, nullptr, function, &result), 0);
         EXPECT_EQ(pthread_join(thread, &ended), 0);

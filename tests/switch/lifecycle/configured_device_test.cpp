@@ -21,7 +21,7 @@ TEST_F(ConfiguredDevice, OneHasTheBuiltInEntry)
     EXPECT_EQ(found, 1U);
     const auto* bytes = reinterpret_cast<const uint8_t*>(&entry);
     const auto word = [&](int offset) {
-        uint32_t value;
+        uint32_t value = 0;
         memcpy(&value, bytes + offset, sizeof(value));
         return value;
     };

@@ -16,14 +16,14 @@ protected:
 
     uint32_t U32(int offset, int device = 0)
     {
-        uint32_t value;
+        uint32_t value = 0;
         memcpy(&value, Bytes(device) + offset, sizeof(value));
         return value;
     }
 
     uint16_t U16(int offset, int device = 0)
     {
-        uint16_t value;
+        uint16_t value = 0;
         memcpy(&value, Bytes(device) + offset, sizeof(value));
         return value;
     }

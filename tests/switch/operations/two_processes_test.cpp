@@ -107,7 +107,7 @@ protected:
     static uint32_t Count(uint32_t more)
     {
         uint8_t* counter = Region().halPrivData[1];
-        uint32_t count;
+        uint32_t count = 0;
         memcpy(&count, counter, sizeof(count));
         if (more != 0)
             sched_yield();  // the other process would come in between, if it could

@@ -11,7 +11,7 @@ static int Init(void* privData)
 
 static int GetLink(int devIdx, uint32_t* link, uint32_t* speed, uint32_t* duplex)
 {
-    uint16_t status;
+    uint16_t status = 0;
     if (EPHAL_ReadMdio((uint8_t)devIdx, 1, &status) != 0)
         return -1;
     *link = 1;

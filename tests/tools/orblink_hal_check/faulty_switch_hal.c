@@ -158,7 +158,7 @@ static int GetPortCounters(int devIdx, int port, void* counters)
 
 static int GetPortLink(int devIdx, int port, uint32_t* link, uint32_t* speed, uint32_t* duplex)
 {
-    uint16_t id;
+    uint16_t id = 0;
     if (OBHAL_ReadMdio((uint8_t)devIdx, 0, &id) != 0 && !Has("hides-bus-failure"))
         return -1;
     if (!IsPort(port))
@@ -276,7 +276,7 @@ static void* Sleep(void* nothing)
 
 static void LeaveThread(void)
 {
-    pthread_t thread;
+    pthread_t thread = 0;
     pthread_create(&thread, NULL, Sleep, NULL);
 }
 

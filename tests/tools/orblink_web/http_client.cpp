@@ -78,7 +78,7 @@ Response Parsed(const std::string& bytes)
     const size_t end = bytes.find("\r\n\r\n");
     if (end == std::string::npos || !bytes.starts_with("HTTP/1.1 "))
         return response;
-    response.status = std::atoi(bytes.c_str() + 9);
+    response.status = std::stoi(bytes.substr(9));
     for (size_t begin = bytes.find("\r\n") + 2; begin < end;) {
         const size_t stop = bytes.find("\r\n", begin);
         const std::string line = bytes.substr(begin, stop - begin);

@@ -80,14 +80,14 @@ std::string Scratch::Read(const std::string& name) const
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-Background::Background(const std::vector<std::string>& words, const std::string& errors)
+Background::Background(std::vector<std::string> words, const std::string& errors)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) == -1)
         return;
     std::vector<char*> arguments;
-    for (const auto& word : words)
-        arguments.push_back(const_cast<char*>(word.c_str()));  // execv() changes nothing
+    for (auto& word : words)
+        arguments.push_back(word.data());
     arguments.push_back(nullptr);
     process_ = fork();
     if (process_ == 0) {
@@ -188,12 +188,12 @@ void WebOnBoard::Serve(const std::string& options)
     const std::string said = web_->Line();
     const std::string begin = "listening on http://127.0.0.1:";
     ASSERT_TRUE(said.starts_with(begin)) << said << scratch_.Read("started.err");
-    port_ = std::atoi(said.c_str() + begin.size());
+    port_ = std::stoi(said.substr(begin.size()));
 }
 
 pid_t WebOnBoard::ProcessId() const
 {
-    return static_cast<pid_t>(std::atoi(scratch_.Read("pid").c_str()));
+    return static_cast<pid_t>(std::stoi(scratch_.Read("pid")));
 }
 
 bool WebOnBoard::Shows(const std::string& path, const std::string& text, int milliseconds) const

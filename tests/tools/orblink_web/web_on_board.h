@@ -31,7 +31,7 @@ private:
 class Background {
 public:
     // Its standard output comes through Line().
-    Background(const std::vector<std::string>& words, const std::string& errors);
+    Background(std::vector<std::string> words, const std::string& errors);
     ~Background();
     Background(const Background&) = delete;
     Background& operator=(const Background&) = delete;

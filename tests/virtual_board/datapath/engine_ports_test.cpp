@@ -227,6 +227,7 @@ namespace {
 size_t allocations = 0;
 }
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): these are what others are to use instead
 void* operator new(size_t size)
 {
     ++allocations;
@@ -247,6 +248,7 @@ void operator delete(void* memory, size_t) noexcept
 {
     std::free(memory);
 }
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 TEST_F(Lan, AFrameCostsNoAllocation)
 {

@@ -67,7 +67,7 @@ std::string Printed(const Outcome& outcome)
 {
     std::string output = outcome.output;
     for (const char* said : {"orblink-vboard: board \"", "orblink-vboard: without CAP_SYS_ADMIN"}) {
-        size_t start;
+        size_t start = 0;
         while ((start = output.find(said)) != std::string::npos)
             output.erase(start, output.find('\n', start) + 1 - start);
     }

@@ -160,7 +160,7 @@ ssize_t ReceiveInterrupted(int fd, int& interruptions)
     sigaction(SIGALRM, &action, nullptr);
     itimerval every{{0, 50000}, {0, 50000}};
     setitimer(ITIMER_REAL, &every, nullptr);
-    ssize_t size;
+    ssize_t size = 0;
     while ((size = recv(fd, buffer, sizeof buffer, MSG_TRUNC)) < 0 && errno == EINTR)
         ++interruptions;
     itimerval never{};
@@ -200,7 +200,7 @@ int Mailbox(const char* answer, const char* how)
     if (fd < 0)
         return 1;
     int interruptions = 0;
-    ssize_t size;
+    ssize_t size = 0;
     if (strcmp(how, "interrupted") == 0)
         size = ReceiveInterrupted(fd, interruptions);
     else if (strcmp(how, "late") == 0)
