@@ -84,7 +84,7 @@ static void Best(unsigned common, unsigned common1000, uint32_t* speed, uint32_t
 
 static int ReadSpeed(int devIdx, uint32_t* speed, uint32_t* duplex)
 {
-    uint16_t control, offer, partner, offer1000, partner1000;
+    uint16_t control = 0, offer = 0, partner = 0, offer1000 = 0, partner1000 = 0;
     if (Read(devIdx, R_CONTROL, &control) != 0)
         return -1;
     if (!(control & NEGOTIATE)) {
@@ -105,7 +105,7 @@ static int ReadSpeed(int devIdx, uint32_t* speed, uint32_t* duplex)
 static int GetLink(int devIdx, uint32_t* link, uint32_t* speed, uint32_t* duplex)
 {
     uint32_t foundSpeed = OB_SPEED_UNKNOWN, foundDuplex = 0;
-    uint16_t status;
+    uint16_t status = 0;
     if (!link || Read(devIdx, R_STATUS, &status) != 0 || Read(devIdx, R_STATUS, &status) != 0)
         return -1; /* read twice: the bit stays low after a drop until it is read */
     const int up = (status & LINK_UP) != 0;
@@ -121,7 +121,7 @@ static int GetLink(int devIdx, uint32_t* link, uint32_t* speed, uint32_t* duplex
 
 static int SetAdminState(int devIdx, int enable)
 {
-    uint16_t control;
+    uint16_t control = 0;
     if (Read(devIdx, R_CONTROL, &control) != 0)
         return -1;
     control = (uint16_t)(enable ? control & ~(POWER_DOWN | ISOLATE) : control | POWER_DOWN);
@@ -134,7 +134,7 @@ static int Reset(int devIdx)
     if (Write(devIdx, R_CONTROL, RESET) != 0)
         return -1;
     for (int i = 0; i < 60; ++i) {
-        uint16_t control;
+        uint16_t control = 0;
         usleep(10000);
         if (Read(devIdx, R_CONTROL, &control) == 0 && !(control & RESET))
             return 0;
@@ -156,7 +156,7 @@ static int Keep(int devIdx, struct PrivateData* data)
 static int ResetDisable(int devIdx, int defConfig)
 {
     struct PrivateData data;
-    uint16_t id;
+    uint16_t id = 0;
     if (Recall(devIdx, &data) != 0 || Read(devIdx, R_ID1, &id) != 0 || id == 0xFFFF)
         return -1;
     if ((!defConfig && Keep(devIdx, &data) != 0) || Reset(devIdx) != 0)
@@ -178,7 +178,7 @@ static int ResetEnable(int devIdx)
 
 static int GetCaps(int devIdx, uint32_t* caps)
 {
-    uint16_t status;
+    uint16_t status = 0;
     if (Read(devIdx, R_STATUS, &status) != 0)
         return -1;
     *caps = (status & 0x1800 ? CAN_10 : 0) | (status & 0x6000 ? CAN_100 : 0) |
@@ -199,7 +199,7 @@ static int WriteChipReg(int devIdx, uint32_t reg, int value)
 /* Called every second or so by a program: a place for what has to be watched. */
 static int Poll(int devIdx)
 {
-    uint16_t status;
+    uint16_t status = 0;
     return Read(devIdx, R_STATUS, &status);
 }
 

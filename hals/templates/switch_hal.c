@@ -87,7 +87,7 @@ static int Write(int devIdx, int address, int value)
 static int WaitFor(int devIdx, uint16_t bits)
 {
     for (int i = 0; i < 100; ++i) {
-        uint16_t status;
+        uint16_t status = 0;
         if (OBHAL_ReadMdio((uint8_t)devIdx, R_STATUS, &status) != 0)
             return -1;
         if ((status & bits) == bits)
@@ -130,7 +130,7 @@ static int ConnectSoc(int devIdx, int invert)
 static int ResetSwitch(int devIdx, const void* params, uint32_t size)
 {
     struct PrivateData data;
-    uint16_t id;
+    uint16_t id = 0;
     (void)params; /* null, or up to 32 bytes that this chip has no use for */
     (void)size;
     if (Recall(devIdx, &data) != 0 || OBHAL_ReadMdio((uint8_t)devIdx, R_ID, &id) != 0 ||
@@ -144,12 +144,12 @@ static int ResetSwitch(int devIdx, const void* params, uint32_t size)
 static int GetSwitchCaps(int devIdx, struct SwitchCaps* caps)
 {
     struct SwitchCaps found = {.numOfPorts = PORTS};
-    uint16_t flags;
+    uint16_t flags = 0;
     if (WaitFor(devIdx, STATUS_READY) != 0 || Read(devIdx, A_CAPS, &flags) != 0)
         return -1;
     found.capsFlags = flags & (OB_CAPS_NO_SNOOPING | OB_CAPS_EEE | OB_CAPS_MIRRORING);
     for (int port = 0; port < PORTS; ++port) {
-        uint16_t info;
+        uint16_t info = 0;
         if (ReadPort(devIdx, port, P_INFO, &info) != 0)
             return -1;
         found.port[port].portIfaceType = info & 7;
@@ -162,7 +162,7 @@ static int GetSwitchCaps(int devIdx, struct SwitchCaps* caps)
 /* Reads the first entry at or above a place: 1 found, 0 none, -1 no answer. */
 static int NextMac(int devIdx, int place, struct MacEntry* entry, uint16_t* found)
 {
-    uint16_t result;
+    uint16_t result = 0;
     if (Write(devIdx, A_MAC_INDEX, place) != 0 || Write(devIdx, A_MAC_COMMAND, 1) != 0)
         return -1;
     do {
@@ -171,9 +171,9 @@ static int NextMac(int devIdx, int place, struct MacEntry* entry, uint16_t* foun
     } while (result & 0x8000);
     if (result & 0x4000)
         return 0;
-    for (int i = 0; i < 6; ++i) { /* three words of address, VLAN, port, age */
-        uint16_t word;
-        if (Read(devIdx, A_MAC_FIRST_WORD + i, &word) != 0)
+    for (size_t i = 0; i < 6; ++i) { /* three words of address, VLAN, port, age */
+        uint16_t word = 0;
+        if (Read(devIdx, A_MAC_FIRST_WORD + (int)i, &word) != 0)
             return -1;
         entry->data[2 * i] = (uint8_t)(word >> 8);
         entry->data[2 * i + 1] = (uint8_t)word;
@@ -187,7 +187,7 @@ static int ForEachMacEntry(int devIdx, MacEntryCallback callback, void* context)
         return -1;
     for (int place = 0; place < MAC_SLOTS;) {
         struct MacEntry entry = {.contextWord = (uint32_t)(uintptr_t)context};
-        uint16_t found;
+        uint16_t found = 0;
         const int result = NextMac(devIdx, place, &entry, &found);
         if (result <= 0)
             return result;
@@ -232,7 +232,7 @@ static int SetLanPortPcp(int devIdx, int port, int pcp)
 
 static int GetPortLink(int devIdx, int port, uint32_t* link, uint32_t* speed, uint32_t* duplex)
 {
-    uint16_t status;
+    uint16_t status = 0;
     if (ReadPort(devIdx, port, P_STATUS, &status) != 0)
         return -1;
     if (link)
@@ -300,7 +300,7 @@ static int SetPortMirror(int devIdx, int source, int destination)
 
 static int ReadPortReg(int devIdx, int port, int reg, void* value)
 {
-    uint16_t read;
+    uint16_t read = 0;
     if (!value || reg < 0 || reg > 0xFF || ReadPort(devIdx, port, reg, &read) != 0)
         return -1;
     memcpy(value, &read, sizeof read);
@@ -338,7 +338,7 @@ static int SetMacAging(int devIdx, int step)
 
 static int GetEeePortState(int devIdx, int port, uint32_t* state)
 {
-    uint16_t info, eee = 0;
+    uint16_t info = 0, eee = 0;
     if (ReadPort(devIdx, port, P_INFO, &info) != 0 ||
         ((info & 8) && ReadPort(devIdx, port, P_EEE, &eee) != 0))
         return -1;
@@ -353,7 +353,7 @@ static int SetMtuSize(int devIdx, int mtu)
 
 static int SmiRead(int devIdx, int reg, void* data)
 {
-    uint16_t read;
+    uint16_t read = 0;
     if (!data || Read(devIdx, reg, &read) != 0)
         return -1;
     memcpy(data, &read, sizeof read);
@@ -367,7 +367,7 @@ static int SmiWrite(int devIdx, int reg, int data)
 
 static int GetLEDConfig(int devIdx, uint8_t* mode)
 {
-    uint16_t value;
+    uint16_t value = 0;
     if (Read(devIdx, A_LED, &value) != 0)
         return -1;
     *mode = (uint8_t)value;
