@@ -20,6 +20,7 @@ union Ancillary {
 
 bool SendWithDescriptor(int socket, const void* data, size_t size, int descriptor)
 {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): what is sent is only read
     iovec part{const_cast<void*>(data), size};
     Ancillary ancillary{};
     msghdr message{};
@@ -35,7 +36,7 @@ bool SendWithDescriptor(int socket, const void* data, size_t size, int descripto
     }
     // Not through the C library: of i386 that would be a call of the kind that the filter names, and
     // the entrant sends its listener this way.
-    ssize_t sent;
+    ssize_t sent = 0;
     do
         sent = syscall(SYS_sendmsg, socket, &message, MSG_NOSIGNAL);
     while (sent < 0 && errno == EINTR);

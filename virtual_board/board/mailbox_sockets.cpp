@@ -133,7 +133,7 @@ void MailboxSockets::Serve()
     if (lines_.empty())
         return;
     epoll_event events[kEventsAtOnce];
-    int count;
+    int count = 0;
     do {
         count = epoll_wait(epoll_.Get(), events, kEventsAtOnce, 0);
         for (int i = 0; i < count; ++i)

@@ -236,7 +236,7 @@ void Lans::Arrive(Lan& lan, unsigned port)
 {
     if (lan.ports[port].wire.IsGood())
         return;
-    while (const auto arrival = lan.ports[port].wire.Receive(clock_.Now())) {
+    while (auto arrival = lan.ports[port].wire.Receive(clock_.Now())) {
         const auto now = clock_.Now();
         lan.chip.Advance(now);
         if (arrival->atSwitch && arrival->damage) {
@@ -244,7 +244,7 @@ void Lans::Arrive(Lan& lan, unsigned port)
         } else if (arrival->atSwitch) {
             lan.engine.Receive(port, arrival->frame, now);
         } else if (!arrival->damage) {
-            const iovec piece{const_cast<uint8_t*>(arrival->frame.data()), arrival->frame.size()};
+            const iovec piece{arrival->frame.data(), arrival->frame.size()};
             lan.ports[port].tap->Write({&piece, 1});
         }
     }

@@ -45,7 +45,7 @@ void MulticastPacket::ReadIpv4(Bytes packet)
     source_ = packet.data() + 12;
     destination_ = packet.data() + 16;
     kind_ = Kind::kData;
-    const size_t header = 4u * (packet[0] & 15);
+    const size_t header = size_t{4} * (packet[0] & 15);
     const size_t total = std::min<size_t>(Word(packet.data() + 2), packet.size());
     const bool laterFragment = (Word(packet.data() + 6) & 0x1FFF) != 0;
     if (laterFragment || header < kIpv4Header || header > total)
@@ -82,7 +82,7 @@ void MulticastPacket::ReadIpv6(Bytes packet)
         return ReadHello(rest);
     if (packet[6] != kHopByHop || rest.size() < 8 || rest[0] != kIcmp6)
         return;
-    const size_t options = 8u * (rest[1] + 1u);
+    const size_t options = size_t{8} * (rest[1] + 1u);
     if (options + 8 <= rest.size())
         ReadMld(rest.subspan(options));
 }
@@ -168,7 +168,7 @@ MulticastPacket::Record MulticastPacket::RecordAt(size_t at) const
         return {};
     const uint8_t* start = message_.data() + at;
     const unsigned sources = Word(start + 2);
-    const size_t size = fixed + sources * GroupSize() + 4u * start[1];
+    const size_t size = fixed + sources * GroupSize() + size_t{4} * start[1];
     if (at + size > message_.size())
         return {};
     return {start[0], sources, start + 4, size};

@@ -40,8 +40,8 @@ bool IsTcp(Bytes packet, size_t ip, size_t tcp)
     const uint8_t* header = packet.data() + ip;
     if (packet[ip] >> 4 == 6)
         return tcp >= ip + kIpv6Header;
-    return packet[ip] >> 4 == 4 && tcp == ip + 4u * (packet[ip] & 15) && tcp >= ip + kIpv4Header &&
-           header[9] == kTcp;
+    return packet[ip] >> 4 == 4 && tcp == ip + size_t{4} * (packet[ip] & 15) &&
+           tcp >= ip + kIpv4Header && header[9] == kTcp;
 }
 
 // Where the data of a long packet begin, and where its IP header is.
@@ -59,7 +59,7 @@ bool FindHeaders(Bytes packet, Offload& offload)
         tcp + kTcpHeader > packet.size() || offload.sumAt != tcp + kTcpSum ||
         !IsTcp(packet, ip, tcp))
         return false;
-    const size_t data = tcp + 4u * (packet[tcp + 12] >> 4);
+    const size_t data = tcp + size_t{4} * (packet[tcp + 12] >> 4);
     offload.ip = static_cast<uint16_t>(ip);
     offload.data = static_cast<uint16_t>(data);
     return data >= tcp + kTcpHeader && data < packet.size() && data <= kMostHeaders &&
@@ -139,7 +139,7 @@ void Cutter::AdjustIp(size_t size) const
     PutWord(ip + 2, static_cast<uint16_t>(size - offload_.ip));
     PutWord(ip + 4, static_cast<uint16_t>(Word(ip + 4) + number_));
     PutWord(ip + 10, 0);
-    PutWord(ip + 10, static_cast<uint16_t>(~Sum({ip, 4u * (ip[0] & 15)}, 0)));
+    PutWord(ip + 10, static_cast<uint16_t>(~Sum({ip, size_t{4} * (ip[0] & 15)}, 0)));
 }
 
 // The checksum's place holds the sum of the pseudo header, of which the length changes.

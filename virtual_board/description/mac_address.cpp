@@ -10,6 +10,7 @@ bool ParseMac(std::string_view text, MacAddress& mac)
     unsigned bytes[6];
     char rest = 0;
     std::string copy{text};
+    // NOLINTNEXTLINE(cert-err34-c): two digits never leave the range
     if (copy.size() != 17 || sscanf(copy.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%c", &bytes[0], &bytes[1],
                                     &bytes[2], &bytes[3], &bytes[4], &bytes[5], &rest) != 6)
         return false;

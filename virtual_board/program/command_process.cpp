@@ -27,11 +27,11 @@ sigset_t BoardSignals()
 
 }  // namespace
 
-int Execute(const std::vector<std::string>& command)
+int Execute(std::vector<std::string> command)
 {
     std::vector<char*> arguments;
-    for (const std::string& word : command)
-        arguments.push_back(const_cast<char*>(word.c_str()));
+    for (std::string& word : command)
+        arguments.push_back(word.data());
     arguments.push_back(nullptr);
     execvp(arguments[0], arguments.data());
     const int error = errno;

@@ -17,7 +17,7 @@ inline constexpr int kExitNotExecutable = 126;
 inline constexpr int kExitNotFound = 127;
 
 // Becomes the command; what it returns is the exit status when that is not possible.
-int Execute(const std::vector<std::string>& command);
+int Execute(std::vector<std::string> command);
 
 class CommandProcess {
 public:

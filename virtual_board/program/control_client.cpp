@@ -154,7 +154,7 @@ Json AskBoard(const std::string& path, const Json& command)
         throw std::system_error(errno, std::generic_category(), "board at " + path);
     std::string answer;
     std::string part(kPacket, '\0');
-    ssize_t size;
+    ssize_t size = 0;
     while ((size = recv(fd.Get(), part.data(), part.size(), 0)) > 0)
         answer.append(part, 0, static_cast<size_t>(size));
     Json parsed = Json::parse(answer, nullptr, false);

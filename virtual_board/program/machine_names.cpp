@@ -90,7 +90,7 @@ void MachineNames::StartKeeper()
     alive_ = UniqueFd{};
     for (int fd : {0, 1, 2})
         close(fd);  // result dropped: one that was not open is as good
-    char never;
+    char never = 0;
     while (read(ended.Get(), &never, 1) == -1 && errno == EINTR) {
     }
     RemoveAll();

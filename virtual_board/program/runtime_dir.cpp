@@ -84,7 +84,7 @@ RuntimeDir::~RuntimeDir()
 
 std::string RuntimeDir::MakeNames() const
 {
-    const std::string names = path_ + "/names";
+    std::string names = path_ + "/names";
     fs::create_directory(names);
     return names;
 }

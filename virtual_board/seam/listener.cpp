@@ -116,6 +116,7 @@ bool Listener::CanHandIn(int listener)
 int InstallFilter(const std::vector<sock_filter>& filter)
 {
     const sock_fprog program{static_cast<unsigned short>(filter.size()),
+                             // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): only read
                              const_cast<sock_filter*>(filter.data())};
     // A caller whose call the board has begun to answer is not interrupted by a signal handler: its
     // memory may be written to.

@@ -50,20 +50,31 @@ ino_t InodeOf(int fd)
     return fstat(fd, &facts) == 0 ? facts.st_ino : 0;
 }
 
+// A null pointer: the call is not on a mailbox.
+auto* FindIn(auto& mailboxes, const Target& target)
+{
+    if (mailboxes.empty())
+        return static_cast<decltype(&mailboxes.front())>(nullptr);
+    const std::string link = target.DescriptorLink(target.IntArgument(0));
+    auto is = [&](const auto& mailbox) {
+        return link == "socket:[" + std::to_string(mailbox.inode) + "]";
+    };
+    auto found = std::ranges::find_if(mailboxes, is);
+    return found != mailboxes.end() ? &*found : nullptr;
+}
+
 }  // namespace
 
 MailboxCalls::MailboxCalls(BoardSide& board) : board_{board}, meeting_{Meeting()} {}
 
 const MailboxCalls::Mailbox* MailboxCalls::Find(const Target& target) const
 {
-    if (mailboxes_.empty())
-        return nullptr;
-    const std::string link = target.DescriptorLink(target.IntArgument(0));
-    auto is = [&](const Mailbox& mailbox) {
-        return link == "socket:[" + std::to_string(mailbox.inode) + "]";
-    };
-    auto found = std::ranges::find_if(mailboxes_, is);
-    return found != mailboxes_.end() ? &*found : nullptr;
+    return FindIn(mailboxes_, target);
+}
+
+MailboxCalls::Mailbox* MailboxCalls::Find(const Target& target)
+{
+    return FindIn(mailboxes_, target);
 }
 
 // Nobody says when the last program has closed its end.
@@ -110,7 +121,7 @@ UniqueFd MailboxCalls::Connect(const Mailbox& mailbox) const
 
 Verdict MailboxCalls::Bind(const Target& target)
 {
-    auto* mailbox = const_cast<Mailbox*>(Find(target));
+    Mailbox* mailbox = Find(target);
     if (mailbox == nullptr)
         return Continue();
     const auto size = static_cast<size_t>(target.Argument(2));

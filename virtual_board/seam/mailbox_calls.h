@@ -39,6 +39,7 @@ private:
         std::vector<uint8_t> address = {};
     };
 
+    Mailbox* Find(const Target& target);
     const Mailbox* Find(const Target& target) const;
     UniqueFd Connect(const Mailbox& mailbox) const;
     void Remember(Mailbox mailbox);

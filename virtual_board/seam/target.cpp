@@ -145,6 +145,7 @@ void Target::Write(uint64_t address, const void* from, size_t size) const
 {
     if (!listener_.IsWaiting(id_))
         throw CallFails{EINTR};
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): what is written there is only read here
     const ssize_t put = Transfer(thread_, address, const_cast<void*>(from), size, true);
     if (put < 0)
         Fail();
