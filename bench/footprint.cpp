@@ -122,9 +122,9 @@ void PrintOwnPages(std::span<const bench::CallClass> classes, const PageNumbers&
     printf("own-pages-of-both-families %d\n", std::popcount(ofSwitch & ofPhy & ~loaded));
 }
 
-void* CallOnPaintedStack(void* one)
+void* CallOnPaintedStack(void* called)
 {
-    static_cast<const bench::CallClass*>(one)->call();
+    (*static_cast<const bench::CallClass**>(called))->call();
     return nullptr;
 }
 
@@ -134,10 +134,10 @@ size_t StackDepth(const bench::CallClass& one)
     memset(stack, kPaint, sizeof(stack));
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_t thread;
+    pthread_t thread = 0;
+    const bench::CallClass* called = &one;
     if (pthread_attr_setstack(&attributes, stack, sizeof(stack)) != 0 ||
-        pthread_create(&thread, &attributes, CallOnPaintedStack,
-                       const_cast<bench::CallClass*>(&one)) != 0)
+        pthread_create(&thread, &attributes, CallOnPaintedStack, &called) != 0)
         abort();
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);

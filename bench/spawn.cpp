@@ -16,11 +16,11 @@ double Now()
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
-void SpawnToExit(benchmark::State& state, const std::vector<std::string>& words)
+void SpawnToExit(benchmark::State& state, std::vector<std::string> words)
 {
     std::vector<char*> arguments;
-    for (const std::string& word : words)
-        arguments.push_back(const_cast<char*>(word.c_str()));
+    for (std::string& word : words)
+        arguments.push_back(word.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);

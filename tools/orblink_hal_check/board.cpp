@@ -63,11 +63,11 @@ std::string Vboard()
 }
 
 // The signals that end this program at a terminal end the command, which it waits for.
-int Spawn(const std::vector<std::string>& words, const std::string& errors)
+int Spawn(std::vector<std::string> words, const std::string& errors)
 {
     std::vector<char*> arguments;
-    for (const std::string& word : words)
-        arguments.push_back(const_cast<char*>(word.c_str()));
+    for (std::string& word : words)
+        arguments.push_back(word.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);

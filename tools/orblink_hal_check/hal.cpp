@@ -71,6 +71,7 @@ bool IsCode(const void* address)
         unsigned long begin = 0;
         unsigned long end = 0;
         char rights[5] = {};
+        // NOLINTNEXTLINE(cert-err34-c): the kernel's numbers are in range
         if (sscanf(line, "%lx-%lx %4s", &begin, &end, rights) == 3 && wanted >= begin &&
             wanted < end)
             return rights[2] == 'x';

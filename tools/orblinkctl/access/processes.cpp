@@ -63,6 +63,7 @@ Answer HasMapped(pid_t id, dev_t device, ino_t inode)
         unsigned major = 0;
         unsigned minor = 0;
         unsigned long found = 0;
+        // NOLINTNEXTLINE(cert-err34-c): the kernel's numbers are in range
         if (std::sscanf(line.c_str(), "%*s %*s %*s %x:%x %lu", &major, &minor, &found) == 3 &&
             found == inode && makedev(major, minor) == device)
             return Answer::kYes;
@@ -113,7 +114,7 @@ FileUsers UsersOf(dev_t device, ino_t inode)
         return users;
     }
     while (const dirent* entry = readdir(directory.get())) {
-        const auto id = static_cast<pid_t>(std::atol(entry->d_name));
+        const auto id = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
         if (id <= 0 || id == getpid())
             continue;
         const auto process = FindProcess(id);

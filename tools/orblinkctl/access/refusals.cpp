@@ -174,7 +174,8 @@ std::string MdioReason(std::string_view object, std::string_view operation)
     const size_t at = line.find("ioctl failed, errno=");
     if (at == std::string::npos || IsBoard(object))
         return {};
-    const int error = std::atoi(line.c_str() + line.find('=', at) + 1);
+    const char* const number = line.c_str() + line.find('=', at) + 1;
+    const auto error = static_cast<int>(std::strtol(number, nullptr, 10));
     return MdioPlace(object) + MdioRegister(object, operation) + ": " + std::strerror(error) +
            ": orblinkctl doctor";
 }

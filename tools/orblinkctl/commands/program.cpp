@@ -49,7 +49,7 @@ LineSource StandardInput()
                 size_t room = 0;
                 const ssize_t length = getline(&text, &room, stdin);
                 line.assign(length > 0 ? text : "", length > 0 ? static_cast<size_t>(length) : 0);
-                std::free(text);
+                std::free(text);  // NOLINT(cppcoreguidelines-no-malloc): getline() took it
                 return length >= 0;
             }};
 }
