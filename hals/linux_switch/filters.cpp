@@ -241,7 +241,8 @@ int DeleteIdleHook(Netlink& netlink, uint32_t index)
     tcmsg header = Of(index, TC_H_CLSACT);
     header.tcm_handle = kHook;
     request.Header(header);
-    return netlink.Do(request);
+    error = netlink.Do(request);
+    return error == ENOENT || error == EINVAL ? 0 : error;  // somebody has taken it away
 }
 
 }  // namespace linux_switch

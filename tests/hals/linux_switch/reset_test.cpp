@@ -62,6 +62,17 @@ TEST_F(LinuxSwitchReset, TheHookGoesWithTheFilters)
     EXPECT_EQ(KernelState(), atFirst);
 }
 
+TEST_F(LinuxSwitchReset, SomebodyMayHaveTakenTheHookAway)
+{
+    BringUp();
+    SKIP_WITHOUT_FILTERS();
+    const std::string atFirst = KernelState();
+    ASSERT_EQ(Hal().SetPortMirror(0, 1, 3), 0);
+    Sh("tc qdisc delete dev lan1 clsact");
+    ASSERT_EQ(Hal().ResetSwitch(0, nullptr, 0), 0) << ::testing::PrintToString(log);
+    EXPECT_EQ(KernelState(), atFirst);
+}
+
 TEST_F(LinuxSwitchReset, FiltersOfAnEarlierLifeGo)
 {
     BringUp();
