@@ -18,7 +18,7 @@
 namespace {
 
 constexpr uintptr_t kPageSize = 4096;
-constexpr size_t kStackSize = 256 * 1024;
+constexpr size_t kStackSize = size_t{256} * 1024;
 constexpr uint8_t kPaint = 0xA5;
 
 int allocations;

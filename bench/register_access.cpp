@@ -35,7 +35,7 @@ bool Measure(const char* name, Call call)
     }
     std::ranges::sort(microseconds);
     printf("%-24s %8.2f %8.2f\n", name, microseconds[kRounds / 2],
-           microseconds[kRounds / 100 * 99]);
+           microseconds[size_t{kRounds} / 100 * 99]);
     return true;
 }
 
