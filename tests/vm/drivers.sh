@@ -47,13 +47,15 @@ put_host()
 
 from_host1() { nsenter -t "$(cat $drivers/host1)" -n "$@"; }
 
-# The monitor of the machine takes it. What it was sent by chance before ends with a line.
+# The monitor of the machine takes it, once it is through with what it was sent by chance before.
 plug()
 {
     exec 9<>/dev/ttyS2
     stty raw -echo <&9
-    printf '\nset_link %s %s\n' "$1" "$2" >&9
-    timeout 3 cat <&9 >/dev/null || true
+    for _ in 1 2 3; do
+        printf '\nset_link %s %s\n' "$1" "$2" >&9
+        timeout 3 cat <&9 >/dev/null || true
+    done
     exec 9>&-
 }
 
