@@ -15,7 +15,7 @@ struct Refusal {
     std::string text;
 };
 
-inline Json Done(Json facts = Json::object())
+inline Json Done(const Json& facts = Json::object())
 {
     Json answer = {{"schema", kControlSchema}, {"ok", true}};
     answer.update(facts);

@@ -34,7 +34,7 @@ bool Reap(pid_t command, int& exitStatus)
 {
     bool ended = false;
     int status = 0;
-    for (pid_t pid; (pid = waitpid(-1, &status, WNOHANG)) > 0;) {
+    for (pid_t pid = 0; (pid = waitpid(-1, &status, WNOHANG)) > 0;) {
         if (pid != command)
             continue;
         ended = true;

@@ -116,8 +116,8 @@ bool Fdb::GetNext()
         return false;
     const MacTable::Entry& entry = table.At(slot);
     registers_.Set(kIndex, static_cast<uint16_t>(slot));
-    for (uint16_t word = 0; word < 3; ++word)
-        registers_.Set(kMac0 + word,
+    for (size_t word = 0; word < 3; ++word)
+        registers_.Set(static_cast<uint16_t>(kMac0 + word),
                        static_cast<uint16_t>(entry.mac[2 * word] << 8 | entry.mac[2 * word + 1]));
     registers_.Set(kVid, entry.vid);
     registers_.Set(kInfo, static_cast<uint16_t>(entry.port | (entry.isStatic ? kInfoStatic : 0)));
