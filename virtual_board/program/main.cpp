@@ -1,24 +1,8 @@
-#include <fcntl.h>
-#include <unistd.h>
-
+#include "program/standard_streams.h"
 #include "virtual_board/program/command_line.h"
-
-namespace {
-
-// A descriptor that is closed would be given to the board's socket, and what is printed would go
-// there.
-void OpenStandardStreams()
-{
-    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
-        if (fcntl(stream, F_GETFD) == -1)
-            // The lowest closed descriptor is this one.
-            (void)open("/dev/null", O_RDWR);
-}
-
-}  // namespace
 
 int main(int argc, char** argv)
 {
-    OpenStandardStreams();
+    program::OpenStandardStreams();
     return vboard::RunCommandLine(argc, argv);
 }
