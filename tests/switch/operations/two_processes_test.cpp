@@ -11,7 +11,7 @@ using namespace obtest;
 
 namespace {
 
-constexpr int kRounds = 100;
+constexpr int kRounds = 20;
 
 // A worker's own ports; what it sets there it must find there.
 class Worker {
