@@ -41,10 +41,10 @@ export VM_MODULES="llc stp bridge mrp garp 8021q veth dummy tun sch_ingress cls_
 # The one for clouds has no drivers for chips. Two cables, each from a port to a host (drivers.sh).
 export VM_KERNEL=linux-image-amd64
 export VM_DEVICES="
-    -device e1000e,id=port1,netdev=port1,mac=02:00:00:00:01:01 -netdev hubport,id=port1,hubid=1
+    -device e1000,id=port1,netdev=port1,mac=02:00:00:00:01:01 -netdev hubport,id=port1,hubid=1
     -device virtio-net-pci,id=host1,netdev=host1,mac=02:00:00:00:01:02 -netdev hubport,id=host1,hubid=1
     -device virtio-net-pci,id=port2,netdev=port2,mac=02:00:00:00:02:01 -netdev hubport,id=port2,hubid=2
-    -device e1000,id=host2,netdev=host2,mac=02:00:00:00:02:02 -netdev hubport,id=host2,hubid=2"
+    -device e1000e,id=host2,netdev=host2,mac=02:00:00:00:02:02 -netdev hubport,id=host2,hubid=2"
 
 status=0
 "$here/boot.sh" --seconds "${VM_SECONDS:-3600}" "$directory" \
