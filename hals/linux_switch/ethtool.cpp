@@ -10,7 +10,7 @@ namespace linux_switch {
 struct Ethtool::Command : Request {
     // The device is named in an attribute of each command's own.
     Command(const Ethtool& ethtool, uint8_t command, uint16_t device, uint32_t index)
-        : Request(ethtool.family, 0)
+        : Request(ethtool.family_, 0)
     {
         Header(genlmsghdr{command, 1, 0});
         const size_t header = Open(device | NLA_F_NESTED);
@@ -131,25 +131,25 @@ void TakeGroup(const Attribute& nest, DriverCounters& counters)
 
 }  // namespace
 
-Ethtool::Ethtool() : netlink(NETLINK_GENERIC)
+Ethtool::Ethtool() : netlink_(NETLINK_GENERIC)
 {
     Request request(GENL_ID_CTRL, 0);
     request.Header(genlmsghdr{CTRL_CMD_GETFAMILY, 1, 0});
     request.PutText(CTRL_ATTR_FAMILY_NAME, ETHTOOL_GENL_NAME);
-    unusable = netlink.Ask(request, [this](const Reply& reply) {
-        family = Behind(reply).Find(CTRL_ATTR_FAMILY_ID).As<uint16_t>();
+    unusable_ = netlink_.Ask(request, [this](const Reply& reply) {
+        family_ = Behind(reply).Find(CTRL_ATTR_FAMILY_ID).As<uint16_t>();
     });
-    if (unusable == ENOENT || (unusable == 0 && family == 0))
-        unusable = EOPNOTSUPP;
+    if (unusable_ == ENOENT || (unusable_ == 0 && family_ == 0))
+        unusable_ = EOPNOTSUPP;
 }
 
 int Ethtool::GetMode(uint32_t index, LinkMode& mode)
 {
-    if (unusable)
-        return unusable;
+    if (unusable_)
+        return unusable_;
     mode = {};
     Command request(*this, ETHTOOL_MSG_LINKMODES_GET, ETHTOOL_A_LINKMODES_HEADER, index);
-    return netlink.Ask(request, [&mode](const Reply& reply) {
+    return netlink_.Ask(request, [&mode](const Reply& reply) {
         const Attributes values = Behind(reply);
         const auto speed = values.Find(ETHTOOL_A_LINKMODES_SPEED).As<uint32_t>();
         mode.megabits = speed == static_cast<uint32_t>(SPEED_UNKNOWN) ? 0 : speed;
@@ -161,8 +161,8 @@ int Ethtool::GetMode(uint32_t index, LinkMode& mode)
 
 int Ethtool::SetMode(uint32_t index, const LinkMode& mode)
 {
-    if (unusable)
-        return unusable;
+    if (unusable_)
+        return unusable_;
     Command request(*this, ETHTOOL_MSG_LINKMODES_SET, ETHTOOL_A_LINKMODES_HEADER, index);
     request.Put<uint8_t>(ETHTOOL_A_LINKMODES_AUTONEG, mode.autoneg);
     if (!mode.autoneg) {
@@ -170,16 +170,16 @@ int Ethtool::SetMode(uint32_t index, const LinkMode& mode)
         request.Put<uint8_t>(ETHTOOL_A_LINKMODES_DUPLEX,
                              mode.fullDuplex ? DUPLEX_FULL : DUPLEX_HALF);
     }
-    return netlink.Do(request);
+    return netlink_.Do(request);
 }
 
 int Ethtool::GetEee(uint32_t index, EeeState& state)
 {
-    if (unusable)
-        return unusable;
+    if (unusable_)
+        return unusable_;
     state = {};
     Command request(*this, ETHTOOL_MSG_EEE_GET, ETHTOOL_A_EEE_HEADER, index);
-    return netlink.Ask(request, [&state](const Reply& reply) {
+    return netlink_.Ask(request, [&state](const Reply& reply) {
         const Attributes values = Behind(reply);
         state.supported = static_cast<bool>(values.Find(ETHTOOL_A_EEE_MODES_OURS));
         state.enabled = values.Find(ETHTOOL_A_EEE_ENABLED).As<uint8_t>() != 0;
@@ -188,18 +188,18 @@ int Ethtool::GetEee(uint32_t index, EeeState& state)
 
 int Ethtool::SetEee(uint32_t index, bool enabled)
 {
-    if (unusable)
-        return unusable;
+    if (unusable_)
+        return unusable_;
     Command request(*this, ETHTOOL_MSG_EEE_SET, ETHTOOL_A_EEE_HEADER, index);
     request.Put<uint8_t>(ETHTOOL_A_EEE_ENABLED, enabled);
-    return netlink.Do(request);
+    return netlink_.Do(request);
 }
 
 int Ethtool::GetCounters(uint32_t index, DriverCounters& counters)
 {
     memset(&counters, 0xFF, sizeof counters);
-    if (unusable)
-        return unusable;
+    if (unusable_)
+        return unusable_;
     constexpr uint32_t kGroups = 1U << ETHTOOL_STATS_ETH_MAC | 1U << ETHTOOL_STATS_RMON;
     Command request(*this, ETHTOOL_MSG_STATS_GET, ETHTOOL_A_STATS_HEADER, index);
     const size_t groups = request.Open(ETHTOOL_A_STATS_GROUPS | NLA_F_NESTED);
@@ -207,7 +207,7 @@ int Ethtool::GetCounters(uint32_t index, DriverCounters& counters)
     request.Put<uint32_t>(ETHTOOL_A_BITSET_SIZE, ETHTOOL_STATS_RMON + 1);
     request.Put<uint32_t>(ETHTOOL_A_BITSET_VALUE, kGroups);
     request.Close(groups);
-    return netlink.Ask(request, [&counters](const Reply& reply) {
+    return netlink_.Ask(request, [&counters](const Reply& reply) {
         Attributes parts = Behind(reply);
         Attribute part;
         while (parts.Next(part)) {

@@ -43,14 +43,14 @@ public:
     int SetEee(uint32_t index, bool enabled);
     int GetCounters(uint32_t index, DriverCounters& counters);
 
-    const char* Reason() const { return netlink.Reason(); }
+    const char* Reason() const { return netlink_.Reason(); }
 
 private:
     struct Command;
 
-    Netlink netlink;
-    uint16_t family = 0;
-    int unusable = 0;
+    Netlink netlink_;
+    uint16_t family_ = 0;
+    int unusable_ = 0;
 };
 
 }  // namespace linux_switch

@@ -23,37 +23,37 @@ constexpr uint32_t kTicksPerSecond = 100;
 class EntryTable {
 public:
     EntryTable()
-        : pages(mmap(nullptr, kBytes, PROT_READ | PROT_WRITE,
-                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))
+        : pages_(mmap(nullptr, kBytes, PROT_READ | PROT_WRITE,
+                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))
     {
     }
     ~EntryTable()
     {
         if (*this)
-            munmap(pages, kBytes);
+            munmap(pages_, kBytes);
     }
     EntryTable(const EntryTable&) = delete;
     EntryTable& operator=(const EntryTable&) = delete;
 
-    explicit operator bool() const { return pages != MAP_FAILED; }
-    void Clear() { count = 0; }
+    explicit operator bool() const { return pages_ != MAP_FAILED; }
+    void Clear() { count_ = 0; }
     void Add(const LinuxSwitchMacEntry& entry)
     {
-        if (count < kMost)
-            memcpy(At(count++), &entry, sizeof entry);
+        if (count_ < kMost)
+            memcpy(At(count_++), &entry, sizeof entry);
     }
-    size_t Count() const { return count; }
+    size_t Count() const { return count_; }
     uint8_t* At(size_t number) const
     {
-        return static_cast<uint8_t*>(pages) + number * sizeof(LinuxSwitchMacEntry);
+        return static_cast<uint8_t*>(pages_) + number * sizeof(LinuxSwitchMacEntry);
     }
 
 private:
     static constexpr size_t kMost = 65'536;
     static constexpr size_t kBytes = kMost * sizeof(LinuxSwitchMacEntry);
 
-    void* pages;
-    size_t count = 0;
+    void* pages_;
+    size_t count_ = 0;
 };
 
 // -1 for an interface that is no port.

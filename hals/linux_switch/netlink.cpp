@@ -24,16 +24,16 @@ constexpr size_t Aligned(size_t size)
 bool Attributes::Next(Attribute& attribute)
 {
     nlattr header;
-    if (left < sizeof header)
+    if (left_ < sizeof header)
         return false;
-    memcpy(&header, next, sizeof header);
-    if (header.nla_len < sizeof header || header.nla_len > left)
+    memcpy(&header, next_, sizeof header);
+    if (header.nla_len < sizeof header || header.nla_len > left_)
         return false;
-    attribute = {static_cast<uint16_t>(header.nla_type & NLA_TYPE_MASK), next + sizeof header,
+    attribute = {static_cast<uint16_t>(header.nla_type & NLA_TYPE_MASK), next_ + sizeof header,
                  header.nla_len - sizeof header};
     const size_t step = Aligned(header.nla_len);
-    next += step < left ? step : left;
-    left -= step < left ? step : left;
+    next_ += step < left_ ? step : left_;
+    left_ -= step < left_ ? step : left_;
     return true;
 }
 
@@ -51,8 +51,8 @@ Attribute Attributes::Find(uint16_t type) const
 Attributes Reply::Behind(size_t header) const
 {
     const size_t before = NLMSG_HDRLEN + Aligned(header);
-    return length > before ? Attributes(Payload() + Aligned(header), length - before)
-                           : Attributes();
+    return length_ > before ? Attributes(Payload() + Aligned(header), length_ - before)
+                            : Attributes();
 }
 
 Request::Request(uint16_t type, uint16_t flags)
@@ -65,14 +65,14 @@ Request::Request(uint16_t type, uint16_t flags)
 
 void Request::Append(const void* value, size_t size)
 {
-    if (used + Aligned(size) > sizeof bytes) {
-        valid = false;
+    if (used_ + Aligned(size) > sizeof bytes_) {
+        valid_ = false;
         return;
     }
     if (size != 0)
-        memcpy(bytes + used, value, size);
-    used += Aligned(size);
-    Message()->nlmsg_len = static_cast<uint32_t>(used);
+        memcpy(bytes_ + used_, value, size);
+    used_ += Aligned(size);
+    Message()->nlmsg_len = static_cast<uint32_t>(used_);
 }
 
 void Request::Put(uint16_t type, const void* value, size_t size)
@@ -84,7 +84,7 @@ void Request::Put(uint16_t type, const void* value, size_t size)
 
 size_t Request::Open(uint16_t type)
 {
-    const size_t opened = used;
+    const size_t opened = used_;
     const nlattr header = {sizeof header, type};
     Append(&header, sizeof header);
     return opened;
@@ -93,39 +93,39 @@ size_t Request::Open(uint16_t type)
 void Request::Close(size_t opened)
 {
     nlattr header;
-    if (!valid)
+    if (!valid_)
         return;
-    memcpy(&header, bytes + opened, sizeof header);
-    header.nla_len = static_cast<uint16_t>(used - opened);
-    memcpy(bytes + opened, &header, sizeof header);
+    memcpy(&header, bytes_ + opened, sizeof header);
+    header.nla_len = static_cast<uint16_t>(used_ - opened);
+    memcpy(bytes_ + opened, &header, sizeof header);
 }
 
-Netlink::Netlink(int protocol) : fd(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, protocol))
+Netlink::Netlink(int protocol) : fd_(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, protocol))
 {
     const int on = 1;
     const timeval wait = {0, kWait};
-    if (fd < 0)
+    if (fd_ < 0)
         return;
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &wait, sizeof wait);
+    setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
+    setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &wait, sizeof wait);
     // Without these the kernel says less, or filters less; what it sends is looked at all the same.
-    setsockopt(fd, SOL_NETLINK, NETLINK_EXT_ACK, &on, sizeof on);
-    setsockopt(fd, SOL_NETLINK, NETLINK_CAP_ACK, &on, sizeof on);
-    setsockopt(fd, SOL_NETLINK, NETLINK_GET_STRICT_CHK, &on, sizeof on);
+    setsockopt(fd_, SOL_NETLINK, NETLINK_EXT_ACK, &on, sizeof on);
+    setsockopt(fd_, SOL_NETLINK, NETLINK_CAP_ACK, &on, sizeof on);
+    setsockopt(fd_, SOL_NETLINK, NETLINK_GET_STRICT_CHK, &on, sizeof on);
 }
 
 Netlink::~Netlink()
 {
-    if (fd >= 0)
-        close(fd);
+    if (fd_ >= 0)
+        close(fd_);
 }
 
 int Netlink::Exchange(Request& request, Taker take, void* taker)
 {
-    reason[0] = '\0';
-    if (fd < 0)
+    reason_[0] = '\0';
+    if (fd_ < 0)
         return EBADF;
-    if (silent)
+    if (silent_)
         return ETIMEDOUT;
     if (!request.Valid())
         return EMSGSIZE;
@@ -133,8 +133,8 @@ int Netlink::Exchange(Request& request, Taker take, void* taker)
     // The end of a list is its last part, of anything else the acknowledgement.
     if ((header.nlmsg_flags & NLM_F_DUMP) != NLM_F_DUMP)
         header.nlmsg_flags |= NLM_F_ACK;
-    header.nlmsg_seq = ++lastSequence;
-    const ssize_t sent = send(fd, &header, header.nlmsg_len, MSG_NOSIGNAL);
+    header.nlmsg_seq = ++lastSequence_;
+    const ssize_t sent = send(fd_, &header, header.nlmsg_len, MSG_NOSIGNAL);
     if (sent != static_cast<ssize_t>(header.nlmsg_len))
         return sent < 0 ? errno : EMSGSIZE;
     return Receive(header.nlmsg_seq, take, taker);
@@ -145,12 +145,12 @@ int Netlink::Receive(uint32_t sequence, Taker take, void* taker)
     alignas(nlmsghdr) uint8_t buffer[kBuffer];
     bool changed = false;
     for (int part = 0; part < kMostParts; ++part) {
-        const ssize_t got = recv(fd, buffer, sizeof buffer, MSG_TRUNC);
+        const ssize_t got = recv(fd_, buffer, sizeof buffer, MSG_TRUNC);
         if (got < 0 && errno == EINTR)
             continue;
-        silent = got < 0 && errno == EAGAIN;
+        silent_ = got < 0 && errno == EAGAIN;
         if (got < 0)
-            return silent ? ETIMEDOUT : errno;
+            return silent_ ? ETIMEDOUT : errno;
         if (static_cast<size_t>(got) > sizeof buffer)
             return EMSGSIZE;
         size_t left = static_cast<size_t>(got);
@@ -199,10 +199,10 @@ void Netlink::KeepReason(const nlmsghdr& message, size_t size)
     if ((message.nlmsg_flags & NLM_F_CAPPED) == 0)
         before += Aligned(error.msg.nlmsg_len) - sizeof error.msg;
     const Attribute text = Reply(&message, size).Behind(before).Find(NLMSGERR_ATTR_MSG);
-    const size_t length = text.size < sizeof reason ? text.size : sizeof reason - 1;
+    const size_t length = text.size < sizeof reason_ ? text.size : sizeof reason_ - 1;
     if (text)
-        memcpy(reason, text.data, length);
-    reason[length] = '\0';
+        memcpy(reason_, text.data, length);
+    reason_[length] = '\0';
 }
 
 }  // namespace linux_switch

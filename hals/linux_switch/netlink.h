@@ -39,28 +39,28 @@ struct Attribute {
 class Attributes {
 public:
     Attributes() = default;
-    Attributes(const uint8_t* bytes, size_t count) : next(bytes), left(count) {}
-    explicit Attributes(const Attribute& nest) : next(nest.data), left(nest.size) {}
+    Attributes(const uint8_t* bytes, size_t count) : next_(bytes), left_(count) {}
+    explicit Attributes(const Attribute& nest) : next_(nest.data), left_(nest.size) {}
 
     bool Next(Attribute& attribute);
     // The first of that type.
     Attribute Find(uint16_t type) const;
 
 private:
-    const uint8_t* next = nullptr;
-    size_t left = 0;
+    const uint8_t* next_ = nullptr;
+    size_t left_ = 0;
 };
 
 // What the kernel answers with: the header of the family, and the attributes behind it.
 class Reply {
 public:
-    Reply(const nlmsghdr* header, size_t size) : message(header), length(size) {}
+    Reply(const nlmsghdr* header, size_t size) : message_(header), length_(size) {}
 
-    uint16_t Type() const { return message->nlmsg_type; }
+    uint16_t Type() const { return message_->nlmsg_type; }
     template <typename T>
     bool Header(T& header) const
     {
-        if (length < NLMSG_HDRLEN + sizeof header)
+        if (length_ < NLMSG_HDRLEN + sizeof header)
             return false;
         memcpy(&header, Payload(), sizeof header);
         return true;
@@ -70,11 +70,11 @@ public:
 private:
     const uint8_t* Payload() const
     {
-        return reinterpret_cast<const uint8_t*>(message) + NLMSG_HDRLEN;
+        return reinterpret_cast<const uint8_t*>(message_) + NLMSG_HDRLEN;
     }
 
-    const nlmsghdr* message;
-    size_t length;
+    const nlmsghdr* message_;
+    size_t length_;
 };
 
 // A request, put together in place. What does not fit makes it invalid, and it is not sent.
@@ -98,15 +98,15 @@ public:
     size_t Open(uint16_t type);
     void Close(size_t opened);
 
-    bool Valid() const { return valid; }
-    nlmsghdr* Message() { return reinterpret_cast<nlmsghdr*>(bytes); }
+    bool Valid() const { return valid_; }
+    nlmsghdr* Message() { return reinterpret_cast<nlmsghdr*>(bytes_); }
 
 private:
     void Append(const void* value, size_t size);
 
-    alignas(nlmsghdr) uint8_t bytes[1024] = {};
-    size_t used = NLMSG_HDRLEN;
-    bool valid = true;
+    alignas(nlmsghdr) uint8_t bytes_[1024] = {};
+    size_t used_ = NLMSG_HDRLEN;
+    bool valid_ = true;
 };
 
 class Netlink {
@@ -142,7 +142,7 @@ public:
     }
 
     // The kernel's own words about the last failure, or nothing.
-    const char* Reason() const { return reason; }
+    const char* Reason() const { return reason_; }
 
 private:
     using Taker = void (*)(void* taker, const Reply& reply);
@@ -155,10 +155,10 @@ private:
     int Outcome(const nlmsghdr& message, size_t size);
     void KeepReason(const nlmsghdr& message, size_t size);
 
-    int fd;
-    bool silent = false;
-    uint32_t lastSequence = 0;
-    char reason[96] = {};
+    int fd_;
+    bool silent_ = false;
+    uint32_t lastSequence_ = 0;
+    char reason_[96] = {};
 };
 
 }  // namespace linux_switch

@@ -9,12 +9,12 @@ namespace linux_switch {
 
 void Session::ReviveReturned()
 {
-    if (memory.index != 0 && bridge.index != memory.index)
+    if (memory_.index != 0 && bridge_.index != memory_.index)
         ReviveBridge();
-    for (int port = 0; port < memory.ports; ++port) {
-        const uint32_t last = memory.port[port].index;
-        if (memory.port[port].name[0] != '\0' && last != 0 && links[port] &&
-            links[port].index != last)
+    for (int port = 0; port < memory_.ports; ++port) {
+        const uint32_t last = memory_.port[port].index;
+        if (memory_.port[port].name[0] != '\0' && last != 0 && links_[port] &&
+            links_[port].index != last)
             Revive(port);
     }
 }
@@ -22,58 +22,58 @@ void Session::ReviveReturned()
 int Session::PutBridgeBack()
 {
     const BridgeSettings settings = {.spanningTree = false,
-                                     .snooping = memory.snooping != 0,
+                                     .snooping = memory_.snooping != 0,
                                      .filtering = true,
-                                     .tpid = memory.tpid,
-                                     .ageing = memory.ageing * kSecond};
-    memory.filtering = bridge.filters ? 1 : 0;
-    return PutSettings(route, bridge, settings);
+                                     .tpid = memory_.tpid,
+                                     .ageing = memory_.ageing * kSecond};
+    memory_.filtering = bridge_.filters ? 1 : 0;
+    return PutSettings(route_, bridge_, settings);
 }
 
 // All ports have lost their places in it.
 void Session::ReviveBridge()
 {
-    SwitchMemory before = memory;
+    SwitchMemory before = memory_;
     ClearSettings(before);
     int error = PutBridgeBack();
-    for (int port = 0; port < memory.ports && error == 0; ++port) {
-        if (memory.port[port].name[0] != '\0' && links[port])
+    for (int port = 0; port < memory_.ports && error == 0; ++port) {
+        if (memory_.port[port].name[0] != '\0' && links_[port])
             error = TakeIn(port);
     }
     if (error == 0)
-        error = Apply(before, memory);
+        error = Apply(before, memory_);
     if (error == 0)
-        error = SetUp(route, bridge.index,
-                      !memory.CpuIsBridge() || memory.port[memory.cpuPort].enabled);
+        error = SetUp(route_, bridge_.index,
+                      !memory_.CpuIsBridge() || memory_.port[memory_.cpuPort].enabled);
     if (error != 0) {
-        Refuse("bring back", memory.bridge, error);
+        Refuse("bring back", memory_.bridge, error);
         return;
     }
-    memory.index = bridge.index;
-    if (memory.CpuIsBridge())
-        memory.port[memory.cpuPort].index = bridge.index;
+    memory_.index = bridge_.index;
+    if (memory_.CpuIsBridge())
+        memory_.port[memory_.cpuPort].index = bridge_.index;
     if (Remember())
-        LS_NOTICE("%s is back, DevIdx=%d", memory.bridge, devIdx);
+        LS_NOTICE("%s is back, DevIdx=%d", memory_.bridge, devIdx_);
 }
 
 int Session::TakeIn(int port)
 {
-    const Link& link = links[port];
-    if (link.master == bridge.index)
+    const Link& link = links_[port];
+    if (link.master == bridge_.index)
         return 0;
-    if (memory.onReset != OnReset::kBuild || link.master != 0)
+    if (memory_.onReset != OnReset::kBuild || link.master != 0)
         return EBUSY;
-    return SetMaster(route, link.index, bridge.index);
+    return SetMaster(route_, link.index, bridge_.index);
 }
 
 // What is the interface's own, not the bridge's.
 int Session::PutDriverSettings(int port)
 {
-    PortMemory& settings = memory.port[port];
-    const Link& link = links[port];
-    if (memory.mtu != 0 && memory.mtu != link.mtu) {
+    PortMemory& settings = memory_.port[port];
+    const Link& link = links_[port];
+    if (memory_.mtu != 0 && memory_.mtu != link.mtu) {
         settings.mtuBefore = MtuOf(link);
-        if (const int error = SetMtu(route, link.index, memory.mtu))
+        if (const int error = SetMtu(route_, link.index, memory_.mtu))
             return error;
     }
     if (settings.megabits == 0 && settings.eee == Switched::kNever)
@@ -92,43 +92,43 @@ int Session::PutDriverSettings(int port)
 
 void Session::Revive(int port)
 {
-    const char* name = memory.port[port].name;
-    SwitchMemory before = memory;
+    const char* name = memory_.port[port].name;
+    SwitchMemory before = memory_;
     ClearSettings(before, port);
     for (Steering& steering : before.steering) {
         if (steering.port == port)
             steering.used = 0;
     }
-    before.port[port].ownsHook = memory.port[port].ownsHook = 0;
+    before.port[port].ownsHook = memory_.port[port].ownsHook = 0;
     int error = TakeIn(port);
     if (error == 0)
         error = PutDriverSettings(port);
     if (error == 0)
-        error = Apply(before, memory);
+        error = Apply(before, memory_);
     if (error == 0)
         error = PutFiltersThatName(port);
     if (error == 0)
-        error = SetUp(route, links[port].index, memory.port[port].enabled);
+        error = SetUp(route_, links_[port].index, memory_.port[port].enabled);
     if (error != 0) {
         Refuse("bring back", name, error);
         return;
     }
-    memory.port[port].index = links[port].index;
+    memory_.port[port].index = links_[port].index;
     if (Remember())
-        LS_NOTICE("%s is back, port %d, DevIdx=%d", name, port, devIdx);
+        LS_NOTICE("%s is back, port %d, DevIdx=%d", name, port, devIdx_);
 }
 
 // Filters of other ports that meant the interface that went away.
 int Session::PutFiltersThatName(int port)
 {
-    for (int other = 0; other < memory.ports; ++other) {
-        if (other == port || !links[other])
+    for (int other = 0; other < memory_.ports; ++other) {
+        if (other == port || !links_[other])
             continue;
-        const FilterList list = FiltersOf(memory, other, links);
+        const FilterList list = FiltersOf(memory_, other, links_);
         for (int i = 0; i < list.count; ++i) {
-            if (list.filter[i].other != links[port].index)
+            if (list.filter[i].other != links_[port].index)
                 continue;
-            DeleteFilter(route, links[other].index, list.filter[i]);  // it may be gone already
+            DeleteFilter(route_, links_[other].index, list.filter[i]);  // it may be gone already
             if (const int error = Put(other, list.filter[i]))
                 return error;
         }

@@ -45,29 +45,29 @@ int Refuse(int devIdx, const char* what, const char* interface, int error, const
     return -1;
 }
 
-Session::Session(int deviceIndex) : devIdx(deviceIndex) {}
+Session::Session(int deviceIndex) : devIdx_(deviceIndex) {}
 
 bool Session::Recall()
 {
-    return linux_switch::Recall(devIdx, memory);
+    return linux_switch::Recall(devIdx_, memory_);
 }
 
 bool Session::Remember()
 {
-    return linux_switch::Remember(devIdx, memory);
+    return linux_switch::Remember(devIdx_, memory_);
 }
 
 // ENODEV for one that is not there is no error here: the index says it.
 int Session::FindAll()
 {
-    int error = FindLink(route, memory.bridge, memory.index, bridge);
-    for (int port = 0; port < memory.ports && (error == 0 || error == ENODEV); ++port) {
-        const PortMemory& mapped = memory.port[port];
+    int error = FindLink(route_, memory_.bridge, memory_.index, bridge_);
+    for (int port = 0; port < memory_.ports && (error == 0 || error == ENODEV); ++port) {
+        const PortMemory& mapped = memory_.port[port];
         if (mapped.name[0] == '\0') {
-            links[port] = bridge;
+            links_[port] = bridge_;
             continue;
         }
-        error = FindLink(route, mapped.name, mapped.index, links[port]);
+        error = FindLink(route_, mapped.name, mapped.index, links_[port]);
     }
     return error == ENODEV ? 0 : error;
 }
@@ -77,8 +77,8 @@ bool Session::Meet()
     if (!Recall())
         return false;
     const int error = FindAll();
-    if (error != 0 || !bridge) {
-        Refuse("use the bridge", memory.bridge, error != 0 ? error : ENODEV);
+    if (error != 0 || !bridge_) {
+        Refuse("use the bridge", memory_.bridge, error != 0 ? error : ENODEV);
         return false;
     }
     ReviveReturned();
@@ -89,18 +89,18 @@ bool Session::MeetPort(int port)
 {
     if (!Meet())
         return false;
-    if (!memory.IsPort(port)) {
-        LS_ERROR("Invalid port %d, DevIdx=%d", port, devIdx);
+    if (!memory_.IsPort(port)) {
+        LS_ERROR("Invalid port %d, DevIdx=%d", port, devIdx_);
         return false;
     }
-    if (!links[port])
-        Refuse("use port interface", memory.port[port].name, ENODEV);
-    return static_cast<bool>(links[port]);
+    if (!links_[port])
+        Refuse("use port interface", memory_.port[port].name, ENODEV);
+    return static_cast<bool>(links_[port]);
 }
 
 VlanMember Session::Member(int port) const
 {
-    return {links[port].index, memory.port[port].name[0] == '\0'};
+    return {links_[port].index, memory_.port[port].name[0] == '\0'};
 }
 
 int Session::PutVlans(const SwitchMemory& from, const SwitchMemory& to, int port)
@@ -110,9 +110,10 @@ int Session::PutVlans(const SwitchMemory& from, const SwitchMemory& to, int port
         const int flags = FlagsIn(to, port, wanted.vid[i]);
         if (flags == kNotMember || flags == FlagsIn(from, port, wanted.vid[i]))
             continue;
-        if (!memory.filtering)
+        if (!memory_.filtering)
             return EOPNOTSUPP;
-        const int error = AddVlan(route, Member(port), wanted.vid[i], static_cast<uint16_t>(flags));
+        const int error =
+            AddVlan(route_, Member(port), wanted.vid[i], static_cast<uint16_t>(flags));
         if (error != 0)
             return error;
     }
@@ -126,7 +127,7 @@ int Session::DropVlans(const SwitchMemory& from, const SwitchMemory& to, int por
         const uint16_t vid = before.vid[i];
         if (FlagsIn(from, port, vid) == kNotMember || FlagsIn(to, port, vid) != kNotMember)
             continue;
-        if (const int error = DeleteVlans(route, Member(port), vid, vid))
+        if (const int error = DeleteVlans(route_, Member(port), vid, vid))
             return error;
     }
     return 0;
@@ -134,16 +135,16 @@ int Session::DropVlans(const SwitchMemory& from, const SwitchMemory& to, int por
 
 int Session::Hook(int port)
 {
-    const int error = MakeHook(route, links[port].index);
+    const int error = MakeHook(route_, links_[port].index);
     if (error == 0)
-        memory.port[port].ownsHook = 1;
+        memory_.port[port].ownsHook = 1;
     return error == EEXIST ? 0 : error;
 }
 
 int Session::PutFilters(const SwitchMemory& from, const SwitchMemory& to, int port)
 {
-    const FilterList before = FiltersOf(from, port, links);
-    const FilterList wanted = FiltersOf(to, port, links);
+    const FilterList before = FiltersOf(from, port, links_);
+    const FilterList wanted = FiltersOf(to, port, links_);
     for (int i = 0; i < wanted.count; ++i) {
         const Filter& filter = wanted.filter[i];
         const Filter* old = before.At(filter);
@@ -157,32 +158,32 @@ int Session::PutFilters(const SwitchMemory& from, const SwitchMemory& to, int po
 
 int Session::Put(int port, const Filter& filter)
 {
-    const uint32_t index = links[port].index;
+    const uint32_t index = links_[port].index;
     if (const int error = Hook(port))
         return error;
-    const int error = PutFilter(route, index, filter);
+    const int error = PutFilter(route_, index, filter);
     if (error != EEXIST)
         return error;
     // A kind that the kernel does not replace.
-    const int deleted = DeleteFilter(route, index, filter);
-    return deleted != 0 ? deleted : PutFilter(route, index, filter);
+    const int deleted = DeleteFilter(route_, index, filter);
+    return deleted != 0 ? deleted : PutFilter(route_, index, filter);
 }
 
 int Session::DropFilters(const SwitchMemory& from, const SwitchMemory& to, int port)
 {
-    const FilterList before = FiltersOf(from, port, links);
-    const FilterList wanted = FiltersOf(to, port, links);
+    const FilterList before = FiltersOf(from, port, links_);
+    const FilterList wanted = FiltersOf(to, port, links_);
     for (int i = 0; i < before.count; ++i) {
         if (wanted.At(before.filter[i]))
             continue;
-        const int error = DeleteFilter(route, links[port].index, before.filter[i]);
+        const int error = DeleteFilter(route_, links_[port].index, before.filter[i]);
         if (error != 0 && error != ENOENT && error != EINVAL)  // EINVAL: there is no hook
             return error;
     }
-    if (wanted.count == 0 && before.count != 0 && memory.port[port].ownsHook) {
-        if (const int error = DeleteIdleHook(route, links[port].index))
+    if (wanted.count == 0 && before.count != 0 && memory_.port[port].ownsHook) {
+        if (const int error = DeleteIdleHook(route_, links_[port].index))
             return error;
-        memory.port[port].ownsHook = 0;
+        memory_.port[port].ownsHook = 0;
     }
     return 0;
 }
@@ -190,9 +191,9 @@ int Session::DropFilters(const SwitchMemory& from, const SwitchMemory& to, int p
 int Session::SetIsolation(const SwitchMemory& from, const SwitchMemory& to, int port)
 {
     const bool wanted = AreAllApart(to);
-    if (!memory.IsLanPort(port) || wanted == AreAllApart(from))
+    if (!memory_.IsLanPort(port) || wanted == AreAllApart(from))
         return 0;
-    return SetBridgePort(route, links[port].index, IFLA_BRPORT_ISOLATED, wanted ? 1 : 0);
+    return SetBridgePort(route_, links_[port].index, IFLA_BRPORT_ISOLATED, wanted ? 1 : 0);
 }
 
 // What is added comes first and what is taken away last, so that nothing leaks in between.
@@ -203,13 +204,13 @@ int Session::Apply(const SwitchMemory& from, const SwitchMemory& to)
                           &Session::DropFilters, &Session::DropVlans};
     if (from.tpid != to.tpid) {
         if (const int error =
-                SetBridge<uint16_t>(route, bridge.index, IFLA_BR_VLAN_PROTOCOL, htons(to.tpid)))
+                SetBridge<uint16_t>(route_, bridge_.index, IFLA_BR_VLAN_PROTOCOL, htons(to.tpid)))
             return error;
     }
     for (const Step step : steps) {
-        for (int port = 0; port < memory.ports; ++port) {
-            const int error = links[port] ? (this->*step)(from, to, port) : 0;
-            if (error != 0 && !undoing)
+        for (int port = 0; port < memory_.ports; ++port) {
+            const int error = links_[port] ? (this->*step)(from, to, port) : 0;
+            if (error != 0 && !undoing_)
                 return error;
         }
     }
@@ -218,26 +219,26 @@ int Session::Apply(const SwitchMemory& from, const SwitchMemory& to)
 
 int Session::Start(uint8_t isolation)
 {
-    ClearSettings(memory);
-    memory.filtering = bridge.filters ? 1 : 0;
-    memory.index = bridge.index;
-    for (int port = 0; port < memory.ports; ++port) {
-        memory.port[port].index = links[port].index;
-        memory.port[port].mtuBefore = 0;
-        if (!memory.port[port].ownsHook)
+    ClearSettings(memory_);
+    memory_.filtering = bridge_.filters ? 1 : 0;
+    memory_.index = bridge_.index;
+    for (int port = 0; port < memory_.ports; ++port) {
+        memory_.port[port].index = links_[port].index;
+        memory_.port[port].mtuBefore = 0;
+        if (!memory_.port[port].ownsHook)
             continue;
-        if (const int error = DeleteIdleHook(route, links[port].index))
+        if (const int error = DeleteIdleHook(route_, links_[port].index))
             return error;
-        memory.port[port].ownsHook = 0;
+        memory_.port[port].ownsHook = 0;
     }
-    const SwitchMemory before = memory;
-    memory.isolation = isolation;
-    return Apply(before, memory);
+    const SwitchMemory before = memory_;
+    memory_.isolation = isolation;
+    return Apply(before, memory_);
 }
 
 int Session::Keep(const SwitchMemory& wanted)
 {
-    memory = wanted;
+    memory_ = wanted;
     return Remember() ? 0 : -1;
 }
 
@@ -245,28 +246,28 @@ void Session::PutBack(const SwitchMemory& before)
 {
     SwitchMemory cleared = before;
     ClearSettings(cleared);
-    memory = before;
-    undoing = true;
+    memory_ = before;
+    undoing_ = true;
     Apply(cleared, before);  // result dropped: there is nothing else to fall back to
-    undoing = false;
+    undoing_ = false;
 }
 
 int Session::Settle(const char* what, const char* interface, const SwitchMemory& wanted)
 {
-    const SwitchMemory before = memory;
-    if (wanted.tpid != before.tpid && !memory.filtering)
+    const SwitchMemory before = memory_;
+    if (wanted.tpid != before.tpid && !memory_.filtering)
         return Refuse(what, interface, EOPNOTSUPP);
     if (const int error = Apply(before, wanted)) {
         Refuse(what, interface, error);
-        undoing = true;
+        undoing_ = true;
         Apply(wanted, before);  // result dropped: what was not there yet cannot be taken away
-        undoing = false;
+        undoing_ = false;
         Remember();  // whose the hooks are
         return -1;
     }
     SwitchMemory settled = wanted;
     for (int port = 0; port < kPorts; ++port)
-        settled.port[port].ownsHook = memory.port[port].ownsHook;
+        settled.port[port].ownsHook = memory_.port[port].ownsHook;
     return Keep(settled);
 }
 

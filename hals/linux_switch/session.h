@@ -21,10 +21,10 @@ public:
     // Meet, and a line unless this is a port whose interface is there.
     bool MeetPort(int port);
 
-    const SwitchMemory& Memory() const { return memory; }
-    const Link& Bridge() const { return bridge; }
-    const Link& Port(int port) const { return links[port]; }
-    Netlink& Route() { return route; }
+    const SwitchMemory& Memory() const { return memory_; }
+    const Link& Bridge() const { return bridge_; }
+    const Link& Port(int port) const { return links_[port]; }
+    Netlink& Route() { return route_; }
 
     // Brings the kernel from the settings that are to those that are wanted, and remembers them.
     // What fails is undone, and logged with what it was for.
@@ -33,7 +33,7 @@ public:
     int Keep(const SwitchMemory& wanted);
     int Refuse(const char* what, const char* interface, int error)
     {
-        return linux_switch::Refuse(devIdx, what, interface, error, route.Reason());
+        return linux_switch::Refuse(devIdx_, what, interface, error, route_.Reason());
     }
 
     // For a reset, which finds or makes what Meet() expects.
@@ -64,12 +64,12 @@ private:
     int SetIsolation(const SwitchMemory& from, const SwitchMemory& to, int port);
     int Hook(int port);
 
-    int devIdx;
-    bool undoing = false;
-    SwitchMemory memory{};
-    Netlink route{NETLINK_ROUTE};
-    Link bridge;
-    Link links[kPorts];
+    int devIdx_;
+    bool undoing_ = false;
+    SwitchMemory memory_{};
+    Netlink route_{NETLINK_ROUTE};
+    Link bridge_;
+    Link links_[kPorts];
 };
 
 }  // namespace linux_switch
