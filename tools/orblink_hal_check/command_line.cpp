@@ -12,12 +12,12 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tools/orblink_hal_check/board.h"
-#include "tools/orblink_hal_check/checks.h"
-#include "tools/orblink_hal_check/library_file.h"
-#include "tools/orblink_hal_check/report.h"
+#include "tools/orblink_hal_check/processes/board.h"
+#include "tools/orblink_hal_check/report/checks.h"
+#include "tools/orblink_hal_check/report/report.h"
 #include "tools/orblink_hal_check/session.h"
-#include "tools/orblink_hal_check/slots.h"
+#include "tools/orblink_hal_check/watch/library_file.h"
+#include "tools/orblink_hal_check/watch/slots.h"
 
 namespace halcheck {
 

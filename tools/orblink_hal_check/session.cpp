@@ -6,12 +6,12 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "tools/orblink_hal_check/board.h"
-#include "tools/orblink_hal_check/calls.h"
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/replay.h"
-#include "tools/orblink_hal_check/result.h"
-#include "tools/orblink_hal_check/sweeps.h"
+#include "tools/orblink_hal_check/processes/board.h"
+#include "tools/orblink_hal_check/report/result.h"
+#include "tools/orblink_hal_check/sweeps/calls.h"
+#include "tools/orblink_hal_check/sweeps/replay.h"
+#include "tools/orblink_hal_check/sweeps/sweeps.h"
+#include "tools/orblink_hal_check/watch/hal.h"
 
 namespace halcheck {
 

@@ -1,9 +1,9 @@
-#include "tools/orblink_hal_check/replay.h"
+#include "tools/orblink_hal_check/sweeps/replay.h"
 
 #include <cstring>
 #include <string>
 
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

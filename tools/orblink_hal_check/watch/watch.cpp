@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 #include <sys/mman.h>
 

@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/board.h"
+#include "tools/orblink_hal_check/processes/board.h"
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -1,9 +1,9 @@
 // The walk of the MAC table, with callbacks that look at what they are given.
 #include <cstdint>
 
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/sweeps.h"
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/sweeps/sweeps.h"
+#include "tools/orblink_hal_check/watch/hal.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "tools/orblink_hal_check/probe.h"
-#include "tools/orblink_hal_check/slots.h"
+#include "tools/orblink_hal_check/processes/probe.h"
+#include "tools/orblink_hal_check/watch/slots.h"
 
 namespace halcheck {
 

@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/guarded.h"
+#include "tools/orblink_hal_check/watch/guarded.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

@@ -1,10 +1,10 @@
-#include "tools/orblink_hal_check/slots.h"
+#include "tools/orblink_hal_check/watch/slots.h"
 
 #include <algorithm>
 #include <string>
 
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/slot_call.h"
+#include "tools/orblink_hal_check/watch/hal.h"
+#include "tools/orblink_hal_check/watch/slot_call.h"
 
 namespace halcheck {
 

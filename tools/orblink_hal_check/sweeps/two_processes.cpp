@@ -1,11 +1,11 @@
 // What one process sets or reads must be the same in another one.
 #include <cstring>
 
-#include "tools/orblink_hal_check/attachment.h"
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/sweeps.h"
-#include "tools/orblink_hal_check/switch_place.h"
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/processes/attachment.h"
+#include "tools/orblink_hal_check/sweeps/sweeps.h"
+#include "tools/orblink_hal_check/sweeps/switch_place.h"
+#include "tools/orblink_hal_check/watch/hal.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tools/orblink_hal_check/result.h"
+#include "tools/orblink_hal_check/report/result.h"
 
 namespace halcheck {
 

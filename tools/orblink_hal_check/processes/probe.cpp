@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/probe.h"
+#include "tools/orblink_hal_check/processes/probe.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -14,10 +14,10 @@
 #include <cstring>
 
 #include "common/shared_names.h"
-#include "tools/orblink_hal_check/attachment.h"
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/slot_call.h"
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/processes/attachment.h"
+#include "tools/orblink_hal_check/watch/hal.h"
+#include "tools/orblink_hal_check/watch/slot_call.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "tools/orblink_hal_check/slots.h"
+#include "tools/orblink_hal_check/watch/slots.h"
 
 namespace halcheck {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tools/orblink_hal_check/slots.h"
+#include "tools/orblink_hal_check/watch/slots.h"
 
 namespace halcheck {
 

@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/slot_call.h"
+#include "tools/orblink_hal_check/watch/slot_call.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -6,7 +6,7 @@
 #include <ctime>
 
 #include "platform/ob_platform.h"
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

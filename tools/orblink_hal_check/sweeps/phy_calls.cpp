@@ -1,6 +1,6 @@
 // Ordinary calls of the slots of a PHY.
-#include "tools/orblink_hal_check/calls.h"
-#include "tools/orblink_hal_check/hal.h"
+#include "tools/orblink_hal_check/sweeps/calls.h"
+#include "tools/orblink_hal_check/watch/hal.h"
 
 namespace halcheck {
 

@@ -1,10 +1,10 @@
-#include "tools/orblink_hal_check/attachment.h"
+#include "tools/orblink_hal_check/processes/attachment.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/hal.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

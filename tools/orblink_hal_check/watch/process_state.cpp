@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/process_state.h"
+#include "tools/orblink_hal_check/watch/process_state.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

@@ -10,8 +10,8 @@
 #include <cstring>
 #include <ctime>
 
-#include "tools/orblink_hal_check/slot_call.h"
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/slot_call.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace {
 

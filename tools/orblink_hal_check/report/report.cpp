@@ -1,11 +1,11 @@
-#include "tools/orblink_hal_check/report.h"
+#include "tools/orblink_hal_check/report/report.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tools/orblink_hal_check/checks.h"
+#include "tools/orblink_hal_check/report/checks.h"
 
 namespace halcheck {
 

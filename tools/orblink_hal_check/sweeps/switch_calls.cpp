@@ -1,10 +1,10 @@
 // Ordinary calls of the slots of a switch.
 #include <algorithm>
 
-#include "tools/orblink_hal_check/attachment.h"
-#include "tools/orblink_hal_check/calls.h"
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/switch_place.h"
+#include "tools/orblink_hal_check/processes/attachment.h"
+#include "tools/orblink_hal_check/sweeps/calls.h"
+#include "tools/orblink_hal_check/sweeps/switch_place.h"
+#include "tools/orblink_hal_check/watch/hal.h"
 
 namespace halcheck {
 

@@ -2,9 +2,9 @@
 // slot.
 #include <climits>
 
-#include "tools/orblink_hal_check/calls.h"
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/switch_place.h"
+#include "tools/orblink_hal_check/sweeps/calls.h"
+#include "tools/orblink_hal_check/sweeps/switch_place.h"
+#include "tools/orblink_hal_check/watch/hal.h"
 
 namespace halcheck {
 

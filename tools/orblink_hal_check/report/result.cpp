@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/result.h"
+#include "tools/orblink_hal_check/report/result.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

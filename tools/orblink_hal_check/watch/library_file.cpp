@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/library_file.h"
+#include "tools/orblink_hal_check/watch/library_file.h"
 
 #include <elf.h>
 #include <link.h>

@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/checks.h"
+#include "tools/orblink_hal_check/report/checks.h"
 
 #include <algorithm>
 

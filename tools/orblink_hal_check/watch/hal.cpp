@@ -1,4 +1,4 @@
-#include "tools/orblink_hal_check/hal.h"
+#include "tools/orblink_hal_check/watch/hal.h"
 
 #include <dlfcn.h>
 #include <elf.h>

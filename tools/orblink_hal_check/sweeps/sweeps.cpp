@@ -1,10 +1,10 @@
-#include "tools/orblink_hal_check/sweeps.h"
+#include "tools/orblink_hal_check/sweeps/sweeps.h"
 
-#include "tools/orblink_hal_check/attachment.h"
-#include "tools/orblink_hal_check/calls.h"
-#include "tools/orblink_hal_check/hal.h"
-#include "tools/orblink_hal_check/process_state.h"
-#include "tools/orblink_hal_check/slot_call.h"
+#include "tools/orblink_hal_check/processes/attachment.h"
+#include "tools/orblink_hal_check/sweeps/calls.h"
+#include "tools/orblink_hal_check/watch/hal.h"
+#include "tools/orblink_hal_check/watch/process_state.h"
+#include "tools/orblink_hal_check/watch/slot_call.h"
 
 namespace halcheck {
 

@@ -1,8 +1,8 @@
 // Bring-up, settings and restore, made by the real library in the order in which programs make them.
 #pragma once
 
-#include "tools/orblink_hal_check/probe.h"
-#include "tools/orblink_hal_check/slots.h"
+#include "tools/orblink_hal_check/processes/probe.h"
+#include "tools/orblink_hal_check/watch/slots.h"
 
 namespace halcheck {
 

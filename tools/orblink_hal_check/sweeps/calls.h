@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/orblink_hal_check/guarded.h"
-#include "tools/orblink_hal_check/watch.h"
+#include "tools/orblink_hal_check/watch/guarded.h"
+#include "tools/orblink_hal_check/watch/watch.h"
 
 namespace halcheck {
 

@@ -5,8 +5,8 @@
 
 #include "phy/ethphy_records.h"
 #include "switch/orblink_records.h"
-#include "tools/orblink_hal_check/probe.h"
-#include "tools/orblink_hal_check/slots.h"
+#include "tools/orblink_hal_check/processes/probe.h"
+#include "tools/orblink_hal_check/watch/slots.h"
 
 namespace halcheck {
 
