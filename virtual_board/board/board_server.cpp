@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -33,9 +34,14 @@ UniqueFd MakeSocket(const std::string& path)
     return fd;
 }
 
-bool Bind(const UniqueFd& fd, const sockaddr_un& address)
+sockaddr_un AddressOf(const std::string& path)
 {
-    return bind(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        Fail(path, ENAMETOOLONG);
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
 }
 
 // A socket that a killed board has left: nobody listens there any more. Connecting to a file of
@@ -50,23 +56,33 @@ bool IsDeserted(const sockaddr_un& address)
            errno == ECONNREFUSED;
 }
 
+// 0, or the error's number.
+int GiveName(const sockaddr_un& first, const sockaddr_un& wanted)
+{
+    if (link(first.sun_path, wanted.sun_path) == 0)
+        return 0;
+    if (errno != EEXIST)
+        return errno;
+    if (!IsDeserted(wanted) || unlink(wanted.sun_path) != 0)
+        return EADDRINUSE;
+    return link(first.sun_path, wanted.sun_path) == 0 ? 0 : errno;
+}
+
+// A socket gets its name when somebody listens there: who sees it can connect, and no other board
+// takes it for a deserted one. Until then it has another one beside it.
 UniqueFd Listen(const std::string& path)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path)
-        Fail(path, ENAMETOOLONG);
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const sockaddr_un wanted = AddressOf(path);
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    const sockaddr_un first = AddressOf(folder + "." + std::to_string(getpid()));
     UniqueFd fd = MakeSocket(path);
-    if (!Bind(fd, address)) {
-        const int error = errno;
-        if (error != EADDRINUSE || !IsDeserted(address) || unlink(path.c_str()) != 0)
-            Fail(path, error);
-        if (!Bind(fd, address))
-            Fail(path);
-    }
-    if (listen(fd.Get(), SOMAXCONN) != 0)
+    unlink(first.sun_path);  // result dropped: of an earlier process with this number, if any
+    if (bind(fd.Get(), reinterpret_cast<const sockaddr*>(&first), sizeof first) != 0)
         Fail(path);
+    const int error = listen(fd.Get(), SOMAXCONN) == 0 ? GiveName(first, wanted) : errno;
+    unlink(first.sun_path);  // result dropped: whether the wanted name is there counts
+    if (error != 0)
+        Fail(path, error);
     return fd;
 }
 

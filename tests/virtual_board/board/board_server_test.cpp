@@ -5,7 +5,9 @@
 #include <gmock/gmock.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -15,6 +17,21 @@
 
 #include "virtual_board/board/descriptor_passing.h"
 #include "virtual_board/program/control_client.h"
+
+namespace {
+
+// A name that is looked for whenever somebody begins to listen, and whether it was there.
+std::string nameAtListen;
+bool wasNamed;
+
+}  // namespace
+
+// In the place of the C library's.
+extern "C" int listen(int fd, int backlog) noexcept
+{
+    wasNamed = wasNamed || (!nameAtListen.empty() && access(nameAtListen.c_str(), F_OK) == 0);
+    return static_cast<int>(syscall(SYS_listen, fd, backlog));
+}
 
 namespace vboard {
 namespace {
@@ -227,6 +244,16 @@ TEST_F(BoardServerTest, ASocketThatAKilledBoardHasLeftIsTakenOver)
     std::ofstream{other} << "no socket\n";
     EXPECT_THROW(BoardServer(board, other), std::system_error);
     EXPECT_TRUE(std::filesystem::is_regular_file(other));
+}
+
+TEST_F(BoardServerTest, ASocketThatIsSeenCanBeConnectedTo)
+{
+    nameAtListen = directory + "/other";
+    const BoardServer other(board, nameAtListen);
+    EXPECT_FALSE(wasNamed);
+    EXPECT_TRUE(std::filesystem::is_socket(nameAtListen));
+    const std::filesystem::directory_iterator entries(directory);
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 2) << "and nothing beside the two";
 }
 
 }  // namespace
