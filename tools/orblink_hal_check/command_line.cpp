@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -237,9 +238,7 @@ void Describe(CLI::App& app, Options& options)
                          std::string("orblink-hal-check ") + ORBLINK_HAL_CHECK_VERSION);
 }
 
-}  // namespace
-
-int RunCommandLine(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     Options options;
     CLI::App app("Checks a HAL library against the contract of its slots, on a virtual board.",
@@ -265,6 +264,17 @@ int RunCommandLine(int argc, char** argv)
         return RunSession({options.library, options.slot, options.limit * 1000, options.patience,
                            options.counters, options.session});
     return CheckLibrary(options);
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, char** argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        return Complain(error.what());
+    }
 }
 
 }  // namespace halcheck

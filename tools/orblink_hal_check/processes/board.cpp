@@ -16,8 +16,6 @@
 
 #include "toml/text_check.h"
 
-extern char** environ;
-
 namespace halcheck {
 
 namespace {

@@ -1,5 +1,6 @@
 // Ordinary calls of the slots of a switch.
 #include <algorithm>
+#include <iterator>
 
 #include "tools/orblink_hal_check/processes/attachment.h"
 #include "tools/orblink_hal_check/sweeps/calls.h"
@@ -67,11 +68,10 @@ int GetPortLink(int devIdx)
         Guarded duplex{"GetPortLink", 4, fill};
         result = CallSlot(&T::GetPortLink, devIdx, PlaceOn(devIdx).lan, link.As<uint32_t>(),
                           speed.As<uint32_t>(), duplex.As<uint32_t>());
-        size_t i = 0;
-        for (const Guarded* out : {&link, &speed, &duplex}) {
-            out->CheckBeginning();
-            untouched[i] = untouched[i] && out->IsUntouched();
-            ++i;
+        const Guarded* const outs[] = {&link, &speed, &duplex};
+        for (size_t i = 0; i < std::size(outs); ++i) {
+            outs[i]->CheckBeginning();
+            untouched[i] = untouched[i] && outs[i]->IsUntouched();
         }
         if (result != 0)
             return result;

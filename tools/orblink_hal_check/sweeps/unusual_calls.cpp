@@ -41,7 +41,7 @@ UnusualCall ToNoPort(const char* slot, int value)
 
 // Values that the API passes on unchecked.
 template <auto Member>
-UnusualCall Values(const char* slot, std::vector<int> values)
+UnusualCall Values(const char* slot, const std::vector<int>& values)
 {
     return {slot, [=](int devIdx) {
                 for (const int value : values)
@@ -50,7 +50,7 @@ UnusualCall Values(const char* slot, std::vector<int> values)
 }
 
 template <auto Member>
-UnusualCall PortValues(const char* slot, std::vector<int> values)
+UnusualCall PortValues(const char* slot, const std::vector<int>& values)
 {
     return {slot, [=](int devIdx) {
                 for (const int value : values)

@@ -20,9 +20,8 @@ void* foundTables[2] = {};
 bool MakeWritable(void* table, size_t size)
 {
     const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
-    const auto begin = reinterpret_cast<uintptr_t>(table) & ~(page - 1);
-    const auto end = reinterpret_cast<uintptr_t>(table) + size;
-    return mprotect(reinterpret_cast<void*>(begin), end - begin, PROT_READ | PROT_WRITE) == 0;
+    const auto before = reinterpret_cast<uintptr_t>(table) & (page - 1);
+    return mprotect(static_cast<char*>(table) - before, before + size, PROT_READ | PROT_WRITE) == 0;
 }
 
 template <typename Table>

@@ -15,10 +15,10 @@ namespace web {
 namespace {
 
 // How much of an old file is looked at, and of a line that does not end.
-constexpr off_t kTail = 256 * 1024;
+constexpr off_t kTail = off_t{256} * 1024;
 constexpr size_t kLongestLine = 4096;
 // In one call: what floods the log must not keep the board waiting.
-constexpr off_t kMostBytes = 64 * 1024;
+constexpr off_t kMostBytes = off_t{64} * 1024;
 
 }  // namespace
 

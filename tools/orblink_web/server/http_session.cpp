@@ -16,7 +16,7 @@ namespace {
 
 // For a request to come in full, and for an answer to be taken.
 constexpr std::chrono::seconds kPatience{10};
-constexpr unsigned kLongestHeader = 8192;
+constexpr uint32_t kLongestHeader = 8192;
 constexpr int kHttp11 = 11;
 
 // No script, style or picture but this server's own, nothing that could be sent elsewhere, and no
@@ -55,7 +55,7 @@ const char* Reason(unsigned status)
 }  // namespace
 
 HttpSession::HttpSession(boost::asio::ip::tcp::socket socket, Server& server)
-    : stream_(std::move(socket)), server_(server), buffer_(2 * kLongestHeader)
+    : stream_(std::move(socket)), server_(server), buffer_(size_t{2} * kLongestHeader)
 {
 }
 

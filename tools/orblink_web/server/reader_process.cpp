@@ -161,11 +161,12 @@ void ReaderProcess::StartLater(milliseconds delay)
 
 void ReaderProcess::Stop()
 {
-    again_.cancel();
+    boost::system::error_code ignored;  // what is closed and cancelled is gone in any case
+    again_.cancel(ignored);
     if (process_ == -1)
         return;
     // Nobody listens any more: it ends before its next reading.
-    pipe_.close();
+    pipe_.close(ignored);
     int status = 0;
     if (!Reaped(process_, milliseconds(330), &status)) {
         kill(process_, SIGKILL);

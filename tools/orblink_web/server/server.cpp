@@ -149,7 +149,7 @@ bool Server::HasRoomForStream()
     return streams_.size() < kMostStreams;
 }
 
-void Server::Follow(std::shared_ptr<EventStream> stream, std::string head)
+void Server::Follow(const std::shared_ptr<EventStream>& stream, std::string head)
 {
     streams_.push_back(stream);
     stream->Start(std::move(head));

@@ -46,7 +46,7 @@ public:
     ServerFigures Figures() const;
     void CountRequest() { ++requests_; }
     bool HasRoomForStream();
-    void Follow(std::shared_ptr<EventStream> stream, std::string head);
+    void Follow(const std::shared_ptr<EventStream>& stream, std::string head);
     void Forget(HttpSession* session) { sessions_.erase(session); }
 
 private:

@@ -198,7 +198,7 @@ const Reason* FindReason()
 
 std::string Because(std::string_view object, std::string_view operation)
 {
-    if (const auto mdio = MdioReason(object, operation); !mdio.empty())
+    if (auto mdio = MdioReason(object, operation); !mdio.empty())
         return mdio;
     return ORBLINK_isBatteryMode() != 0 ? kOnBattery : kUnknownReason;
 }

@@ -116,7 +116,7 @@ std::optional<std::string> RegionFault(Family family, const RegionState& region)
 {
     const FamilyNames& names = NamesOf(family);
     const std::string path = RegionPath(names);
-    const auto origin = OriginFault(family, region);
+    auto origin = OriginFault(family, region);
     if (origin || !region.exists || region.size >= names.regionSize)
         return origin;
     return path + " has " + std::to_string(region.size) + " of " +

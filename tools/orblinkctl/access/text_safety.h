@@ -1,6 +1,7 @@
 // Texts from outside on their way to a terminal.
 #pragma once
 
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -12,5 +13,12 @@ std::string Printable(std::string_view text);
 
 // The same for a text of several lines.
 std::string PrintableLines(std::string_view text);
+
+// A name in a field of fixed size, which ends there if nothing in it says so.
+template <size_t N>
+std::string_view NameIn(const char (&field)[N])
+{
+    return {field, strnlen(field, N)};
+}
 
 }  // namespace ctl

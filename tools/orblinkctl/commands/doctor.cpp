@@ -232,8 +232,7 @@ void CheckHal(Findings& findings, const Record& record, const std::string& objec
     if (record.bsdValid == 0)
         return findings.Bad(subject, "no board data came for it",
                             "orblinkctl init, with what sends them running");
-    const std::string name(record.board.halLibName,
-                           strnlen(record.board.halLibName, OB_HAL_NAME_SIZE));
+    const std::string name(NameIn(record.board.halLibName));
     const LoadedLibrary library(name.empty() ? nullptr
                                              : dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL));
     const char* reason = library == nullptr ? dlerror() : nullptr;

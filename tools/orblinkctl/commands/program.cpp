@@ -56,6 +56,7 @@ LineSource StandardInput()
 
 ExitCode RunLines(const LineSource& source, bool keepGoing)
 {
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): each line becomes the current one
     const CommandLine batch = CurrentLine();
     ExitCode first = kDone;
     std::string line;
@@ -81,7 +82,7 @@ ExitCode Batch(Call& call)
     const bool keepGoing = call.Has("--keep-going");
     if (!call.Has("FILE") || call.Word("FILE") == "-")
         return RunLines(StandardInput(), keepGoing);
-    const std::string path = call.Word("FILE");
+    const std::string& path = call.Word("FILE");
     std::ifstream file(path);
     if (!file)
         throw Failure{kUsage, path + ": " + std::strerror(errno)};

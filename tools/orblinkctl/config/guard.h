@@ -12,6 +12,7 @@
 
 namespace ctl {
 
+// NOLINTNEXTLINE(bugprone-exception-escape): a model that is moved does not throw
 struct PendingChange {
     std::string file;
     double seconds = 0;
@@ -33,6 +34,7 @@ public:
     Guard(const PendingChange& change, const std::function<void()>& takeBack);
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
+    ~Guard() = default;
 
     void StartCountdown();
     GuardOutcome Keep();

@@ -6,6 +6,7 @@
 #include "hals/linux_switch/linux_switch_hal.h"
 #include "hals/vswitch/vswitch_hal.h"
 #include "tools/orblinkctl/access/json.h"
+#include "tools/orblinkctl/access/text_safety.h"
 #include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
@@ -78,7 +79,7 @@ bool IsVs08(const SwitchDeviceRecord& record)
 
 bool IsLinuxSwitch(const SwitchDeviceRecord& record)
 {
-    return std::strncmp(record.board.halLibName, kLinuxHal, OB_HAL_NAME_SIZE) == 0;
+    return NameIn(record.board.halLibName) == kLinuxHal;
 }
 
 Model PortCounters(const SwitchDeviceRecord& record, PortId port)

@@ -22,6 +22,7 @@ public:
     Model LastChangeOf(const std::string& object) const;
 
 private:
+    // NOLINTNEXTLINE(bugprone-exception-escape): a model that is moved does not throw
     struct History {
         Model link;
         unsigned flaps = 0;

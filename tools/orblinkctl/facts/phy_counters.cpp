@@ -6,6 +6,7 @@
 #include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/access/library.h"
 #include "tools/orblinkctl/access/model.h"
+#include "tools/orblinkctl/access/text_safety.h"
 #include "tools/orblinkctl/access/words.h"
 
 namespace ctl {
@@ -54,7 +55,7 @@ Model Known(const EthphyIeee8023Counters& counters)
 
 bool IsIeee8023(const PhyDeviceRecord& record)
 {
-    return std::strncmp(record.board.halLibName, kKnownHal, OB_HAL_NAME_SIZE) == 0;
+    return NameIn(record.board.halLibName) == kKnownHal;
 }
 
 Model PhyCounters(const PhyDeviceRegion& region, unsigned device)

@@ -1,7 +1,5 @@
 #include "tools/orblinkctl/facts/phy_model.h"
 
-#include <cstring>
-
 #include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/access/log_lines.h"
 #include "tools/orblinkctl/access/names.h"
@@ -25,7 +23,7 @@ std::string PhyStateWord(uint32_t hwState)
 Model PhyBoardModel(const PhyBoardEntry& entry)
 {
     Model model;
-    model["hal"] = Printable({entry.halLibName, strnlen(entry.halLibName, OB_HAL_NAME_SIZE)});
+    model["hal"] = Printable(NameIn(entry.halLibName));
     model["lane"] = entry.serdesId;
     model["interface"] = ModeWord(entry.portIfaceMode);
     model["interface_speed"] = SpeedWord(entry.portIfaceSpeed);

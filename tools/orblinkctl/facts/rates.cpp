@@ -1,5 +1,7 @@
 #include "tools/orblinkctl/facts/rates.h"
 
+#include <cmath>
+
 #include "tools/orblinkctl/access/failure.h"
 #include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/access/library.h"
@@ -50,7 +52,7 @@ Model OneRate(const Model& before, const Model& after, const char* counter, doub
     const auto last = after[counter].get<uint64_t>();
     if (last < first)
         return nullptr;
-    return static_cast<uint64_t>(static_cast<double>(last - first) / seconds + 0.5);
+    return static_cast<uint64_t>(std::llround(static_cast<double>(last - first) / seconds));
 }
 
 // Somebody set the counters to 0 in between. One that has already passed its old value again looks

@@ -1,7 +1,5 @@
 #include "tools/orblinkctl/facts/switch_model.h"
 
-#include <cstring>
-
 #include "tools/orblinkctl/access/failure.h"
 #include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/access/log_lines.h"
@@ -58,7 +56,7 @@ std::string StateWord(uint32_t state)
 Model BoardEntry(const SwitchBoardEntry& entry)
 {
     Model model;
-    model["hal"] = Printable({entry.halLibName, strnlen(entry.halLibName, OB_HAL_NAME_SIZE)});
+    model["hal"] = Printable(NameIn(entry.halLibName));
     model["lane"] = entry.serdesId;
     model["internal_port"] = Optional(entry.internalPortPidx, UINT32_MAX);
     model["interface"] = ModeWord(entry.internalPortIfaceMode);

@@ -14,8 +14,6 @@
 #include "tools/orblinkctl/access/unique_descriptor.h"
 #include "tools/orblinkctl/output/file.h"
 
-extern char** environ;
-
 namespace ctl {
 
 namespace {

@@ -109,13 +109,13 @@ std::string Wrapped(std::string_view line, size_t columns)
         auto word = line.substr(at, end - at);
         at = end;
         if (used + ColumnsOf(word) > columns && used > hanging.size()) {
-            out += "\n" + hanging;
+            out.append("\n").append(hanging);
             used = hanging.size();
             word.remove_prefix(word.starts_with(' ') ? 1 : 0);
         }
         for (; used + ColumnsOf(word) > columns; used = hanging.size()) {
             const std::string part = CutTo(word, columns - used);
-            out += part + "\n" + hanging;
+            out.append(part).append("\n").append(hanging);
             word.remove_prefix(part.size());
         }
         out += word;

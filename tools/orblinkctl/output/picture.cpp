@@ -1,6 +1,7 @@
 #include "tools/orblinkctl/output/picture.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tools/orblinkctl/access/json.h"
 #include "tools/orblinkctl/output/columns.h"
@@ -32,10 +33,10 @@ int WidthOf(int portsPerRow)
 
 Room RoomWithin(size_t columns)
 {
-    if (columns >= static_cast<size_t>(kDeviceX + WidthOf(kPortsPerRow)))
+    if (std::cmp_greater_equal(columns, kDeviceX + WidthOf(kPortsPerRow)))
         return {true, kDeviceX, kPortsPerRow, WidthOf(kPortsPerRow)};
     int ports = kPortsPerRow;
-    while (ports > 1 && static_cast<size_t>(WidthOf(ports)) > columns)
+    while (ports > 1 && std::cmp_greater(WidthOf(ports), columns))
         --ports;
     return {false, 0, ports, WidthOf(ports)};
 }

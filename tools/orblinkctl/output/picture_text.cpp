@@ -42,7 +42,9 @@ struct Character {
 class Grid {
 public:
     Grid(int width, int height, const Strokes& strokes)
-        : width_(width), cells_(static_cast<size_t>(width * height)), strokes_(strokes)
+        : width_(static_cast<size_t>(width)),
+          cells_(width_ * static_cast<size_t>(height)),
+          strokes_(strokes)
     {
     }
 
@@ -68,7 +70,7 @@ public:
     std::string Lines(bool colour) const
     {
         std::string out;
-        for (size_t start = 0; start < cells_.size(); start += static_cast<size_t>(width_))
+        for (size_t start = 0; start < cells_.size(); start += width_)
             out += OneLine(start, colour) + "\n";
         return out;
     }
@@ -88,14 +90,16 @@ private:
         return left || right ? strokes_.vertical : " ";
     }
 
-    void Put(int x, int y, const char* text, Style style)
+    Character* At(int x, int y)
     {
-        cells_[static_cast<size_t>(y * width_ + x)] = {text, style};
+        return &cells_[static_cast<size_t>(y) * width_ + static_cast<size_t>(x)];
     }
+
+    void Put(int x, int y, const char* text, Style style) { *At(x, y) = {text, style}; }
 
     void Write(int x, int y, const std::string& text, Style style)
     {
-        auto cell = cells_.begin() + y * width_ + x;
+        Character* cell = At(x, y);
         for (const auto& glyph : Glyphs(text)) {
             *cell++ = {glyph.text, style};
             // The rest of a wide character.
@@ -108,7 +112,7 @@ private:
     {
         std::string line;
         Style current = Style::kPlain;
-        for (size_t i = start; i < start + static_cast<size_t>(width_); ++i) {
+        for (size_t i = start; i < start + width_; ++i) {
             if (colour && cells_[i].style != current)
                 line += std::string("\033[0m") + Colour(cells_[i].style);
             current = cells_[i].style;
@@ -120,7 +124,7 @@ private:
         return line;
     }
 
-    int width_;
+    size_t width_;
     std::vector<Character> cells_;
     const Strokes& strokes_;
 };

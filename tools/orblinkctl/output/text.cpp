@@ -30,8 +30,9 @@ void Flatten(const Model& value, const std::string& key, std::string& out)
     if (value.is_structured()) {
         size_t index = 0;
         for (const auto& [name, entry] : value.items()) {
-            const std::string step = value.is_array() ? std::to_string(index++) : name;
-            Flatten(entry, key.empty() ? step : key + "." + step, out);
+            std::string step = key.empty() ? key : key + ".";
+            step += value.is_array() ? std::to_string(index++) : name;
+            Flatten(entry, step, out);
         }
         return;
     }
