@@ -16,6 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -201,7 +202,8 @@ public:
     {
         const sockaddr_un address = {AF_UNIX, "/dev/log"};
         unlink(address.sun_path);
-        bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+        if (bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
+            perror(address.sun_path);
         if (reads && (reader_ = fork()) == 0) {
             char line[4096];
             while (recv(fd_, line, sizeof(line), 0) >= 0) {

@@ -25,7 +25,7 @@ protected:
         action.sa_handler = [](int) {};
         action.sa_flags = GetParam().flags;
         sigaction(SIGALRM, &action, nullptr);
-        SetTimer(GetParam().periodMilliseconds * 1000);
+        SetTimer(GetParam().periodMilliseconds * 1000L);
     }
 
     ~WaitUnderSignals() override { SetTimer(0); }

@@ -29,7 +29,7 @@ void Put32(std::vector<uint8_t>& out, uint32_t value)
 void PutEntry(std::vector<uint8_t>& out, const PhyBoard::Entry& entry)
 {
     char name[OB_HAL_NAME_SIZE] = {};
-    memcpy(name, entry.halLibName.data(), std::min(entry.halLibName.size(), sizeof(name)));
+    entry.halLibName.copy(name, sizeof(name));
     out.insert(out.end(), name, name + sizeof(name));
     for (uint32_t word : {entry.serdesId, entry.enableGpioPin, entry.resetGpioPin})
         Put32(out, word);
@@ -60,7 +60,7 @@ ProcessReport ReadReport(int fd)
 {
     std::string text;
     char buffer[4096];
-    for (ssize_t size; (size = read(fd, buffer, sizeof(buffer))) > 0;)
+    for (ssize_t size = 0; (size = read(fd, buffer, sizeof(buffer))) > 0;)
         text.append(buffer, static_cast<size_t>(size));
     std::istringstream lines(text);
     std::string line;

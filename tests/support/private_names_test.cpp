@@ -42,7 +42,7 @@ bool SemaphoreExists(int id)
     std::string line;
     while (std::getline(sets, line)) {
         std::istringstream words(line);
-        int key, found = -1;
+        int key = -1, found = -1;
         words >> key >> found;
         if (found == id)
             return true;

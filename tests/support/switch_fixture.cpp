@@ -23,7 +23,7 @@ void Put32(std::vector<uint8_t>& out, uint32_t value)
 void PutEntry(std::vector<uint8_t>& out, const SwitchBoard::Entry& entry)
 {
     char name[OB_HAL_NAME_SIZE] = {};
-    memcpy(name, entry.halLibName.data(), std::min(entry.halLibName.size(), sizeof(name)));
+    entry.halLibName.copy(name, sizeof(name));
     out.insert(out.end(), name, name + sizeof(name));
     for (uint32_t word :
          {entry.serdesId, entry.enableGpioPin, entry.resetGpioPin, entry.internalPortPidx})

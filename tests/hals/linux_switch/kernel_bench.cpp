@@ -136,7 +136,7 @@ int RunShell(const std::string& command, std::string& output)
 {
     FILE* pipe = popen(("exec 2>&1\n" + command).c_str(), "r");
     std::array<char, 4096> buffer;
-    for (size_t got; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+    for (size_t got = 0; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
         output.append(buffer.data(), got);
     return pclose(pipe);
 }

@@ -15,7 +15,10 @@ public:
     static constexpr unsigned kInternalPort[] = {0, 4};
 
     struct Device {
-        explicit Device(unsigned internalPort) : chip(internalPort), internalPort(internalPort) {}
+        explicit Device(unsigned internalPort)
+            : chip(internalPort), internalPort(static_cast<int>(internalPort))
+        {
+        }
 
         vboard::VswitchChip chip;
         int internalPort;  // of the board data

@@ -62,7 +62,7 @@ std::string Hex(size_t number)
     char marker[8];
     snprintf(marker, sizeof marker, "%02zx", number);
     return sample.destination + sample.source + sample.tag + "88b5" + marker +
-           std::string(2 * 60, '0');
+           std::string(120, '0');
 }
 
 }  // namespace

@@ -70,13 +70,13 @@ std::string WhyNot()
 
 void Traffic::UseLinux()
 {
-    onLinux = true;
+    onLinux_ = true;
     timeScale = "0.2";
 }
 
 void Traffic::SetUp()
 {
-    const std::string reason = onLinux ? "" : WhyNot();
+    const std::string reason = onLinux_ ? "" : WhyNot();
     if (!reason.empty())
         GTEST_SKIP() << reason;
     std::string name = "/tmp/traffic-test.XXXXXX";
@@ -92,17 +92,17 @@ void Traffic::TearDown()
 std::string Traffic::Run(const std::string& script)
 {
     const std::string bin = std::string(std::getenv("ORBLINK_BUILD")) + "/bin";
-    const std::string hosts = onLinux ? "hosts_linux.sh" : "hosts_virtual.sh";
+    const std::string hosts = onLinux_ ? "hosts_linux.sh" : "hosts_virtual.sh";
     std::ofstream(Path("script")) << "PATH=" << bin << ":$PATH\nS=" << directory
                                   << "\n. " ORBLINK_LAN "/" << hosts
                                   << "\n. " ORBLINK_LAN "/traffic.sh\n"
                                   << script;
-    const std::string board = onLinux ? "lan_linux.toml" : "lan.toml";
+    const std::string board = onLinux_ ? "lan_linux.toml" : "lan.toml";
     // A switch of the kernel is made in a network of its own.
     const std::string network =
-        onLinux ? std::string("ORBLINK_LINUX_SWITCH=" ORBLINK_LAN "/linux_mapping unshare ") +
-                      (geteuid() == 0 ? "-n " : "-rn ")
-                : "";
+        onLinux_ ? std::string("ORBLINK_LINUX_SWITCH=" ORBLINK_LAN "/linux_mapping unshare ") +
+                       (geteuid() == 0 ? "-n " : "-rn ")
+                 : "";
     const std::string line = network + bin + "/orblink-vboard run --board " ORBLINK_LAN "/" +
                              board + " --time-scale " + timeScale + " -- sh " + Path("script") +
                              " >" + Path("out") + " 2>" + Path("err");

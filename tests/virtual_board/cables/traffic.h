@@ -50,7 +50,7 @@ protected:
     std::string timeScale = "0.05";
 
 private:
-    bool onLinux = false;
+    bool onLinux_ = false;
 };
 
 // As a script writes them: "ffffffffffff" + source + tags + the test's type and some data.

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 using namespace traffic;
-using ::testing::ElementsAre;
 
 TEST_F(Traffic, ProviderBridgingAddsAServiceTagToAServiceTag)
 {

@@ -73,7 +73,7 @@ inline Octets Hello(const Octets& options)
 inline Octets RecordV3(uint8_t type, const Group& group, unsigned sources)
 {
     return Octets{type, 0, 0, static_cast<uint8_t>(sources)} + Octets(group.begin(), group.end()) +
-           Octets(4 * sources);
+           Octets(size_t{4} * sources);
 }
 
 inline Octets ReportV3(unsigned count, const Octets& records)

@@ -34,7 +34,7 @@ Outcome Shell(const std::string& script)
     FILE* pipe = popen(("sh " + path + " 2>&1").c_str(), "r");
     Outcome outcome{-1, {}};
     char part[4096];
-    for (size_t size; (size = fread(part, 1, sizeof part, pipe)) > 0;)
+    for (size_t size = 0; (size = fread(part, 1, sizeof part, pipe)) > 0;)
         outcome.output.append(part, size);
     int status = pclose(pipe);
     if (WIFEXITED(status))

@@ -128,6 +128,7 @@ int ReadAttribute(const char* index)
     if (file == nullptr)
         return Failed("fopen");
     int value = -1;
+    // NOLINTNEXTLINE(cert-err34-c): what it makes of the attribute is printed
     int count = fscanf(file, "%d", &value);
     fclose(file);
     printf("%d of value %d\n", count, value);

@@ -27,7 +27,7 @@ uint16_t RunFdb(ChipBench& bench, uint16_t op)
 
 void SetFdbKey(ChipBench& bench, const vboard::MacAddress& mac, uint16_t vid, uint16_t info)
 {
-    for (unsigned i = 0; i < 3; ++i)
+    for (size_t i = 0; i < 3; ++i)
         EXPECT_TRUE(bench.Write(static_cast<uint16_t>(0x0202 + i),
                                 static_cast<uint16_t>(mac[2 * i] << 8 | mac[2 * i + 1])));
     EXPECT_TRUE(bench.Write(0x0205, vid));

@@ -64,27 +64,27 @@ private:
     void Take(const std::string& line)
     {
         if (line.starts_with("#"))
-            heading = line;
+            heading_ = line;
         if (!line.starts_with("|"))
             return;
         const auto cells = Cells(line);
         if (cells.size() == 5 && cells[1].ends_with("ports"))
-            portKind = cells[1];
+            portKind_ = cells[1];
         else if (cells.size() == 5 && IsAccess(cells[2]))
             TakeRow(cells);
     }
 
     void TakeRow(const std::vector<std::string>& cells)
     {
-        if (heading.starts_with("### 4.1") || heading.starts_with("### 4.2"))
+        if (heading_.starts_with("### 4.1") || heading_.starts_with("### 4.2"))
             Add(*Number(cells[0]), cells);
-        else if (heading.starts_with("### 4.3"))
+        else if (heading_.starts_with("### 4.3"))
             TakeCounterRow(cells);
-        else if (heading.starts_with("### 4.4"))
+        else if (heading_.starts_with("### 4.4"))
             Repeat(0x0400, 8, 32, cells);
-        else if (heading.starts_with("### 4.5"))
+        else if (heading_.starts_with("### 4.5"))
             TakePortRow(cells);
-        else if (heading.starts_with("### 4.6"))
+        else if (heading_.starts_with("### 4.6"))
             Repeat(0x2000, 8, 64, cells);
     }
 
@@ -102,7 +102,7 @@ private:
             const std::string kind = port == 0   ? "SerDes ports"
                                      : port == 7 ? "RGMII ports"
                                                  : "PHY ports";
-            if (portKind.empty() || portKind == kind)
+            if (portKind_.empty() || portKind_ == kind)
                 Add(0x1000 + 0x100 * port + *Number(cells[0]), cells);
         }
     }
@@ -119,8 +119,8 @@ private:
                              NamedBits(cells[4])});
     }
 
-    std::string heading;
-    std::string portKind;
+    std::string heading_;
+    std::string portKind_;
 };
 
 }  // namespace
