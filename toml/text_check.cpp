@@ -6,6 +6,7 @@ namespace toml_text {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
+constexpr size_t kNowhere = std::string_view::npos;
 
 // Behind a string that begins at `at`, or behind its quotes where nothing ends it.
 size_t BehindString(std::string_view text, size_t at)
@@ -36,7 +37,7 @@ bool IsAscii(char c)
 size_t FindLostLetter(std::string_view text, size_t at, size_t end)
 {
     if (!text.substr(at).starts_with("\"\"\""))
-        return std::string_view::npos;
+        return kNowhere;
     for (size_t i = at; i < end; ++i) {
         if (text[i] != '\\')
             continue;
@@ -44,14 +45,19 @@ size_t FindLostLetter(std::string_view text, size_t at, size_t end)
         if (next < end && !IsAscii(text[next]))
             return next;
     }
-    return std::string_view::npos;
+    return kNowhere;
+}
+
+bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
 }
 
 // An empty name is one that the parser refuses by itself.
 bool BeginsName(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           std::string_view("-_\"']").find(c) != std::string_view::npos;
+           std::string_view("-_\"']").find(c) != kNowhere;
 }
 
 // Through the text up to what the parser must not be given.
@@ -90,6 +96,10 @@ private:
 
     void TakeString()
     {
+        if (InNumber()) {
+            fault_ = "expected no quotes in a number";
+            return;
+        }
         const size_t end = BehindString(text_, at_);
         const size_t lost = FindLostLetter(text_, at_, end);
         lineIsBlank_ = false;
@@ -123,14 +133,38 @@ private:
             --arrays_;
         if (c == '\n')
             lineIsBlank_ = true;
-        else if (kBlanks.find(c) == std::string_view::npos)
+        else if (kBlanks.find(c) == kNowhere)
             lineIsBlank_ = false;
-        dots_ = kEndsKey.find(c) != std::string_view::npos ? 0 : dots_ + (c == '.' ? 1 : 0);
+        dots_ = kEndsKey.find(c) != kNowhere ? 0 : dots_ + (c == '.' ? 1 : 0);
         fault_ = FaultOf(c);
-        if (fault_ == nullptr)
-            ++at_;
-        if (kBlanks.find(c) == std::string_view::npos && c != '\n' && c != '\r')
+        if (fault_ != nullptr)
+            return;
+        FollowValue(c);
+        ++at_;
+        if (kBlanks.find(c) == kNowhere && c != '\n' && c != '\r')
             last_ = c;
+    }
+
+    void FollowValue(char c)
+    {
+        constexpr std::string_view kBeforeValue = "=[,";
+        constexpr std::string_view kNoValue = " \t\r\n,]}";
+        constexpr std::string_view kOpens = "[{";
+        if (kNoValue.find(c) != kNowhere)
+            value_ = kNowhere;
+        else if (value_ == kNowhere && kBeforeValue.find(last_) != kNowhere &&
+                 kOpens.find(c) == kNowhere)
+            value_ = at_;
+    }
+
+    // Or in a date.
+    bool InNumber() const { return value_ != kNowhere && IsDigit(text_[value_]); }
+
+    // Where a date is followed by a blank and a digit the parser expects another digit.
+    bool IsBeforeTime(char c) const
+    {
+        return c == ' ' && InNumber() && at_ + 1 < text_.size() && IsDigit(text_[at_ + 1]) &&
+               std::ranges::count(text_.substr(value_, at_ - value_), '-') >= 2;
     }
 
     // The parser goes one call deeper for each dot of a key. It may go astray while it tells letters
@@ -143,6 +177,8 @@ private:
             return "expected quotes around letters beyond ASCII";
         if (c == '}' && (last_ == '[' || last_ == ','))
             return "expected no '}' behind '[' or ','";
+        if (IsBeforeTime(c))
+            return "expected no time behind a date";
         return nullptr;
     }
 
@@ -153,7 +189,8 @@ private:
     size_t dots_ = 0;
     size_t arrays_ = 0;  // that have begun and not ended
     bool lineIsBlank_ = true;
-    char last_ = '\n';  // that is no blank, no end of a line and no comment
+    size_t value_ = kNowhere;  // where the one that is read began, but for texts
+    char last_ = '\n';         // that is no blank, no end of a line and no comment
     const char* fault_ = nullptr;
 };
 

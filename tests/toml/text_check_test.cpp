@@ -95,6 +95,30 @@ TEST(TextCheck, WantsNoEndOfATableInPlaceOfAValue)
         EXPECT_EQ(Said(good), "") << good;
 }
 
+TEST(TextCheck, WantsNoTimeBehindADate)
+{
+    constexpr const char* kTime = ": expected no time behind a date";
+    EXPECT_EQ(Said("a = 1979-05-27 3"), std::string("1:15") + kTime);
+    EXPECT_EQ(Said("a = 1979-05-27 07:32:00\n"), std::string("1:15") + kTime);
+    EXPECT_EQ(Said("a = 19_79-05-27 3\n"), std::string("1:16") + kTime);
+    EXPECT_EQ(Said("a=1-------k= 3\n"), std::string("1:13") + kTime);
+    EXPECT_EQ(Said("a = [1--[--[-- 3]"), std::string("1:15") + kTime);
+    EXPECT_EQ(Said("a = [2,\n1979-05-27 3]"), std::string("2:11") + kTime);
+    for (const char* good : {"a = 1979-05-27", "a = 1979-05-27 # 3", "a = 1979-05-27T07:32:00",
+                             "1-2-3= 4", "a-b-c= 4", "a = '1979-05-27 3'", "[1-2-3]\nb = 4",
+                             "a = [1, 2]", "a = -1-2-3 4", "a = 1979-05-27\t3"})
+        EXPECT_EQ(Said(good), "") << good;
+}
+
+TEST(TextCheck, WantsNoQuotesInANumber)
+{
+    constexpr const char* kQuotes = ": expected no quotes in a number";
+    EXPECT_EQ(Said("a = 1--\"--\"-- 3"), std::string("1:8") + kQuotes);
+    EXPECT_EQ(Said("a = [1'2']"), std::string("1:7") + kQuotes);
+    for (const char* good : {"a = [1, '2', \"3\"]", "a = 1 # '", "a = {b = 1, 'c' = 2}", "1'2'"})
+        EXPECT_EQ(Said(good), "") << good;
+}
+
 TEST(TextCheck, StringsWithoutAnEndHideNothing)
 {
     const std::string deep = Repeated("a.", 17) + "a = 1";

@@ -321,9 +321,18 @@ void Note(VirtualBoard& board, const Json& command)
     board.Log().Note({JournalKind::kControl, command["verb"], std::move(facts)});
 }
 
+// All of them are numbers of something, or times in nanoseconds.
+void CheckNumbers(const Json& command)
+{
+    for (const auto& [key, value] : command.items())
+        if (value.is_number_float() || (value.is_number() && value < 0))
+            throw Refusal{kExitUsage, "bad command: " + key + " is no whole number of 0 or more"};
+}
+
 Json Run(VirtualBoard& board, const Json& command)
 {
     const auto name = command.at("verb").get<std::string>();
+    CheckNumbers(command);
     const auto* verb = std::ranges::find(kVerbs, name, &ControlVerb::name);
     if (verb == std::end(kVerbs))
         throw Refusal{kExitUsage, "unknown verb '" + name + "'"};

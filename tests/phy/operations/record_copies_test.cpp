@@ -12,8 +12,8 @@ class PhyRecordCopies : public PhyTest {
 protected:
     void FillRecord()
     {
-        for (uint8_t i = 0; i < sizeof(PhyDeviceRecord); ++i)
-            reinterpret_cast<uint8_t*>(&Record())[i] = i;
+        for (size_t i = 0; i < sizeof(PhyDeviceRecord); ++i)
+            reinterpret_cast<uint8_t*>(&Record())[i] = static_cast<uint8_t>(i);
     }
 
     // Bytes from..to as FillRecord wrote them, then a guard that a copy must leave alone.

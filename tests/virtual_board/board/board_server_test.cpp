@@ -211,7 +211,9 @@ TEST_F(BoardServerTest, ControlRefusesWhatIsNoCommand)
     for (const Json& command :
          {Json(5), Json::object(), Json{{"verb", "explode"}}, Json{{"verb", 5}},
           Json{{"verb", "battery"}}, Json{{"verb", "link"}, {"device", "sw0"}},
-          Json{{"verb", "reg"}, {"device", "sw0"}, {"first", 0}, {"last", 4294967295U}}}) {
+          Json{{"verb", "reg"}, {"device", "sw0"}, {"first", 0}, {"last", 4294967295U}},
+          Json{{"verb", "battery"}, {"value", 4.4e56}}, Json{{"verb", "battery"}, {"value", -1}},
+          Json{{"verb", "fault"}, {"name", "mdio-error"}, {"at", 1.5}}}) {
         Json answer = AskBoard(path, command);
         EXPECT_EQ(answer["ok"], false) << command;
         EXPECT_EQ(answer["schema"], 1);
