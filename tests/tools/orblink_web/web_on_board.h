@@ -75,7 +75,7 @@ public:
     const Scratch& Files() const { return scratch_; }
 
     // Whether the path's body holds the text before the time is over.
-    bool Shows(const std::string& path, const std::string& text, int milliseconds = 10000) const;
+    bool Shows(const std::string& path, const std::string& text, int milliseconds = 15000) const;
 
 private:
     std::string Attach() const;
@@ -87,7 +87,7 @@ private:
 };
 
 // Whether it comes true before the time is over.
-bool Eventually(const std::function<bool()>& condition, int milliseconds = 10000);
+bool Eventually(const std::function<bool()>& condition, int milliseconds = 15000);
 
 std::string Program(const std::string& name);
 
