@@ -81,7 +81,7 @@ static unsigned Unexplained(int phy, int rounds)
 int main(int count, char** words)
 {
     const struct sigaction action = {.sa_handler = OnSignal};
-    const int rounds = count == 2 ? atoi(words[1]) : 0;
+    const int rounds = count == 2 ? (int)strtol(words[1], NULL, 10) : 0;
     if (rounds <= 0 || sigaction(SIGALRM, &action, NULL) != 0)
         return 2;
     OBPLAT_SetLogHandler(OnLine);

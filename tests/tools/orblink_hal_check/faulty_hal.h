@@ -23,8 +23,8 @@ static inline void Crash(void)
 /* Takes a lock of the library; by its name alone, so that nothing is imported. */
 static inline void CallApi(const char* function)
 {
-    unsigned char count;
-    int (*call)(unsigned char*);
+    unsigned char count = 0;
+    int (*call)(unsigned char*) = NULL;
     void* symbol = dlsym(RTLD_DEFAULT, function);
     memcpy(&call, &symbol, sizeof call);
     if (call)

@@ -1,5 +1,6 @@
 // Every command's JSON against the schema that is shipped, with none, one and many objects.
 #include <fstream>
+#include <string_view>
 
 #include "tests/tools/orblinkctl/on_board.h"
 
@@ -97,7 +98,7 @@ private:
             complaints_.push_back((at.empty() ? "/" : at) + ": expected " + what);
     }
 
-    const std::string kSilentWords =
+    static constexpr std::string_view kSilentWords =
         " $schema title description $defs items required properties additionalProperties ";
     json root_;
     std::vector<std::string> complaints_;
