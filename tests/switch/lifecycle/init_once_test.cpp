@@ -78,8 +78,8 @@ TEST_F(InitOnce, RunsEveryStepInOrderUnderTheNewSemaphore)
                             "sys close()",
                             "log3 OBOS_InitHwSpecificData:# Received LAN BSD from ARM",
                             "log3 OBOS_InitBsdFromIni:# OBOS_InitBsdFromIni NOT IMPLEMETED",
-                            ("log9 OBOS_InitHwSpecificData:# OBOS_InitBsdFromIni() done! "
-                             "NumOfSwitchDevices=0"),
+                            "log9 OBOS_InitHwSpecificData:# OBOS_InitBsdFromIni() done! "
+                            "NumOfSwitchDevices=0",
                             "log9 OBOS_InitHwSpecificData:# <---",
                             "sys dlopen(liborblink_velmar.so, RTLD_NOW)",
                             "hal0 Init(ptr)",

@@ -85,8 +85,8 @@ std::vector<Operation> PortOperations()
                       {"EnablePhyPortEee",
                        {"hal EnablePort({d}, {p})", "hal SetPhyPortSpeedDuplex({d}, {p}, 1, 1)",
                         "hal EnablePhyPortEee({d}, {p})",
-                        ("log1 _RestorePortConfig:# EnablePhyPortEee failed, PhyPortIdx = {p}, "
-                         "DevIdx={d}"),
+                        "log1 _RestorePortConfig:# EnablePhyPortEee failed, PhyPortIdx = {p}, "
+                        "DevIdx={d}",
                         "log1 Failed restore port configuration, DevIdx={d} PhyPortIdx={p}"},
                        true}},
          .already = "log2 PortIdx={p} link is already enabled, DevIdx={d}",
@@ -229,8 +229,8 @@ std::vector<Operation> PortOperations()
                        {"hal SetPhyPortDvt({d}, {p}, 0)",
                         "hal SetPhyPortSpeedDuplex({d}, {p}, 1, 1)",
                         "hal EnablePhyPortEee({d}, {p})",
-                        ("log1 _RestorePortConfig:# EnablePhyPortEee failed, PhyPortIdx = {p}, "
-                         "DevIdx={d}"),
+                        "log1 _RestorePortConfig:# EnablePhyPortEee failed, PhyPortIdx = {p}, "
+                        "DevIdx={d}",
                         "log1 Failed restore port configuration, DevIdx={d} PhyPortIdx={p}"},
                        true}},
          .needsEnabled = true,

@@ -6,15 +6,15 @@ namespace {
 
 TEST(Startup, IsSavedComparedAndApplied)
 {
-    const auto r = OnBoardUp(
-        "one_switch",
-        {"unshare -m true", "ctl port 1 vlan 100 >/dev/null",
-         ("unshare -m sh -ec 'mount -t tmpfs none /etc; orblinkctl config save --startup; "
-          "ls /etc/orblink; orblinkctl config diff --startup; orblinkctl port 1 vlan 7; "
-          "orblinkctl config diff --startup || echo ended with $?; "
-          "orblinkctl config apply --startup; orblinkctl config diff --startup'"),
-         "ctl config save --startup extra.toml", "ctl config apply",
-         "ctl config save - | head -1"});
+    const auto r =
+        OnBoardUp("one_switch",
+                  {"unshare -m true", "ctl port 1 vlan 100 >/dev/null",
+                   "unshare -m sh -ec 'mount -t tmpfs none /etc; orblinkctl config save --startup; "
+                   "ls /etc/orblink; orblinkctl config diff --startup; orblinkctl port 1 vlan 7; "
+                   "orblinkctl config diff --startup || echo ended with $?; "
+                   "orblinkctl config apply --startup; orblinkctl config diff --startup'",
+                   "ctl config save --startup extra.toml", "ctl config apply",
+                   "ctl config save - | head -1"});
     if (r[0].code != 0)
         GTEST_SKIP() << "no directory of its own: " << r[0].err;
     EXPECT_THAT(r[2], Prints("startup.toml\n"

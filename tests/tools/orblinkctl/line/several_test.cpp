@@ -54,9 +54,9 @@ TEST(Several, WhatWasSetIsUndoneInReverseOrderWhenOneFails)
         "one_switch", {"ctl port 0:6-7 vlan 100 pcp 5 speed 100",
                        "ctl reg 0 6 3-4; ctl reg 0 7 3-4", "ctl port 0:6 speed", "ctl config diff",
                        // Every operation names itself and its port when it is entered.
-                       ("ctl -v -v port 0:6-7 vlan 100 speed 100 2>&1 | "
-                        "sed -n 's/.*ORBLINK_Set\\(LanPortVlan\\|PhyPortSpeedDuplex\\):[0-9]* "
-                        "[A-Za-z]*Idx=\\([0-9]\\), .*/\\1 \\2/p'")});
+                       "ctl -v -v port 0:6-7 vlan 100 speed 100 2>&1 | "
+                       "sed -n 's/.*ORBLINK_Set\\(LanPortVlan\\|PhyPortSpeedDuplex\\):[0-9]* "
+                       "[A-Za-z]*Idx=\\([0-9]\\), .*/\\1 \\2/p'"});
     EXPECT_THAT(r[0], Refuses(5,
                               "port 0:7: no PHY is attached to it; the settings before it were "
                               "taken back"));
