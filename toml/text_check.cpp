@@ -8,7 +8,8 @@ namespace {
 constexpr std::string_view kBlanks = " \t";
 constexpr size_t kNowhere = std::string_view::npos;
 
-// Behind a string that begins at `at`, or behind its quotes where nothing ends it.
+// Behind a string that begins at `at`. Where nothing ends it: behind its quote, or, where it could have
+// gone on in the next line, nowhere.
 size_t BehindString(std::string_view text, size_t at)
 {
     constexpr size_t kMostQuotesAtEnd = 5;  // a long string may end with two of its own
@@ -24,7 +25,7 @@ size_t BehindString(std::string_view text, size_t at)
                               {text.find_first_not_of(quote, i), i + kMostQuotesAtEnd, text.size()})
                         : i + marks;
     }
-    return at + marks;
+    return many ? kNowhere : at + marks;
 }
 
 bool IsAscii(char c)
@@ -101,6 +102,10 @@ private:
             return;
         }
         const size_t end = BehindString(text_, at_);
+        if (end == kNowhere) {
+            fault_ = "expected three more quotes at its end";
+            return;
+        }
         const size_t lost = FindLostLetter(text_, at_, end);
         lineIsBlank_ = false;
         last_ = text_[at_];

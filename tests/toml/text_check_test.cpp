@@ -85,6 +85,15 @@ TEST(TextCheck, TakesLettersBeyondAsciiInTextsOnly)
         EXPECT_EQ(Said(good), "") << good;
 }
 
+TEST(TextCheck, WantsAnEndOfATextOfSeveralLines)
+{
+    constexpr const char* kNoEnd = ": expected three more quotes at its end";
+    EXPECT_EQ(Said("a = 1\nb = \"\"\"\nc\n\"\""), std::string("2:5") + kNoEnd);
+    EXPECT_EQ(Said("a = '''\n"), std::string("1:5") + kNoEnd);
+    EXPECT_EQ(Said("a = \"\"\"\\\"\\\"\"\"b\"\\\xC3\xA9\""), std::string("1:5") + kNoEnd);
+    EXPECT_EQ(Said("a = \"\"\"\"\"\""), "");
+}
+
 TEST(TextCheck, WantsNoEndOfATableInPlaceOfAValue)
 {
     constexpr const char* kNoValue = ": expected no '}' behind '[' or ','";
