@@ -162,13 +162,18 @@ private:
             value_ = at_;
     }
 
-    // Or in a date.
-    bool InNumber() const { return value_ != kNowhere && IsDigit(text_[value_]); }
+    // Or in a date. The parser looks at what follows in search of the end, quoted or not.
+    bool InNumber() const
+    {
+        return value_ != kNowhere &&
+               (IsDigit(text_[value_]) || text_[value_] == '+' || text_[value_] == '-');
+    }
 
     // Where a date is followed by a blank and a digit the parser expects another digit.
     bool IsBeforeTime(char c) const
     {
-        return c == ' ' && InNumber() && at_ + 1 < text_.size() && IsDigit(text_[at_ + 1]) &&
+        return c == ' ' && InNumber() && IsDigit(text_[value_]) && at_ + 1 < text_.size() &&
+               IsDigit(text_[at_ + 1]) &&
                std::ranges::count(text_.substr(value_, at_ - value_), '-') >= 2;
     }
 

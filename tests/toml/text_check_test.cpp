@@ -124,6 +124,8 @@ TEST(TextCheck, WantsNoQuotesInANumber)
     constexpr const char* kQuotes = ": expected no quotes in a number";
     EXPECT_EQ(Said("a = 1--\"--\"-- 3"), std::string("1:8") + kQuotes);
     EXPECT_EQ(Said("a = [1'2']"), std::string("1:7") + kQuotes);
+    EXPECT_EQ(Said("a = -\"\xC3\xA9\""), std::string("1:6") + kQuotes);
+    EXPECT_EQ(Said("a = +1_R\"\xC3\xA9\""), std::string("1:9") + kQuotes);
     for (const char* good : {"a = [1, '2', \"3\"]", "a = 1 # '", "a = {b = 1, 'c' = 2}", "1'2'"})
         EXPECT_EQ(Said(good), "") << good;
 }
