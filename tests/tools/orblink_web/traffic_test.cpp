@@ -46,8 +46,8 @@ TEST(Traffic, IsUnknownWhereCountersAre)
 TEST(Traffic, KeepsTheLastMinutesAndNoMore)
 {
     Traffic traffic;
-    for (int i = 0; i < 1000; ++i)
-        traffic.Take("0:1", Port(), Counters(i * 10U, 0), i * 1000);
+    for (uint64_t i = 0; i < 1000; ++i)
+        traffic.Take("0:1", Port(), Counters(i * 10, 0), static_cast<int64_t>(i) * 1000);
     const auto history = ctl::Model::parse(traffic.History());
     EXPECT_EQ(history["0:1"].size(), 300U);
     EXPECT_EQ(history["0:1"].back(), ctl::Model::array({999000, 10, 0}));

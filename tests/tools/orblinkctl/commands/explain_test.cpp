@@ -29,7 +29,7 @@ struct Case {
     // The whole command; "" for one that is no command of this program.
     const char* next;
     // How the board is brought back where the next step is not a command.
-    std::string mended = "";
+    std::string mended = {};
 };
 
 const Case kCases[] = {
