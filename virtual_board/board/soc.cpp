@@ -172,9 +172,9 @@ Json Soc::ShowLanes() const
 Json Soc::ShowInterfaces() const
 {
     Json shown = Json::object();
-    // The analyser loses track of a temporary object that it has made itself, and calls it unset.
-    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
     for (size_t i = 0; i < interfaces_.size(); ++i)
+        // The analyser loses track of a temporary object that it has made itself, and calls it unset.
+        // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
         shown[wire::kInterfaceNames[i]] = {{"up", interfaces_[i].up},
                                            {"speed", interfaces_[i].speed},
                                            {"duplex", interfaces_[i].duplex},
