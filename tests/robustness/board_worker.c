@@ -46,6 +46,7 @@ static uint32_t Kilobytes(void)
 {
     unsigned long size = 0, resident = 0;
     FILE* statm = fopen("/proc/self/statm", "r");
+    // NOLINTNEXTLINE(cert-err34-c): the numbers are the kernel's
     if (statm == NULL || fscanf(statm, "%lu %lu", &size, &resident) != 2)
         exit(2);
     fclose(statm);
@@ -119,8 +120,8 @@ int main(int count, char** words)
 {
     if (count != 4)
         return 2;
-    const unsigned field = (unsigned)atoi(words[1]);
-    const uint64_t end = Microseconds() + (uint64_t)atoi(words[2]) * 1000000;
+    const unsigned field = (unsigned)strtoul(words[1], NULL, 10);
+    const uint64_t end = Microseconds() + (uint64_t)strtoul(words[2], NULL, 10) * 1000000;
     struct State* const state = field < kFields ? MapState(words[3]) : NULL;
     if (state == NULL)
         return 2;

@@ -172,7 +172,7 @@ std::string LiveWithChangingReads(Family family, uint32_t seed)
         Platform().transcript.Clear();
     };
     const std::string region = RegionBytes(family);
-    memcpy(reader::truth, region.data(), region.size());
+    std::ranges::copy(region, reader::truth);
     WatchRegions({PROT_NONE, reader::Change, reader::Keep});
     if (seed % 2 == 0) {
         RemoveLock(family);

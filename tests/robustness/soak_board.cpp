@@ -120,6 +120,7 @@ uint32_t ResidentKilobytes()
 {
     unsigned long size = 0, resident = 0;
     FILE* const statm = fopen("/proc/self/statm", "r");
+    // NOLINTNEXTLINE(cert-err34-c): the numbers are the kernel's
     if (statm == nullptr || fscanf(statm, "%lu %lu", &size, &resident) != 2)
         resident = 0;
     if (statm != nullptr)
