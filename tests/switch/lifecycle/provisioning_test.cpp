@@ -11,7 +11,8 @@ class Provisioning : public SwitchTest {
 protected:
     const uint8_t* Bytes(int device = 0)
     {
-        return reinterpret_cast<const uint8_t*>(&Region()) + ptrdiff_t{932} * device;
+        constexpr ptrdiff_t kRecord = 932;
+        return reinterpret_cast<const uint8_t*>(&Region()) + kRecord * device;
     }
 
     uint32_t U32(int offset, int device = 0)
