@@ -1,8 +1,6 @@
 // An id that a process keeps between calls.
 #pragma once
 
-#include <atomic>
-
 namespace orblink {
 
 // -1, none, until one is set. All zero bits then: what a process keeps begins as zeroed memory, which
@@ -10,19 +8,19 @@ namespace orblink {
 // time; it orders nothing else.
 class KeptId {
 public:
-    int Get() const { return idPlusOne_.load(std::memory_order_relaxed) - 1; }
-    void Set(int id) { idPlusOne_.store(id + 1, std::memory_order_relaxed); }
+    int Get() const { return __atomic_load_n(&idPlusOne_, __ATOMIC_RELAXED) - 1; }
+    void Set(int id) { __atomic_store_n(&idPlusOne_, id + 1, __ATOMIC_RELAXED); }
 
     // Back to none, unless another thread has put another one here.
     void Forget(int id)
     {
         int expected = id + 1;
-        idPlusOne_.compare_exchange_strong(expected, 0, std::memory_order_release,
-                                           std::memory_order_relaxed);
+        __atomic_compare_exchange_n(&idPlusOne_, &expected, 0, false, __ATOMIC_RELEASE,
+                                    __ATOMIC_RELAXED);
     }
 
 private:
-    std::atomic<int> idPlusOne_ = 0;
+    int idPlusOne_ = 0;
 };
 
 // What a process keeps of one family lies in a page of its own: who uses one family touches no page

@@ -1,8 +1,7 @@
 // What one process knows of the PHY family; nothing of it is shared with other processes.
 #pragma once
 
-#include <atomic>
-
+#include "common/atomic.h"
 #include "common/kept_id.h"
 #include "phy/ethphy_hal.h"
 
@@ -18,10 +17,10 @@ extern const HalTable kNoHal;
 // semaphore id and, in the services, at the region without it; the id orders nothing else, the
 // semaphore that it names does.
 struct alignas(kPageSize) ProcessState {
-    KeptId semaphoreId;                              // none until created or opened
-    std::atomic<bool> attached = false;              // the region and the tables are in force
-    std::atomic<PhyDeviceRegion*> region = nullptr;  // the one mapped last; never unmapped
-    std::atomic<const HalTable*> halTables[EP_MAX_PHYS] = {};  // kNoHal from the first mapping on
+    KeptId semaphoreId;                                   // none until created or opened
+    Atomic<bool> attached = false;                        // the region and the tables are in force
+    Atomic<PhyDeviceRegion*> region = nullptr;            // the one mapped last; never unmapped
+    Atomic<const HalTable*> halTables[EP_MAX_PHYS] = {};  // kNoHal from the first mapping on
     KeptId socket;  // of the services, which run with the semaphore held
 };
 

@@ -1,8 +1,7 @@
 // What one process knows of the switch family; nothing of it is shared with other processes.
 #pragma once
 
-#include <atomic>
-
+#include "common/atomic.h"
 #include "common/kept_id.h"
 #include "switch/orblink_hal.h"
 
@@ -15,10 +14,10 @@ using HalTable = struct OBHAL_HalFuncs;
 // semaphore id and, in the services, at the region without it; the id orders nothing else, the
 // semaphore that it names does.
 struct alignas(kPageSize) ProcessState {
-    KeptId semaphoreId;                                 // none until created or opened
-    std::atomic<bool> attached = false;                 // the region and the tables are in force
-    std::atomic<SwitchDeviceRegion*> region = nullptr;  // the one mapped last; never unmapped
-    std::atomic<const HalTable*> halTables[OB_MAX_SWITCHES] = {};
+    KeptId semaphoreId;                            // none until created or opened
+    Atomic<bool> attached = false;                 // the region and the tables are in force
+    Atomic<SwitchDeviceRegion*> region = nullptr;  // the one mapped last; never unmapped
+    Atomic<const HalTable*> halTables[OB_MAX_SWITCHES] = {};
     // The table that the walk in progress fills. An entry carries only the low 32 bits of its
     // address, so the pointer itself is kept here, beside what each call touches anyway.
     MacTable* walkTable = nullptr;
