@@ -11,8 +11,9 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 # One build for each thing that can differ. Programs of one ABI are also run on the other ABI's
-# virtual board, so the release builds come first; the i386 tests run under the sanitizers.
-presets=(release release-i386 asan asan-i386 clang-i386-library)
+# virtual board, so the release builds come first, by gcc; those under the sanitizers are clang's, that
+# of i386 with the library's tests.
+presets=(release release-i386 asan asan-i386)
 coverage_from=asan-i386
 minimum_line_coverage=95
 minimum_branch_coverage=95
@@ -56,8 +57,10 @@ logged()
 options_of()
 {
     case $1 in
+        # Optimised programs, and tests by gcc, are left to the long form.
+        release) [ $full = yes ] || [ $only_presets -gt 0 ] || echo "-DORBLINK_QUICK=ON" ;;
         # Its programs are there to be met by those of the other ABI.
-        release-i386) echo "-DORBLINK_TESTS=CHECKS -DORBLINK_QUICK_PROGRAMS=ON" ;;
+        release-i386) echo "-DORBLINK_TESTS=CHECKS -DORBLINK_QUICK=ON" ;;
         # Tests that only drive programs: compiled once, run on each build. Those of the library run
         # under the sanitizers of the other ABI; of both in the long form.
         asan)
@@ -74,14 +77,20 @@ run_tests()
     logged "$log" "$@" ctest --test-dir "$directory" --output-on-failure --timeout 20 \
         --no-tests=error -j $(($(nproc) * at_a_time)) ${test_selection:-}
     grep 'tests passed' "$log"
-    skipped=$((skipped + $(grep -c '\*\*\*Skipped' "$log" || true)))
+    # What test programs report that run each of their tests in a process of its own.
+    local by_themselves=$directory/Testing/Temporary/LastTest.log
+    awk '/ tests by themselves: / { all += $1; skipped += $7; programs++ }
+         END { if (all) print "of these", programs, "are programs of", all, "tests,", skipped, "skipped" }' \
+        "$by_themselves"
+    skipped=$((skipped + $(grep -c '\*\*\*Skipped' "$log" || true) +
+        $(grep -c '^skipped [0-9.]* s ' "$by_themselves" || true)))
 }
 
 library_coverage()
 {
-    local build=$1
-    shift
-    gcovr --root . --exclude-throw-branches --exclude-unreachable-branches \
+    local build=$1 tool=$2
+    shift 2
+    gcovr --root . --gcov-executable "$tool" --exclude-throw-branches --exclude-unreachable-branches \
         --filter '(common|platform|hwmbox|board|switch|switch_hal_services|phy)/' \
         "$@" --txt "$build-coverage.txt" --print-summary "$build"
 }
@@ -111,7 +120,7 @@ done
 
 if [ -d "$builds/$coverage_from" ]; then
     stage "coverage of the library"
-    library_coverage "$builds/$coverage_from" --fail-under-line "$minimum_line_coverage"
+    library_coverage "$builds/$coverage_from" "llvm-cov gcov" --fail-under-line "$minimum_line_coverage"
 fi
 
 if [ $only_presets -eq 0 ]; then
@@ -128,7 +137,7 @@ if [ $only_presets -eq 0 ]; then
     stage "tests as in a plain container"
     tests/container/run.sh "$builds/release" "$builds/container" $([ $full = yes ] || echo --short)
     stage "clang-tidy over the library"
-    logged "$builds/tidy.log" scripts/analyse.sh "$builds/clang-i386-library" --library
+    logged "$builds/tidy.log" scripts/analyse.sh "$builds/asan-i386" --library
     stage "fuzzers over library and HALs"
     logged "$builds/fuzz.log" tests/robustness/fuzz.sh --seconds 1 --build-dir "$builds/fuzz" \
         dump mailbox board_data_switch board_data_phy switch_api phy_api hal_phy hal_vswitch
@@ -146,7 +155,7 @@ if [ $full = yes ]; then
     stage "branch coverage of the library"
     scripts/build.sh coverage "$builds/coverage" "$builds/coverage.log"
     run_tests "$builds/coverage-tests.log" "$builds/coverage"
-    library_coverage "$builds/coverage" --fail-under-branch "$minimum_branch_coverage"
+    library_coverage "$builds/coverage" gcov --fail-under-branch "$minimum_branch_coverage"
     stage "the page in a browser"
     tests/tools/orblink_web/browser/run.sh "$builds/release"
     stage "virtual machine"

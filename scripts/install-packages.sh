@@ -33,6 +33,7 @@ packages="
     librsvg2-bin
     libtomlplusplus-dev
     lldpd
+    llvm
     mandoc
     musl-tools
     mypy
