@@ -18,21 +18,11 @@
 namespace obtest {
 namespace {
 
-constexpr int kLongestTestMs = 20'000;
-
 struct Count {
     int passed = 0;
     int skipped = 0;
     int failed = 0;
 };
-
-// Any character stands for a dash, which would begin the names that a filter leaves out.
-std::string FilterOf(const testing::TestInfo& test)
-{
-    std::string name = std::string(test.test_suite_name()) + "." + test.name();
-    std::replace(name.begin(), name.end(), '-', '?');
-    return name;
-}
 
 // A group of its own, so that a test that hangs goes with all that it has started.
 [[noreturn]] void RunInChild(const testing::TestInfo& test, int output)
@@ -41,15 +31,15 @@ std::string FilterOf(const testing::TestInfo& test)
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
     close(output);
-    testing::GTEST_FLAG(filter) = FilterOf(test);
+    testing::GTEST_FLAG(filter) = std::string(test.test_suite_name()) + "." + test.name();
     exit(RUN_ALL_TESTS());
 }
 
-bool EndsInTime(pid_t child)
+bool EndsInTime(pid_t child, int seconds)
 {
     const int handle = static_cast<int>(syscall(SYS_pidfd_open, child, 0));
     pollfd ended{handle, POLLIN, 0};
-    const bool inTime = handle != -1 && poll(&ended, 1, kLongestTestMs) == 1;
+    const bool inTime = handle != -1 && poll(&ended, 1, seconds * 1000) == 1;
     if (!inTime)
         kill(-child, SIGKILL);
     close(handle);
@@ -67,7 +57,7 @@ std::string Contents(int file)
 const char* Verdict(bool inTime, int status, const std::string& output, Count& count)
 {
     const bool passed = inTime && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    // A filter that meets no test, or more than one, would pass, too.
+    // A test that ended the program has not come to its end.
     if (!passed || output.find("[==========] 1 test from") == std::string::npos) {
         ++count.failed;
         return inTime ? "failed" : "timed out";
@@ -80,7 +70,7 @@ const char* Verdict(bool inTime, int status, const std::string& output, Count& c
     return "passed";
 }
 
-void RunByItself(const testing::TestInfo& test, Count& count)
+void RunByItself(const testing::TestInfo& test, int seconds, Count& count)
 {
     const auto start = std::chrono::steady_clock::now();
     const int file = memfd_create("output", MFD_CLOEXEC);
@@ -91,7 +81,7 @@ void RunByItself(const testing::TestInfo& test, Count& count)
         perror("fork");
         exit(1);
     }
-    const bool inTime = EndsInTime(child);
+    const bool inTime = EndsInTime(child, seconds);
     int status = 0;
     waitpid(child, &status, 0);
     const std::string output = Contents(file);
@@ -104,13 +94,13 @@ void RunByItself(const testing::TestInfo& test, Count& count)
     fflush(stdout);
 }
 
-int RunEachByItself(void (*end)())
+int RunEachByItself(int seconds, void (*end)())
 {
     Count count;
     const testing::UnitTest& all = *testing::UnitTest::GetInstance();
     for (int i = 0; i < all.total_test_suite_count(); ++i)
         for (int j = 0; j < all.GetTestSuite(i)->total_test_count(); ++j) {
-            RunByItself(*all.GetTestSuite(i)->GetTestInfo(j), count);
+            RunByItself(*all.GetTestSuite(i)->GetTestInfo(j), seconds, count);
             end();
         }
     printf("%d tests by themselves: %d passed, %d skipped, %d failed\n",
@@ -125,15 +115,16 @@ int RunTests(int argc, char** argv, bool (*begin)(), void (*end)())
     testing::InitGoogleTest(&argc, argv);
     if (testing::GTEST_FLAG(list_tests))
         return RUN_ALL_TESTS();
-    const bool eachByItself = argc == 2 && strcmp(argv[1], "--each-by-itself") == 0;
-    if (argc > 1 && !eachByItself) {
-        fprintf(stderr, "usage: %s [--each-by-itself | --gtest_OPTION...]\n", argv[0]);
+    const bool asked = argc == 3 && strcmp(argv[1], "--each-by-itself") == 0;
+    const int seconds = asked ? atoi(argv[2]) : 0;
+    if (argc > 1 && seconds <= 0) {
+        fprintf(stderr, "usage: %s [--each-by-itself SECONDS | --gtest_OPTION...]\n", argv[0]);
         return 2;
     }
     if (!begin())
         return 1;
-    if (eachByItself)
-        return RunEachByItself(end);
+    if (seconds > 0)
+        return RunEachByItself(seconds, end);
     const int result = RUN_ALL_TESTS();
     end();
     return result;

@@ -182,6 +182,9 @@ void LinuxSwitch::BringUp()
 {
     ASSERT_EQ(Init(), 0);
     ASSERT_EQ(Hal().ResetSwitch(0, nullptr, 0), 0) << ::testing::PrintToString(log);
+    // The bridge takes note of its ports' links up to a second later.
+    for (int look = 0; look < 60 && Try("bridge -d link | grep -q 'state disabled'"); ++look)
+        usleep(50'000);
 }
 
 std::string LinuxSwitch::Sh(const std::string& command)
