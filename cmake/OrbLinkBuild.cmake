@@ -73,8 +73,8 @@ function(orblink_precompile_big_headers target)
 endfunction()
 
 # Nearly all of a compiler's time goes into headers. A whole build reads them once for a dozen
-# sources; a build that somebody works in compiles file by file. What gcc then gains by looking for
-# memory that it no longer needs, up to half a gigabyte, is a quarter of its time.
+# sources; a build that somebody works in compiles file by file. Below half a gigabyte gcc then does not
+# look for memory that it needs no longer, which took a quarter of its time.
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
 if(ORBLINK_UNITY)
     add_compile_options("$<$<COMPILE_LANG_AND_ID:CXX,GNU>:SHELL:--param ggc-min-heapsize=524288>")
