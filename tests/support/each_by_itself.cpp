@@ -116,7 +116,7 @@ int RunTests(int argc, char** argv, bool (*begin)(), void (*end)())
     if (testing::GTEST_FLAG(list_tests))
         return RUN_ALL_TESTS();
     const bool asked = argc == 3 && strcmp(argv[1], "--each-by-itself") == 0;
-    const int seconds = asked ? atoi(argv[2]) : 0;
+    const int seconds = asked ? static_cast<int>(strtol(argv[2], nullptr, 10)) : 0;
     if (argc > 1 && seconds <= 0) {
         fprintf(stderr, "usage: %s [--each-by-itself SECONDS | --gtest_OPTION...]\n", argv[0]);
         return 2;
