@@ -86,6 +86,17 @@ function(orblink_compile_together target)
     endif()
 endfunction()
 
+# For what a folder adds from here on: clang needs half of gcc's time.
+macro(orblink_compile_quickly)
+    if(ORBLINK_QUICK AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        find_program(orblink_clang clang++ REQUIRED)
+        set(CMAKE_CXX_COMPILER ${orblink_clang})
+        set(CMAKE_CXX_COMPILER_ID Clang)
+        set(CMAKE_CXX_COMPILER_FRONTEND_VARIANT GNU)
+        include(Compiler/Clang-CXX)
+    endif()
+endmacro()
+
 if(ORBLINK_FUZZ)
     add_compile_options(-O1 -fsanitize=fuzzer-no-link)
 endif()

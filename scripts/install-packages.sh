@@ -30,6 +30,8 @@ packages="
     libboost-dev
     libclang-rt-14-dev
     libcli11-dev
+    libgmock-dev
+    libgtest-dev
     librsvg2-bin
     libtomlplusplus-dev
     lldpd
