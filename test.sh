@@ -57,7 +57,7 @@ logged()
 options_of()
 {
     case $1 in
-        # Optimised programs, and tests by gcc, are left to the long form.
+        # Optimised programs are left to the long form.
         release) [ $full = yes ] || [ $only_presets -gt 0 ] || echo "-DORBLINK_QUICK=ON" ;;
         # Its programs are there to be met by those of the other ABI.
         release-i386) echo "-DORBLINK_TESTS=CHECKS -DORBLINK_QUICK=ON" ;;

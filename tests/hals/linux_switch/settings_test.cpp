@@ -242,8 +242,8 @@ TEST_F(LinuxSwitch, TheMacTableHasStationsBehindPortsOnly)
     ASSERT_EQ(Hal().ForEachMacEntry(0, Take, this), 0);
     std::ranges::sort(entries, {}, [](const auto& entry) { return entry.mac[5]; });
     // The kernel gives the hosts addresses at random, and the bridge may have learned those.
-    static constexpr uint8_t kOurs[5] = {2};
-    std::erase_if(entries, [](const auto& entry) { return memcmp(entry.mac, kOurs, 5) != 0; });
+    const uint8_t ours[5] = {2};
+    std::erase_if(entries, [&](const auto& entry) { return memcmp(entry.mac, ours, 5) != 0; });
     ASSERT_EQ(entries.size(), 3u);
     for (size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(entries[i].port, i + 1);
