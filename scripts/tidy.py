@@ -4,8 +4,9 @@
 Runs clang-tidy over the sources of a compilation database whose paths in the tree match PATTERN; fewer
 than MINIMUM are an error. Where BUILD_DIR compiles several sources together, they are put into one file
 and looked at together: what the headers cost is paid once. Each is compiled alone first, so what it
-forgets to include is seen. PLUGIN: tidy_tree_only.cpp, compiled. What was clean is remembered in BUILD_DIR/tidy, under the contents of all
-files that were read, and not looked at again while these stay as they are."""
+forgets to include is seen. PLUGIN: tidy_tree_only.cpp, compiled. What was clean is remembered in
+BUILD_DIR/tidy, under the contents of all files that were read, and not looked at again while these
+stay as they are."""
 
 import concurrent.futures
 import functools
