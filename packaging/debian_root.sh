@@ -19,8 +19,8 @@ as_root()
     fi
 }
 
-# make_root ARCHIVE ARCHITECTURES REQUIREMENTS: a system with these packages, dependencies written as
-# in a control file. One that is there is taken as it is.
+# make_root ARCHIVE ARCHITECTURES REQUIREMENTS [SUITE]: a system with these packages, dependencies
+# written as in a control file. One that is there is taken as it is.
 make_root()
 {
     local archive=$1 architectures=$2 requirements=$3
@@ -29,7 +29,7 @@ make_root()
     mmdebstrap --quiet --variant=apt --architectures="$architectures" --skip=cleanup/apt/lists \
         --customize-hook="chroot \"\$1\" apt-get satisfy -qq -y --no-install-recommends '$requirements'" \
         --customize-hook='chroot "$1" sh -c "apt-mark manual \$(apt-mark showauto); apt-get clean"' \
-        "$suite" "$archive.part.tar" "$(mirror_of_this_machine)"
+        "${4:-$suite}" "$archive.part.tar" "$(mirror_of_this_machine)"
     mv "$archive.part.tar" "$archive"
 }
 

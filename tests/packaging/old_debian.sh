@@ -13,7 +13,7 @@ archive=$(realpath "$3")/old.tar
 # Its kernel's headers are too old for the HAL of what Linux drives.
 targets="orblink obplatform vswitch_hal ethphy_ieee8023_hal phyk20_hal"
 
-suite=bullseye make_root "$archive" amd64 "g++-multilib"
+make_root "$archive" amd64 "g++-multilib" bullseye
 place=$(mktemp -d)
 trap 'remove_root "$place/root"; rm -rf "$place"' EXIT
 root=$place/root
