@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace vboard {
@@ -53,7 +55,7 @@ void RemoveDeserted(const std::string& base)
     for (const auto& entry : fs::directory_iterator(base, ignored)) {
         if (!entry.path().filename().string().starts_with(kPrefix))
             continue;
-        if (Lock(entry.path()))
+        if (const UniqueFd lock = Lock(entry.path()))
             fs::remove_all(entry.path(), ignored);
     }
 }
@@ -70,8 +72,11 @@ RuntimeDir::RuntimeDir()
         if (number > kMaxBoards)
             throw std::runtime_error("cannot make and lock a directory such as " + first);
         path_ = number == 0 ? first : first + "." + std::to_string(number);
-        if (fs::create_directory(path_))
+        if (mkdir(path_.c_str(), S_IRWXU) == 0)
             lock_ = Lock(path_);
+        else if (errno != EEXIST)
+            throw fs::filesystem_error("cannot create directory", path_,
+                                       {errno, std::generic_category()});
     }
     fs::permissions(path_, fs::perms::owner_all);
 }
