@@ -127,7 +127,7 @@ TEST(Programs, AMessageThatComesAfterATimeOutDoesNotAnswerASend)
     auto outcome = OnBoard("one_switch.toml",
                            "$VBOARD control fault silent\n"
                            "$CLIENT mailbox ack late > $0.out &\n"
-                           "until grep -q timed $0.out; do sleep 0.05; done\n"
+                           "until grep -qs timed $0.out; do sleep 0.05; done\n"
                            "$VBOARD control fault clear\n"
                            "wait $!; cat $0.out\n");
     EXPECT_EQ(Printed(outcome), "timed out\nsent 4\nreceived 184 of type 10 length 176\nsent 8\n");
