@@ -9,7 +9,7 @@ namespace vboard {
 
 class RuntimeDir {
 public:
-    // Throws std::filesystem::filesystem_error.
+    // Throws std::filesystem::filesystem_error, or std::runtime_error where it can lock none.
     RuntimeDir();
     RuntimeDir(const RuntimeDir&) = delete;
     RuntimeDir& operator=(const RuntimeDir&) = delete;
